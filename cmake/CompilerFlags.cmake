@@ -1,0 +1,48 @@
+# kelutils_flags: what every C++ file is compiled with. kelutils_program: a Windows program or DLL that needs no runtime beside it.
+
+add_library(kelutils_flags INTERFACE)
+
+if(MSVC)
+  target_compile_options(kelutils_flags INTERFACE /W4 /WX /EHsc /utf-8 /permissive-)
+  target_compile_definitions(kelutils_flags INTERFACE _CRT_SECURE_NO_WARNINGS)
+  set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
+else()
+  target_compile_options(kelutils_flags INTERFACE -Wall -Wextra -Werror)
+  set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")  # the library is small and called seldom: size counts
+endif()
+
+if(WIN32)
+  # The oldest supported Windows is 7: newer functions are looked up at run time.
+  target_compile_definitions(kelutils_flags INTERFACE WINVER=0x0601 _WIN32_WINNT=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
+
+if(MINGW)
+  # -mstackrealign: callers built with other compilers enter with 4-byte stack alignment.
+  # -fno-threadsafe-statics: the guards would need the thread library; there are no dynamically initialised local statics.
+  # -fno-ident, -ffile-prefix-map: the same bytes from every folder.
+  target_compile_options(kelutils_flags INTERFACE
+    -mstackrealign -fno-threadsafe-statics -fstack-protector-strong -fno-ident -g "-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
+  target_link_options(kelutils_flags INTERFACE
+    -static -fstack-protector-strong
+    LINKER:--dynamicbase,--nxcompat,--no-seh,--disable-auto-import,--disable-auto-image-base,--no-insert-timestamp
+    LINKER:--major-subsystem-version,6,--minor-subsystem-version,1)
+endif()
+
+if(KELUTILS_SANITIZE)
+  if(WIN32)
+    message(FATAL_ERROR "KELUTILS_SANITIZE is for native builds")
+  endif()
+  target_compile_options(kelutils_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kelutils_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# Moves the debug information of a finished MinGW binary into NAME.debug beside it, linked by name and checksum.
+function(kelutils_split_debug_information target)
+  if(MINGW)
+    add_custom_command(TARGET ${target} POST_BUILD
+      COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
+      COMMAND ${CMAKE_STRIP} --strip-all $<TARGET_FILE:${target}>
+      COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
+      VERBATIM)
+  endif()
+endfunction()

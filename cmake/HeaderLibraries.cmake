@@ -1,0 +1,13 @@
+# Header-only libraries of the tests and tools. They are reached through a folder of links in the build tree, so that a cross
+# compiler never gets the host's own include folder on its path.
+
+function(kelutils_add_header_library target header)
+  find_path(KELUTILS_${target}_DIR ${header} HINTS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED
+    DOC "Folder that holds ${header}")
+  get_filename_component(_top ${header} DIRECTORY)
+  set(_links ${CMAKE_BINARY_DIR}/headers/${target})
+  file(MAKE_DIRECTORY ${_links})
+  file(CREATE_LINK ${KELUTILS_${target}_DIR}/${_top} ${_links}/${_top} SYMBOLIC COPY_ON_ERROR)
+  add_library(${target} INTERFACE)
+  target_include_directories(${target} SYSTEM INTERFACE ${_links})
+endfunction()
