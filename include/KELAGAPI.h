@@ -1,0 +1,43 @@
+/* KELAGAPI.dll: the agent module, for authors of one.
+ *
+ * KELUtils loads it from the product's Common folder, else from its own directory, in the exports that need the agent,
+ * and frees it at their end. The six configuration functions are optional for loading; the proxy exports need them all
+ * but KE_AGAPI_Initialize and KE_AGAPI_Finalize. All other functions must be there.
+ */
+#ifndef KELAGAPI_H
+#define KELAGAPI_H
+
+#include "KESibling.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Called once after the module was loaded, and once before it is freed; the results are ignored. */
+int KE_SIBLING_CALL KE_AGAPI_Initialize(void);
+int KE_SIBLING_CALL KE_AGAPI_Finalize(void);
+
+/* Reads or writes a configuration record as a whole; 0 on success. Class and item select the record, size is its size
+ * in bytes. */
+uint32_t KE_SIBLING_CALL KE_AGAPI_GetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
+uint32_t KE_SIBLING_CALL KE_AGAPI_SetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
+
+/* Reads or writes the proxy record of 532 bytes; 0 on success. */
+uint32_t KE_SIBLING_CALL KE_AGAPI_GetProxyConfig(void* record, uint32_t size);
+uint32_t KE_SIBLING_CALL KE_AGAPI_SetProxyConfig(void* record, uint32_t size);
+
+/* Makes the module find out the proxy in use; 0 when KE_AGAPI_GetProxyConfig can answer afterwards. */
+uint32_t KE_SIBLING_CALL KE_AGAPI_AskProxyConfig(void);
+
+/* Looked up but never called by KELUtils, and required (KE_UncalledFunction): KE_AGAPI_SendMsgEx, KE_AGAPI_GetURL,
+ * KE_AGAPI_GetURLEx, KE_AGAPI_GetMsgFromAgent, KE_AGAPI_FreeMsg, KE_AGAPI_GetElementCount, KE_AGAPI_GetElement,
+ * KE_AGAPI_GetElementName, KE_AGAPI_GetMsgType, KE_AGAPI_GetMsgParams, KE_AGAPI_SendMsgToEx, KE_AGAPI_SendMsgTo,
+ * KE_AGAPI_CreateMsg, KE_AGAPI_AddFileElement, KE_AGAPI_AddFileElementCompress, KE_AGAPI_AddXMLElement,
+ * KE_AGAPI_SaveElementToFile, KE_AGAPI_ReplyMsgToEx, KE_AGAPI_ReplyMsgTo, KE_AGAPI_GetMsgSourceData, KE_AGAPI_SendMsg,
+ * KE_AGAPI_GetAskTime, KE_AGAPI_SetAskTime, KE_AGAPI_CanBeProxy. */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

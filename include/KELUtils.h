@@ -1,0 +1,155 @@
+/* KELUtils: the exported interface.
+ *
+ * KELUtils.dll is a 32-bit DLL. Every export is a plain C function with the standard Windows calling convention and an
+ * undecorated name.
+ *
+ * Texts are zero-terminated strings of 8-bit characters in the system's code page. Text arguments are only read, and
+ * only during the call. A text getter takes the caller's buffer and its size in bytes; it never writes past that size
+ * and copies a value only when the size is greater than the value's length, so that the terminating zero fits.
+ *
+ * Threads: every export may be called from any thread. The store accessors below may run at the same time; each one
+ * sees or leaves a whole value.
+ *
+ * Every export that returns a KE_RESULT may also return, besides the codes it lists:
+ *   KE_EXCEPTION   an unexpected failure, such as memory running out, was caught inside.
+ */
+#ifndef KELUTILS_H
+#define KELUTILS_H
+
+#include <stdint.h>
+
+#ifdef _WIN32
+#define KE_API __stdcall
+#else
+#define KE_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Result of an export: KE_SUCCESS or one of the codes below. */
+typedef uint32_t KE_RESULT;
+
+enum {
+  KE_SUCCESS = 0,
+  KE_MISSING_ARGUMENT = 1777,      /* a required argument is null or empty, or an output pointer is null */
+  KE_BUFFER_TOO_SMALL = 1778,      /* the buffer's size is not greater than the value's length, or not positive */
+  KE_NOT_CREATED = 1779,           /* an entry or buffer could not be created; a wait or exit-code read failed */
+  KE_EXCEPTION = 1780,             /* an exception was caught inside the export */
+  KE_NO_MODULE_DIRECTORY = 1781,   /* the directory of KELUtils.dll is unknown */
+  KE_STORE_UNUSABLE = 1782,        /* a store or settings file cannot be opened or written, or the value is missing */
+  KE_CRYPTO_NOT_LOADED = 1783,     /* the crypto module could not be loaded */
+  KE_CRYPTO_FAILED = 1784,         /* enciphering, deciphering or an enciphered-file operation failed */
+  KE_BAD_SCHEDULER_COMMAND = 1785, /* a scheduler command has no blank after the program name */
+  KE_SCHEDULER_NOT_STARTED = 1786, /* the scheduler could not be started */
+  KE_SCHEDULER_FAILED = 1787,      /* the scheduler returned a non-zero exit code */
+  KE_SCHEDULER_TIMEOUT = 1788,     /* the scheduler did not finish within 90 seconds */
+  KE_OUT_OF_RANGE = 1789,          /* an argument is out of range */
+  KE_AGENT_NOT_LOADED = 1790,      /* the agent module's configuration functions are not bound: not loadable */
+  KE_AGENT_INCOMPLETE = 1791,      /* the agent module's configuration functions are not bound: some are missing */
+  KE_AGENT_READ_FAILED = 1792,     /* reading an agent configuration record failed */
+  KE_AGENT_WRITE_FAILED = 1793,    /* writing an agent configuration record failed */
+  KE_INSTALLER_PLUGIN_UNUSABLE = 1794,  /* the installer plug-in is not usable */
+  KE_INSTALL_HELPER_NOT_STARTED = 1796, /* the installer helper could not be started */
+  KE_PROGRAM_NOT_STARTED = 1797,        /* a program could not be started, or the launcher's Run failed */
+  KE_PROMPT_FAILED = 1798,              /* the prompt program ended with an unexpected exit code */
+  KE_LAUNCHER_NOT_LOADED = 1799,        /* the launcher module could not be loaded */
+  KE_REGISTRY_UNUSABLE = 1800,          /* a proxy record write failed; the plug-in registry key could not be opened */
+  KE_MODULE_NOT_LOADED = 1801,          /* an action module, plug-in or the prompt program could not be loaded */
+  KE_EVENTS_UNAVAILABLE = 1802,         /* the event module is unavailable */
+  KE_EVENT_NOT_SENT = 1803,             /* an event was not sent, or has no description */
+  KE_UPDATE_FAILED_1566 = 1804,         /* the launcher's update exit code 1566 */
+  KE_UPDATE_FAILED_1558 = 1805,         /* the launcher's update exit code 1558 */
+  KE_UPDATE_FAILED_1565 = 1806,         /* the launcher's update exit code 1565 */
+  KE_UPDATE_FAILED_5000 = 1807,         /* the launcher's update exit code 5000 */
+  KE_UPDATE_FAILED_1567 = 1808          /* the launcher's update exit code 1567 */
+};
+
+/* ---- Store accessors
+ * ---------------------------------------------------------------------------------------------------------
+ *
+ * The identity and state of the agent live in INTEGRA.DAT, in the KESAgent folder beside the DLL's own folder. Every
+ * accessor below first makes the cached copy current and may therefore return: KE_NO_MODULE_DIRECTORY  the DLL's
+ * directory is unknown KE_STORE_UNUSABLE       the file can be neither opened, read nor created KE_CRYPTO_NOT_LOADED
+ * the file is enciphered and ApiCr.dll could not be loaded from the DLL's directory KE_CRYPTO_FAILED        the file
+ * could not be deciphered (a setter: enciphered; the text was then written plain) KE_NOT_CREATED          setters: the
+ * entry could not be created A result of a failed read leaves every output as it was.
+ */
+
+/* Agent, customer and certificate: buffer and size in bytes.
+ * A missing or empty value is looked for in INTEGRA.BAK and then INTEGRA.START, which replace INTEGRA.DAT on the way.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  size is not greater than the value's length; the buffer stays as it was
+ *   KE_STORE_UNUSABLE    no copy of the store holds a value; the buffer stays as it was */
+KE_RESULT KE_API KE_GetAgentID(char* buffer, int32_t size);
+KE_RESULT KE_API KE_GetCustomerId(char* buffer, int32_t size);
+KE_RESULT KE_API KE_GetCertificate(char* buffer, int32_t size);
+
+/* Device identifier, remote-control user, remote-control password (the enciphered text as stored): buffer and size in
+ * bytes. KE_MISSING_ARGUMENT  buffer is null KE_BUFFER_TOO_SMALL  size is not positive, or not greater than the value's
+ * length; the buffer stays as it was KE_STORE_UNUSABLE    the value is missing or empty; the buffer is set to the empty
+ * text */
+KE_RESULT KE_API KE_GetDeviceID(char* buffer, int32_t size);
+KE_RESULT KE_API KE_GetUserRCM(char* buffer, int32_t size);
+KE_RESULT KE_API KE_GetPasswordRCM(char* buffer, int32_t size);
+
+/* Agent version, server date and container: buffer and size in bytes. A missing value is the empty text and a success.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  size is not greater than the value's length; the buffer stays as it was */
+KE_RESULT KE_API KE_GetAgentVersion(char* buffer, int32_t size);
+KE_RESULT KE_API KE_GetServerDate(char* buffer, int32_t size);
+KE_RESULT KE_API KE_GetContainer(char* buffer, int32_t size);
+
+/* Parameter text of the last installation error: as KE_GetContainer, but a size that is not positive is
+ * KE_MISSING_ARGUMENT. */
+KE_RESULT KE_API KE_GetLastErrorParam(char* buffer, int32_t size);
+
+/* Installation state and last installation error: the stored decimal number, 0 when there is none.
+ *   KE_MISSING_ARGUMENT  value is null */
+KE_RESULT KE_API KE_GetInstallState(int32_t* value);
+KE_RESULT KE_API KE_GetLastInstallError(int32_t* value);
+
+/* 1 when the installation state is 200 or more, else 0. Set to 0 before anything is read.
+ *   KE_MISSING_ARGUMENT  value is null */
+KE_RESULT KE_API KE_IsInstallComplete(int32_t* value);
+
+/* 1 when the store holds both an integration date and a device identifier, else 0.
+ *   KE_MISSING_ARGUMENT  value is null */
+KE_RESULT KE_API KE_IsIntegrated(int32_t* value);
+
+/* Setters of a text that must not be empty.
+ *   KE_MISSING_ARGUMENT  text is null or empty; nothing was touched */
+KE_RESULT KE_API KE_SetAgentID(const char* text);
+KE_RESULT KE_API KE_SetAgentVersion(const char* text);
+KE_RESULT KE_API KE_SetServerDate(const char* text);
+KE_RESULT KE_API KE_SetContainer(const char* text);
+
+/* Stores text under the given key of the section INTEGRATION, appending the key when it is new.
+ *   KE_MISSING_ARGUMENT  key or text is null or empty; nothing was touched */
+KE_RESULT KE_API KE_SetPropertyInIntegra(const char* key, const char* text);
+
+/* Setters of a text that may be empty.
+ *   KE_MISSING_ARGUMENT  text is null; nothing was touched */
+KE_RESULT KE_API KE_SetCustomerId(const char* text);
+KE_RESULT KE_API KE_SetDeviceID(const char* text);
+KE_RESULT KE_API KE_SetCertificate(const char* text);
+KE_RESULT KE_API KE_SetUserRCM(const char* text);
+KE_RESULT KE_API KE_SetPasswordRCM(const char* text);
+
+/* Parameter text of the last installation error: null or empty stores the empty text. */
+KE_RESULT KE_API KE_SetLastErrorParam(const char* text);
+
+/* Last installation error, stored in decimal.
+ *   KE_MISSING_ARGUMENT  error is null; nothing was touched */
+KE_RESULT KE_API KE_SetLastInstallError(const int32_t* error);
+
+/* Installation state, stored in decimal. With a non-zero onlyForward a state that is not greater than the stored one is
+ * left alone, which is a success. KE_MISSING_ARGUMENT  state is null; nothing was touched */
+KE_RESULT KE_API KE_SetInstallState(const int32_t* state, int32_t onlyForward);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

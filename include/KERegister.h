@@ -1,0 +1,21 @@
+/* KERegister.dll: the registration module of a protection plug-in, for authors of one.
+ *
+ * KELUtils loads it from the plug-in's directory and frees it after the call.
+ */
+#ifndef KEREGISTER_H
+#define KEREGISTER_H
+
+#include "KESibling.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Registers the plug-in again; the result is ignored. */
+int KE_SIBLING_CALL KE_ReloadPlugins(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

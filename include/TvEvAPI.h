@@ -1,0 +1,43 @@
+/* TvEvAPI.dll: the event module, for authors of one.
+ *
+ * KELUtils loads it from the folder KELTVEVT beside its own directory, calls TEVT_StartAPI, makes one event call, calls
+ * TEVT_StopAPI and frees it. Every function named here must be there. Several threads may do so at once.
+ */
+#ifndef TVEVAPI_H
+#define TVEVAPI_H
+
+#include "KESibling.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What every event carries. The texts belong to the caller and are valid only during the call. */
+typedef struct EventInfo {
+  uint32_t eventClass;
+  const char* computer;    /* name of the machine */
+  const char* product;     /* may be null */
+  uint32_t extra;          /* a value passed through */
+  const char* text;        /* may be null */
+  const char* description; /* may be null */
+} EventInfo;
+
+/* Opens and closes the connection to the event service; 0 on success. */
+int KE_SIBLING_CALL TEVT_StartAPI(void);
+int KE_SIBLING_CALL TEVT_StopAPI(void);
+
+/* The event calls: 0 when the event was queued. */
+int KE_SIBLING_CALL TEVT_ScanState(const EventInfo* info, const char* text, int32_t status, const char* taskId);
+int KE_SIBLING_CALL TEVT_RebootForced(const EventInfo* info, const char* text);
+int KE_SIBLING_CALL TEVT_Install(const EventInfo* info, int32_t flag);
+int KE_SIBLING_CALL TEVT_ErrorEvent(const EventInfo* info, uint32_t source, const char* identifier);
+
+/* Looked up but never called by KELUtils, and required (KE_UncalledFunction): TEVT_ProtectionState,
+ * TEVT_InternetUpdate, TEVT_Update, TEVT_Upgrade, TEVT_Replicate, TEVT_ConfigurationChange, TEVT_ServiceState,
+ * TEVT_NeedRestart, TEVT_QuarantineInformation, TEVT_MalwareDetection, TEVT_WarningEvent, TEVT_InformationEvent. */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
