@@ -1,0 +1,48 @@
+// The entry point. It always reports success: a step that fails leaves the exports to answer with their codes.
+#include <windows.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "frame/module.h"
+#include "frame/trace.h"
+#include "frame/windows_tables.h"
+#include "store/integra_store.h"
+
+namespace {
+
+// Runs one step of attach or detach; an exception is named to the silent sink and the next step goes on.
+template <typename Step>
+void Guarded(const char* failure, Step step) noexcept {
+  try {
+    step();
+  } catch (...) {
+    frame::DebugTrace("%s", failure);
+  }
+}
+
+void Attach(HMODULE module) noexcept {
+  Guarded("Exception im process attach", [] { std::srand(static_cast<unsigned>(std::time(nullptr))); });
+  Guarded("Exception initializing Module", [&] { frame::AttachModule(module); });
+  Guarded("Exception initializing Critical Section", [] { frame::IntegraLock.Create(); });
+  frame::BindWindowsTables();
+}
+
+void Detach() noexcept {
+  Guarded("Exception finalizing Module", [] {
+    frame::DetachModule();
+    store::DropIntegraStore();
+  });
+  Guarded("Exception finalizing Critical Section", [] { frame::IntegraLock.Destroy(); });
+  frame::ReleaseWindowsTables();
+}
+
+}  // namespace
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved) {
+  if (reason == DLL_PROCESS_ATTACH) Attach(module);
+  // When the process ends (reserved is not null) its other threads were stopped wherever they stood, perhaps inside a
+  // lock: the platform takes all memory back, and waiting here could hang the host for good.
+  if (reason == DLL_PROCESS_DETACH && reserved == nullptr) Detach();
+  return TRUE;
+}

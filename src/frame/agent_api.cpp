@@ -1,0 +1,80 @@
+#include "frame/agent_api.h"
+
+#include "frame/module.h"
+#include "frame/paths.h"
+#include "frame/sibling_binder.h"
+#include "win/critical_section.h"
+#include "win/owner.h"
+
+namespace frame {
+namespace {
+
+#define KE_ROW(name, presence) KE_BOUND_NAME(AgentApiTable, name, presence),
+constexpr BoundName kNames[] = {KE_AGENT_API_FUNCTIONS(KE_ROW, KE_ROW)};
+#undef KE_ROW
+
+win::CriticalSection g_lock;
+win::ModuleHandle g_module;
+int g_references = 0;
+AgentApiTable g_table{};
+
+// KE_AGAPI_AddFileElementCompress is not on the list of pointers to reset and keeps its value; nothing here calls it.
+void ClearTable() noexcept {
+  const auto kept = g_table.KE_AGAPI_AddFileElementCompress;
+  g_table = {};
+  g_table.KE_AGAPI_AddFileElementCompress = kept;
+}
+
+}  // namespace
+
+const AgentApiTable& AgentApi() noexcept { return g_table; }
+
+bool LoadAgentApi(const char* folder) noexcept {
+  const win::Holding hold(g_lock);
+  if (g_module) {
+    ++g_references;
+    return true;
+  }
+  g_references = 0;
+  ClearTable();
+  g_module.Reset(LoadSibling(folder, "KELAGAPI.dll"));
+  if (!g_module) return false;
+  if (!BindNames(g_module.Get(), &g_table, kNames)) {
+    ClearTable();
+    return false;
+  }
+  ++g_references;
+  if (g_table.KE_AGAPI_Initialize) g_table.KE_AGAPI_Initialize();
+  return true;
+}
+
+bool FreeAgentApi() noexcept {
+  const win::Holding hold(g_lock);
+  if (!g_module) {
+    g_references = 0;
+    ClearTable();
+    return false;
+  }
+  if (g_references > 0) --g_references;
+  if (g_references > 0) return true;
+  if (g_table.KE_AGAPI_Finalize) g_table.KE_AGAPI_Finalize();
+  g_module.Reset();
+  ClearTable();
+  return true;
+}
+
+unsigned OpenAgentApi() {
+  const std::string directory = GetModuleDirectory();
+  const bool loaded = LoadAgentApi(CommonFolder(directory).c_str()) || LoadAgentApi(OwnFolder(directory).c_str());
+  return loaded ? 0 : kAgentModuleNotLoaded;
+}
+
+KE_RESULT CheckAgentProxyApi() {
+  if (OpenAgentApi() != 0) return KE_AGENT_NOT_LOADED;
+  const AgentApiTable& api = AgentApi();
+  const bool complete = api.KE_AGAPI_SetConfig && api.KE_AGAPI_GetConfig && api.KE_AGAPI_GetProxyConfig &&
+                        api.KE_AGAPI_SetProxyConfig && api.KE_AGAPI_AskProxyConfig;
+  return complete ? KE_SUCCESS : KE_AGENT_INCOMPLETE;
+}
+
+}  // namespace frame

@@ -1,0 +1,38 @@
+#include "frame/module.h"
+
+#include "frame/paths.h"
+
+namespace frame {
+namespace {
+
+HMODULE g_module = nullptr;
+
+// Null until the directory is known. Owned here, but by a plain pointer: it is given up at detach, never by a
+// destructor that would also run while a process is being torn down.
+std::string* g_directory = nullptr;
+
+}  // namespace
+
+constinit GlobalLock IntegraLock{};
+
+void AttachModule(HMODULE module) {
+  g_module = module;
+  std::string directory = GetModuleDirectory();
+  if (!directory.empty()) g_directory = new std::string(std::move(directory));
+}
+
+void DetachModule() noexcept {
+  delete g_directory;
+  g_directory = nullptr;
+}
+
+std::string GetModuleDirectory() {
+  char name[4096];
+  const DWORD length = GetModuleFileNameA(g_module, name, sizeof name);
+  // A name that fills the buffer was cut, and its folder would be another one.
+  return length < sizeof name ? FolderOf({name, length}) : std::string();
+}
+
+std::string_view KeptModuleDirectory() noexcept { return g_directory ? *g_directory : std::string_view(); }
+
+}  // namespace frame

@@ -1,0 +1,40 @@
+// What is known about the loaded module itself: its handle, its directory, and the one lock of the integration store.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+namespace frame {
+
+/// Records the module whose directory all paths start from, and works the directory out. Called once, at process
+/// attach; throws when memory runs out, after the handle is recorded.
+void AttachModule(HMODULE module);
+
+/// Forgets the kept directory. The last call of a loaded module's life.
+void DetachModule() noexcept;
+
+/// The folder that holds the module, without a trailing backslash; empty when it cannot be told. Asked anew on every
+/// call.
+std::string GetModuleDirectory();
+
+/// The copy of that text kept at attach; empty before attach, after detach and when the directory cannot be told.
+std::string_view KeptModuleDirectory() noexcept;
+
+/// The global lock: guards the cached integration store, its file stamp and every read, write and repair of its files.
+/// Re-entrant. Exists from `Create`, at process attach, to `Destroy`, at process detach.
+class GlobalLock {
+ public:
+  void Create() noexcept { InitializeCriticalSection(&section_); }
+  void Destroy() noexcept { DeleteCriticalSection(&section_); }
+  void Enter() noexcept { EnterCriticalSection(&section_); }
+  void Leave() noexcept { LeaveCriticalSection(&section_); }
+
+ private:
+  CRITICAL_SECTION section_;
+};
+
+extern GlobalLock IntegraLock;
+
+}  // namespace frame

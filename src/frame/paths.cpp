@@ -1,0 +1,34 @@
+#include "frame/paths.h"
+
+#include <initializer_list>
+
+namespace frame {
+namespace {
+
+std::string Concatenated(std::initializer_list<std::string_view> parts) {
+  std::size_t length = 0;
+  for (const auto part : parts) length += part.size();
+  std::string text;
+  text.reserve(length);
+  for (const auto part : parts) text.append(part);
+  return text;
+}
+
+}  // namespace
+
+std::string FolderOf(std::string_view path) {
+  const auto end = path.rfind('\\');
+  return end == std::string_view::npos ? std::string() : std::string(path.substr(0, end));
+}
+
+std::string FileIn(std::string_view folder, std::string_view file) { return Concatenated({folder, "\\", file}); }
+
+std::string OwnFolder(std::string_view moduleDirectory) { return Concatenated({moduleDirectory, "\\"}); }
+
+std::string CommonFolder(std::string_view moduleDirectory) { return SiblingFolder(moduleDirectory, "Common"); }
+
+std::string SiblingFolder(std::string_view moduleDirectory, std::string_view folder) {
+  return Concatenated({moduleDirectory, "\\..\\", folder, "\\"});
+}
+
+}  // namespace frame
