@@ -1,0 +1,136 @@
+#include "store/accessors.h"
+
+#include <cstring>
+#include <string>
+
+#include "frame/decimal.h"
+#include "frame/export_call.h"
+#include "frame/module.h"
+#include "store/ini_store.h"
+#include "store/integra_store.h"
+#include "win/critical_section.h"
+
+namespace store {
+namespace {
+
+using frame::Export;
+using frame::ExportCall;
+using IntegraHolding = win::Holding<frame::GlobalLock>;
+
+// The value in the cached store; null when it is missing or empty.
+const std::string* FindValue(const char* section, const char* key) {
+  const IniEntry* entry = LookupEntry(*IntegraStore, section, key, false);
+  return entry && !entry->value.empty() ? &entry->value : nullptr;
+}
+
+KE_RESULT CopyOut(const std::string& value, char* buffer, std::int32_t size) noexcept {
+  if (size <= 0 || static_cast<std::size_t>(size) <= value.size()) return KE_BUFFER_TOO_SMALL;
+  std::memcpy(buffer, value.c_str(), value.size() + 1);
+  return KE_SUCCESS;
+}
+
+// The value of a row; when it is missing, that of the backup and then of the start copy, which thereby become the live
+// store. Null when no copy holds one.
+const std::string* FindOrRestore(const TextGetter& row, const Export& self) {
+  if (const auto* value = FindValue(row.section, row.key)) return value;
+  const bool fromBackup = RestoreIntegraDat() == KE_SUCCESS;
+  if (fromBackup) {
+    if (const auto* value = FindValue(row.section, row.key)) return value;
+  }
+  if (RestoreIntegraDatEx() != KE_SUCCESS) {
+    if (!fromBackup) Trace(frame::kDetail, self.name, "Could not open Restored File Integra.dat");
+    return nullptr;
+  }
+  return FindValue(row.section, row.key);
+}
+
+KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
+  if (row.read == TextRead::kRequired && size <= 0) return KE_BUFFER_TOO_SMALL;
+  const IntegraHolding hold(frame::IntegraLock);
+  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
+  const std::string* value =
+      row.read == TextRead::kRestored ? FindOrRestore(row, self) : FindValue(row.section, row.key);
+  if (value) return CopyOut(*value, buffer, size);
+  switch (row.read) {
+    case TextRead::kRestored:
+      return KE_STORE_UNUSABLE;
+    case TextRead::kRequired:
+      buffer[0] = '\0';
+      return KE_STORE_UNUSABLE;
+    case TextRead::kOptional:
+    case TextRead::kOptionalSized:
+      return CopyOut({}, buffer, size);
+  }
+  return KE_EXCEPTION;
+}
+
+bool IsRefused(const char* text, TextRefused refused) noexcept {
+  switch (refused) {
+    case TextRefused::kNullOrEmpty:
+      return text == nullptr || *text == '\0';
+    case TextRefused::kNull:
+      return text == nullptr;
+    case TextRefused::kNone:
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexcept {
+  return ExportCall(row.traceName, [&](Export& self) -> KE_RESULT {
+    if (buffer == nullptr) return KE_MISSING_ARGUMENT;
+    if (row.read == TextRead::kOptionalSized && size <= 0) return KE_MISSING_ARGUMENT;
+    return ReadText(row, self, buffer, size);
+  });
+}
+
+KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
+  return ExportCall(row.exportName.data(), [&](Export&) -> KE_RESULT {
+    if (IsRefused(text, row.refused)) return KE_MISSING_ARGUMENT;
+    return StoreText(row.section, row.key, text ? text : "");
+  });
+}
+
+KE_RESULT StoreText(const char* section, const char* key, const char* text) {
+  CheckIntegrity();
+  const IntegraHolding hold(frame::IntegraLock);
+  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
+  IniEntry* entry = LookupEntry(*IntegraStore, section, key, true);
+  if (entry == nullptr) return KE_NOT_CREATED;
+  entry->value = text;
+  return WriteIntegraDat();
+}
+
+KE_RESULT GetNumber(const char* exportName, const char* section, const char* key, std::int32_t* value) noexcept {
+  return ExportCall(exportName, [&](Export&) -> KE_RESULT {
+    if (value == nullptr) return KE_MISSING_ARGUMENT;
+    const IntegraHolding hold(frame::IntegraLock);
+    if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
+    const std::string* text = FindValue(section, key);
+    *value = text ? frame::DecimalFromText(text->c_str()) : 0;
+    return KE_SUCCESS;
+  });
+}
+
+KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward) {
+  CheckIntegrity();
+  const IntegraHolding hold(frame::IntegraLock);
+  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
+  const std::string* current = FindValue("INSTALL", "State");
+  if (onlyForward && state <= (current ? frame::DecimalFromText(current->c_str()) : 0)) return KE_SUCCESS;
+  IniEntry* entry = LookupEntry(*IntegraStore, "INSTALL", "State", true);
+  if (entry == nullptr) return KE_NOT_CREATED;
+  entry->value = std::to_string(state);
+  return WriteIntegraDat();
+}
+
+KE_RESULT ReadIntegrated(std::int32_t* integrated) {
+  const IntegraHolding hold(frame::IntegraLock);
+  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
+  *integrated = FindValue("INTEGRATION", "Date") && FindValue("INTEGRATION", "DEVICEID") ? 1 : 0;
+  return KE_SUCCESS;
+}
+
+}  // namespace store

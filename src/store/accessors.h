@@ -1,0 +1,30 @@
+// The engines behind the accessor exports. Each one runs in the shape of an export, checks its arguments before
+// anything is touched, and holds the lock of the store from the reading of the file to its own end.
+#pragma once
+
+#include <cstdint>
+
+#include "KELUtils.h"
+#include "store/accessor_table.h"
+
+namespace store {
+
+/// Copies the value of a row into `buffer`, as the row says. See KELUtils.h for the codes of each kind.
+KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexcept;
+
+/// Stores a text under a row's key, after the integrity check, and writes the store.
+KE_RESULT SetText(const TextSetter& row, const char* text) noexcept;
+
+/// Stores `text` under any key and writes the store, in the body of an export that has checked its arguments.
+KE_RESULT StoreText(const char* section, const char* key, const char* text);
+
+/// Reads a decimal number, 0 when it is missing. The output stays as it was when the read fails.
+KE_RESULT GetNumber(const char* exportName, const char* section, const char* key, std::int32_t* value) noexcept;
+
+/// Stores the installation state, but not one that is not greater than the stored one when `onlyForward` is set.
+KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward);
+
+/// Tells whether the store holds an integration date and a device identifier.
+KE_RESULT ReadIntegrated(std::int32_t* integrated);
+
+}  // namespace store

@@ -1,0 +1,62 @@
+// The in-memory model of every store: ordered sections of ordered entries, and its text form.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace store {
+
+struct IniEntry {
+  std::string key;
+  std::string value;
+};
+
+struct IniSection {
+  std::string name;  // without brackets
+  std::vector<IniEntry> entries;
+};
+
+/// Sections in the order in which they were added, which is the order in which they are written.
+///
+/// Names are compared without regard to ASCII letter case. Nothing prevents duplicates: adding always appends, looking
+/// up always finds the first. A file that holds a section twice keeps both, of which only the first is ever found.
+///
+/// Pointers into a store are good until something is added to it.
+struct IniStore {
+  std::vector<IniSection> sections;
+};
+
+/// True when two names are the same but for ASCII letter case.
+bool SameName(std::string_view left, std::string_view right) noexcept;
+
+/// The first section of that name; null when there is none or `name` is null.
+IniSection* FindSection(IniStore& store, const char* name) noexcept;
+
+/// Appends an empty section and returns the first one of its name, which is an older one if the name existed. A null
+/// name adds nothing and gives null.
+IniSection* AddSection(IniStore& store, const char* name);
+
+/// The first entry of that key; null when there is none or `key` is null.
+IniEntry* FindEntry(IniSection& section, const char* key) noexcept;
+
+/// Appends an entry and returns the first one of its key. A null key adds nothing and gives null.
+IniEntry* AddEntry(IniSection& section, const char* key, std::string_view value = {});
+
+/// The entry of `key` in the first section of that name. When `create` is set, a missing section is appended, and a
+/// missing entry is appended to it with an empty value; else, or when a name is null, null. The caller reads or changes
+/// the value in place.
+IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create);
+
+/// The text form: "[name]" and "key=value" lines that end in CR LF. CR and LF inside names and values are left out: a
+/// line break has no place there, and would forge entries and sections.
+std::string Serialise(const IniStore& store);
+
+/// Appends the sections and entries of a text to the store, in time proportional to its length.
+///
+/// Lines end at any run of CR and LF. A line that begins with "[" is a section, named by what stands before the first
+/// "]", or by the rest of the line. Another line belongs to the last section of the store and is split at its first
+/// "="; without "=", or before any section, it is ignored. Blanks and ";" have no special meaning.
+void ParseIni(std::string_view text, IniStore& store);
+
+}  // namespace store

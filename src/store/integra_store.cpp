@@ -1,0 +1,240 @@
+#include "store/integra_store.h"
+
+#include <windows.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "frame/module.h"
+#include "frame/paths.h"
+#include "frame/trace.h"
+#include "store/store_file.h"
+#include "win/critical_section.h"
+#include "win/file.h"
+
+namespace store {
+
+IniStore* IntegraStore = nullptr;
+
+namespace {
+
+using frame::kDetail;
+using frame::kInfo;
+using frame::Trace;
+using IntegraHolding = win::Holding<frame::GlobalLock>;
+
+constexpr std::size_t kFewestSections = 4;  // a store with fewer is taken as damaged
+
+// Status of the file when the cached store was loaded or written; its last-write time is the stamp of the cache. A
+// status of no file matches nothing: the next read loads the file.
+win::FileStatus IntegraFileStatus;
+
+// Set while the late repair reads again, so that it does not repair again.
+bool IntegraRelaunch = false;
+
+struct StorePaths {
+  explicit StorePaths(std::string_view directory)
+      : crypto(frame::OwnFolder(directory)),
+        live(frame::SiblingFolder(directory, "KESAgent") + "INTEGRA.DAT"),
+        backup(frame::SiblingFolder(directory, "KESAgent") + "INTEGRA.BAK"),
+        start(frame::SiblingFolder(directory, "KESAgent") + "INTEGRA.START"),
+        policies(frame::SiblingFolder(directory, "KELSysCf") + "KelSysCf.dat") {}
+
+  std::string crypto;  // folder of the crypto module
+  std::string live;
+  std::string backup;
+  std::string start;
+  std::string policies;
+};
+
+void ReplaceStore(std::unique_ptr<IniStore> store) noexcept { delete std::exchange(IntegraStore, store.release()); }
+
+bool StoreIsDamaged() noexcept { return IntegraStore != nullptr && IntegraStore->sections.size() < kFewestSections; }
+
+void ResetPolicies(const StorePaths& paths) noexcept {
+  for (const char* key : {"POLICY_101", "POLICY_200"}) {
+    WritePrivateProfileStringA("POLICIES", key, "{00000000-0000-0000-0000-000000000000}", paths.policies.c_str());
+  }
+}
+
+// Copies a file over the live one. The stamp is forgotten, so that the copied content is read whatever its file times.
+bool CopyOverLive(const std::string& source, const StorePaths& paths) noexcept {
+  IntegraFileStatus = {};
+  return win::CopyOver(source, paths.live);
+}
+
+bool RepairFromStart(const StorePaths& paths) noexcept {
+  if (!CopyOverLive(paths.start, paths)) {
+    Trace(kDetail, "ReadIntegraDat", "Error copying from Integra.start");
+    return false;
+  }
+  ResetPolicies(paths);
+  return true;
+}
+
+// What to read when the live file is missing: the backup; or, when there is no backup either, a live file and a backup
+// created empty. False when the live file could not be created.
+bool FindReplacement(const StorePaths& paths, win::FileHandle& backup) noexcept {
+  backup = win::OpenForUpdate(paths.backup);
+  if (backup) return true;
+  Trace(kDetail, "ReadIntegraDat", "Could not open Restore File Integra.bak");
+  if (win::Exists(paths.backup)) return true;
+  win::CreateEmpty(paths.live);
+  if (!win::Exists(paths.live)) return false;
+  win::CreateEmpty(paths.backup);
+  return true;
+}
+
+// Replaces the cached store by the content of an open file, whose status becomes the stamp.
+KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const StorePaths& paths) {
+  auto content = ReadContent(file);
+  if (!content) return KE_STORE_UNUSABLE;
+  file.Reset();
+  switch (DecipherContent(*content, paths.crypto.c_str())) {
+    case Deciphering::kCryptoNotLoaded:
+      return KE_CRYPTO_NOT_LOADED;
+    case Deciphering::kFailed:
+      return KE_CRYPTO_FAILED;
+    case Deciphering::kDone:
+      break;
+  }
+  auto store = std::make_unique<IniStore>();
+  ParseIni(*content, *store);
+  ReplaceStore(std::move(store));
+  IntegraFileStatus = status;
+  return KE_SUCCESS;
+}
+
+// Brings the cached store up to date with the file or the backup. A damaged cached store is first repaired from the
+// start copy, unless its stamp was forgotten: then the file holds a copy that has yet to be read.
+KE_RESULT RefreshStore(const StorePaths& paths, bool startExists) {
+  win::FileStatus status = win::StatusOf(paths.live);
+  win::FileHandle source;
+  if (!status.exists) {
+    ReplaceStore(nullptr);
+    if (!FindReplacement(paths, source)) return KE_STORE_UNUSABLE;
+    if (!source) status = win::StatusOf(paths.live);
+  }
+  if (startExists && StoreIsDamaged() && IntegraFileStatus.exists) {
+    if (!RepairFromStart(paths)) return KE_STORE_UNUSABLE;
+    Trace(kDetail, "ReadIntegraDat", "Restored from Integra.start");
+    status = win::StatusOf(paths.live);
+  }
+  if (IntegraStore && IntegraFileStatus.exists && status.written == IntegraFileStatus.written) return KE_SUCCESS;
+  if (!source) source = win::OpenForUpdate(paths.live);
+  if (!source) return KE_STORE_UNUSABLE;
+  return LoadStore(std::move(source), status, paths);
+}
+
+// Replaces a damaged store, just loaded, by the start copy and reads again, once.
+bool RepairLoadedStore(const StorePaths& paths) {
+  if (!RepairFromStart(paths)) return false;
+  Trace(kDetail, "ReadIntegraDat", "Relaunch");
+  IntegraRelaunch = true;
+  ReadIntegraDat();
+  Trace(kDetail, "ReadIntegraDat", "Restored in relaunch from Integra.start");
+  return true;
+}
+
+KE_RESULT ReadUnderLock(const StorePaths& paths) {
+  const bool startExists = win::Exists(paths.start);
+  const KE_RESULT result = RefreshStore(paths, startExists);
+  if (result != KE_SUCCESS) return result;
+  const bool repair = startExists && StoreIsDamaged() && !IntegraRelaunch;
+  if (repair && !RepairLoadedStore(paths)) return KE_STORE_UNUSABLE;
+  return KE_SUCCESS;
+}
+
+// True when the backup holds a whole store.
+bool BackupIsWhole(const StorePaths& paths) {
+  const win::FileHandle file = win::OpenForUpdate(paths.backup);
+  if (!file) return false;
+  auto content = ReadContent(file);
+  if (!content || DecipherContent(*content, paths.crypto.c_str()) != Deciphering::kDone) return false;
+  IniStore backup;
+  ParseIni(*content, backup);
+  return backup.sections.size() >= kFewestSections;
+}
+
+KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
+  if (IntegraStore == nullptr) return KE_NOT_CREATED;
+  std::string text = Serialise(*IntegraStore);
+  Trace(kDetail, function, "writing integra.dat:\n%s\n", text.c_str());
+  // Everything that may throw comes before the file is emptied.
+  const PreparedContent content = PrepareContent(std::move(text), paths.crypto.c_str(), function);
+  // Sections are never taken out of a store. One that has too few, while its backup has them all, has lost them by
+  // damage: the backup is then the last good copy.
+  const bool keepBackup = StoreIsDamaged() && BackupIsWhole(paths);
+  win::FileHandle file = win::CreateForUpdate(paths.live);
+  if (!file) return KE_STORE_UNUSABLE;
+  const bool good = WriteContent(file, content, function);
+  file.Reset();
+  if (content.form == TextForm::kPlainAfterFailure) return KE_CRYPTO_FAILED;
+  if (keepBackup) {
+    Trace(kDetail, function, "Integra.bak kept: integra.dat is damaged");
+  } else if (good && !win::CopyOver(paths.live, paths.backup)) {
+    Trace(kDetail, function, "Could not copy integra.dat. to integra.bak");
+  }
+  IntegraFileStatus = win::StatusOf(paths.live);
+  return KE_SUCCESS;
+}
+
+// Runs one operation on the store's files with the lock held; an exception is traced and passed on.
+template <typename Operation>
+KE_RESULT WithStoreLocked(const char* function, Operation operation) {
+  const auto directory = frame::KeptModuleDirectory();
+  if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
+  try {
+    const StorePaths paths(directory);
+    const IntegraHolding hold(frame::IntegraLock);
+    return operation(paths);
+  } catch (...) {
+    Trace(kDetail, function, "Exception raised");
+    throw;
+  }
+}
+
+KE_RESULT Restore(const char* function, std::string StorePaths::*source) {
+  return WithStoreLocked(function, [&](const StorePaths& paths) -> KE_RESULT {
+    if (!CopyOverLive(paths.*source, paths)) return KE_STORE_UNUSABLE;
+    return ReadIntegraDat();
+  });
+}
+
+}  // namespace
+
+KE_RESULT ReadIntegraDat() {
+  Trace(kInfo, __func__, "Function start");
+  const KE_RESULT result = WithStoreLocked(__func__, [](const StorePaths& paths) {
+    // The flag of the late repair never outlives the read that set it, whichever way that read ends.
+    struct RelaunchEnd {
+      ~RelaunchEnd() { IntegraRelaunch = false; }
+    } const end;
+    return ReadUnderLock(paths);
+  });
+  Trace(kInfo, __func__, "Function end. Return code (%i)", static_cast<int>(result));
+  return result;
+}
+
+KE_RESULT WriteIntegraDat() {
+  return WithStoreLocked(__func__, [](const StorePaths& paths) { return WriteUnderLock(paths, "WriteIntegraDat"); });
+}
+
+KE_RESULT RestoreIntegraDat() { return Restore(__func__, &StorePaths::backup); }
+
+KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::start); }
+
+void CheckIntegrity() {
+  char certificate[512] = {};
+  const bool present = KE_GetCertificate(certificate, 510) == KE_SUCCESS;
+  Trace(kDetail, __func__, present ? "CheckIntegrity ok" : "CheckIntegrity failed");
+}
+
+void DropIntegraStore() noexcept {
+  const IntegraHolding hold(frame::IntegraLock);
+  ReplaceStore(nullptr);
+}
+
+}  // namespace store

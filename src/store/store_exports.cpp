@@ -1,0 +1,138 @@
+// The exports of the integration store. Most are a row of accessor_table.h.
+#include <cstdint>
+#include <string>
+
+#include "KELUtils.h"
+#include "frame/export_call.h"
+#include "store/accessor_table.h"
+#include "store/accessors.h"
+
+using frame::Export;
+using frame::ExportCall;
+using store::GetNumber;
+using store::GetText;
+using store::kTextGetters;
+using store::kTextSetters;
+using store::RowOf;
+using store::SetText;
+
+namespace {
+
+constexpr std::int32_t kInstallComplete = 200;  // installation states from here on are those of a complete installation
+
+bool IsBlank(const char* text) { return text == nullptr || *text == '\0'; }
+
+}  // namespace
+
+// Texts
+
+KE_RESULT KE_API KE_GetAgentID(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetAgentID"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetCustomerId(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetCustomerId"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetCertificate(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetCertificate"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetDeviceID(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetDeviceID"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetUserRCM(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetUserRCM"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetPasswordRCM(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetPasswordRCM"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetAgentVersion(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetAgentVersion"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetServerDate(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetServerDate"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetContainer(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetContainer"), buffer, size);
+}
+
+KE_RESULT KE_API KE_GetLastErrorParam(char* buffer, int32_t size) {
+  return GetText(RowOf(kTextGetters, "KE_GetLastErrorParam"), buffer, size);
+}
+
+KE_RESULT KE_API KE_SetAgentID(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetAgentID"), text); }
+
+KE_RESULT KE_API KE_SetAgentVersion(const char* text) {
+  return SetText(RowOf(kTextSetters, "KE_SetAgentVersion"), text);
+}
+
+KE_RESULT KE_API KE_SetServerDate(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetServerDate"), text); }
+
+KE_RESULT KE_API KE_SetContainer(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetContainer"), text); }
+
+KE_RESULT KE_API KE_SetCustomerId(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetCustomerId"), text); }
+
+KE_RESULT KE_API KE_SetDeviceID(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetDeviceID"), text); }
+
+KE_RESULT KE_API KE_SetCertificate(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetCertificate"), text); }
+
+KE_RESULT KE_API KE_SetUserRCM(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetUserRCM"), text); }
+
+KE_RESULT KE_API KE_SetPasswordRCM(const char* text) { return SetText(RowOf(kTextSetters, "KE_SetPasswordRCM"), text); }
+
+KE_RESULT KE_API KE_SetLastErrorParam(const char* text) {
+  return SetText(RowOf(kTextSetters, "KE_SetLastErrorParam"), text);
+}
+
+KE_RESULT KE_API KE_SetPropertyInIntegra(const char* key, const char* text) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (IsBlank(key) || IsBlank(text)) return KE_MISSING_ARGUMENT;
+    return store::StoreText("INTEGRATION", key, text);
+  });
+}
+
+// Numbers
+
+KE_RESULT KE_API KE_GetInstallState(int32_t* value) { return GetNumber(__func__, "INSTALL", "State", value); }
+
+KE_RESULT KE_API KE_GetLastInstallError(int32_t* value) { return GetNumber(__func__, "INSTALL", "LastError", value); }
+
+KE_RESULT KE_API KE_SetLastInstallError(const int32_t* error) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (error == nullptr) return KE_MISSING_ARGUMENT;
+    return store::StoreText("INSTALL", "LastError", std::to_string(*error).c_str());
+  });
+}
+
+KE_RESULT KE_API KE_SetInstallState(const int32_t* state, int32_t onlyForward) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (state == nullptr) return KE_MISSING_ARGUMENT;
+    return store::StoreInstallState(*state, onlyForward != 0);
+  });
+}
+
+// Yes or no
+
+KE_RESULT KE_API KE_IsInstallComplete(int32_t* value) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (value == nullptr) return KE_MISSING_ARGUMENT;
+    *value = 0;
+    int32_t state = 0;
+    const KE_RESULT result = KE_GetInstallState(&state);
+    if (result == KE_SUCCESS && state >= kInstallComplete) *value = 1;
+    return result;
+  });
+}
+
+KE_RESULT KE_API KE_IsIntegrated(int32_t* value) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (value == nullptr) return KE_MISSING_ARGUMENT;
+    return store::ReadIntegrated(value);
+  });
+}
