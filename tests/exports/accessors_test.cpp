@@ -1,0 +1,215 @@
+#include <doctest/doctest.h>
+
+#include <cstring>
+#include <string>
+
+#include "exports/store_tree.h"
+
+using support::LoadedDll;
+
+namespace {
+
+using Getter = KE_RESULT(KE_API*)(char*, int32_t);
+using Setter = KE_RESULT(KE_API*)(const char*);
+
+struct TextValue {
+  const char* getter;
+  const char* setter;
+  const char* traced;  // the name the getter traces under
+  const char* section;
+  const char* key;
+  KE_RESULT missing;  // what a getter answers without a value
+  bool empties;       // whether it empties the buffer then
+  KE_RESULT noSize;   // what it answers to size 0 without a value
+  bool emptyRefused;  // whether the setter refuses the empty text
+};
+
+// Pins every export to its place in the store and to its way of answering.
+constexpr TextValue kTexts[] = {
+    {"KE_GetAgentID", "KE_SetAgentID", "KE_GetAgentID", "AGENT", "ID", 1782, false, 1782, true},
+    {"KE_GetCustomerId", "KE_SetCustomerId", "KE_GetCustomerId", "INTEGRATION", "CUSTOMER", 1782, false, 1782, false},
+    {"KE_GetCertificate", "KE_SetCertificate", "KE_GetCertificate", "INTEGRATION", "CERTIFICATE", 1782, false, 1782,
+     false},
+    {"KE_GetDeviceID", "KE_SetDeviceID", "KE_GetDeviceID", "INTEGRATION", "DEVICEID", 1782, true, 1778, false},
+    {"KE_GetUserRCM", "KE_SetUserRCM", "KE_GetUserRCM", "AGENTRCM", "USER", 1782, true, 1778, false},
+    {"KE_GetPasswordRCM", "KE_SetPasswordRCM", "KE_GetPasswordRCM", "AGENTRCM", "PASSWORD", 1782, true, 1778, false},
+    {"KE_GetAgentVersion", "KE_SetAgentVersion", "KE_GetAgentVersion", "AGENT", "VERSION", 0, true, 1778, true},
+    {"KE_GetServerDate", "KE_SetServerDate", "KE_GetServerDate", "INTEGRATION", "ServerDate", 0, true, 1778, true},
+    {"KE_GetContainer", "KE_SetContainer", "KE_GetContainer", "INTEGRATION", "CONTAINER", 0, true, 1778, true},
+    {"KE_GetLastErrorParam", "KE_SetLastErrorParam", "KE_GetLastInstallErrorEx", "INSTALL", "LastErrorParam", 0, true,
+     1777, false},
+};
+
+std::string StoreText(const char* section, const char* key, const std::string& value) {
+  return "[" + std::string(section) + "]\r\n" + key + "=" + value + "\r\n";
+}
+
+}  // namespace
+
+TEST_CASE("text accessors: a value goes to its key and comes back, when the buffer has room for its terminator") {
+  for (const TextValue& row : kTexts) {
+    CAPTURE(row.getter);
+    const StoreTree tree;
+    const LoadedDll dll = tree.Load();
+    const auto get = dll.Get<Getter>(row.getter);
+    const std::string value = "value \xE4\xF6\xFC; =[x] ";
+    REQUIRE(dll.Get<Setter>(row.setter)(value.c_str()) == KE_SUCCESS);
+    CHECK(tree.Text("INTEGRA.DAT") == StoreText(row.section, row.key, value));
+    CHECK(tree.Text("INTEGRA.BAK") == tree.Text("INTEGRA.DAT"));
+
+    char buffer[64] = "untouched";
+    const auto length = static_cast<int32_t>(value.size());
+    CHECK(get(buffer, length) == KE_BUFFER_TOO_SMALL);
+    CHECK(std::string(buffer) == "untouched");
+    CHECK(get(buffer, length + 1) == KE_SUCCESS);
+    CHECK(buffer == value);
+    const auto another = tree.Load();
+    std::memset(buffer, 0, sizeof buffer);
+    CHECK(another.Get<Getter>(row.getter)(buffer, sizeof buffer) == KE_SUCCESS);
+    CHECK(buffer == value);
+  }
+}
+
+TEST_CASE("text accessors: each getter's answer to a missing value, and each setter's to null and empty texts") {
+  for (const TextValue& row : kTexts) {
+    CAPTURE(row.getter);
+    const StoreTree tree;
+    const LoadedDll dll = tree.Load();
+    const auto get = dll.Get<Getter>(row.getter);
+    const auto set = dll.Get<Setter>(row.setter);
+    char buffer[16] = "untouched";
+    CHECK(get(nullptr, 16) == KE_MISSING_ARGUMENT);
+    CHECK(get(nullptr, -1) == KE_MISSING_ARGUMENT);
+    for (const int32_t size : {0, -1, INT32_MIN}) {
+      CHECK(get(buffer, size) == row.noSize);
+      CHECK(std::string(buffer) == "untouched");
+    }
+    CHECK(get(buffer, 1) == row.missing);
+    CHECK(std::string(buffer) == (row.empties ? "" : "untouched"));
+
+    const bool nullRefused = std::strcmp(row.setter, "KE_SetLastErrorParam") != 0;
+    CHECK(set(nullptr) == (nullRefused ? KE_MISSING_ARGUMENT : KE_SUCCESS));
+    CHECK(set("") == (row.emptyRefused ? KE_MISSING_ARGUMENT : KE_SUCCESS));
+    CHECK(tree.Text("INTEGRA.DAT") == (row.emptyRefused ? "" : StoreText(row.section, row.key, "")));
+  }
+}
+
+TEST_CASE("number accessors: stored in decimal, read leniently") {
+  const StoreTree tree;
+  int32_t value = -7;
+  {
+    const LoadedDll dll = tree.Load();
+    CHECK(CALL(dll, KE_GetInstallState)(nullptr) == KE_MISSING_ARGUMENT);
+    CHECK(CALL(dll, KE_SetLastInstallError)(nullptr) == KE_MISSING_ARGUMENT);
+    CHECK(CALL(dll, KE_GetInstallState)(&value) == KE_SUCCESS);
+    CHECK(value == 0);
+    value = INT32_MIN;
+    CHECK(CALL(dll, KE_SetLastInstallError)(&value) == KE_SUCCESS);
+    CHECK(tree.Text("INTEGRA.DAT") == "[INSTALL]\r\nLastError=-2147483648\r\n");
+    value = 0;
+    CHECK(CALL(dll, KE_GetLastInstallError)(&value) == KE_SUCCESS);
+    CHECK(value == INT32_MIN);
+  }
+  const std::pair<const char*, int32_t> texts[] = {{"48", 48}, {" +48x", 48}, {"-3", -3},
+                                                   {"x48", 0}, {"", 0},       {"99999999999", INT32_MAX}};
+  for (const auto& [text, number] : texts) {
+    CAPTURE(text);
+    tree.Put("INTEGRA.DAT", StoreText("install", "state", text));
+    CHECK(CALL(tree.Load(), KE_GetInstallState)(&value) == KE_SUCCESS);
+    CHECK(value == number);
+  }
+}
+
+TEST_CASE("install state: moves back only when that is not forbidden, and is complete from 200 on") {
+  const StoreTree tree;
+  const LoadedDll dll = tree.Load();
+  int32_t value = -1;
+  CHECK(CALL(dll, KE_SetInstallState)(nullptr, 0) == KE_MISSING_ARGUMENT);
+  CHECK(CALL(dll, KE_SetInstallState)(&value, 1) == KE_SUCCESS);
+  CHECK(tree.Text("INTEGRA.DAT").empty());  // nothing stored, not even an empty entry
+  CHECK(CALL(dll, KE_SetAgentVersion)("1") == KE_SUCCESS);
+  CHECK(tree.Text("INTEGRA.DAT") == "[AGENT]\r\nVERSION=1\r\n");
+
+  struct Step {
+    int32_t state, onlyForward, stored, complete;
+  };
+  for (const Step& step : {Step{48, 1, 48, 0},
+                           {47, 1, 48, 0},
+                           {48, 1, 48, 0},
+                           {200, 1, 200, 1},
+                           {47, 0, 47, 0},
+                           {199, 0, 199, 0},
+                           {INT32_MAX, 1, INT32_MAX, 1},
+                           {-1, 0, -1, 0}}) {
+    CAPTURE(step.state);
+    CHECK(CALL(dll, KE_SetInstallState)(&step.state, step.onlyForward) == KE_SUCCESS);
+    CHECK(CALL(dll, KE_GetInstallState)(&value) == KE_SUCCESS);
+    CHECK(value == step.stored);
+    CHECK(CALL(dll, KE_IsInstallComplete)(&value) == KE_SUCCESS);
+    CHECK(value == step.complete);
+  }
+  CHECK(CALL(dll, KE_IsInstallComplete)(nullptr) == KE_MISSING_ARGUMENT);
+}
+
+TEST_CASE("integrated: only with a date and a device identifier, both not empty") {
+  const StoreTree tree;
+  const std::pair<const char*, int32_t> stores[] = {
+      {"[INTEGRATION]\r\nDate=2024-03-05 07:08:09\r\nDEVICEID=d\r\n", 1},
+      {"[INTEGRATION]\r\nDate=2024-03-05 07:08:09\r\nDEVICEID=\r\n", 0},
+      {"[INTEGRATION]\r\nDate=\r\nDEVICEID=d\r\n", 0},
+      {"[INTEGRATION]\r\nDEVICEID=d\r\n", 0},
+      {"[OTHER]\r\nDate=x\r\nDEVICEID=d\r\n", 0},
+  };
+  for (const auto& [text, integrated] : stores) {
+    CAPTURE(text);
+    tree.Put("INTEGRA.DAT", text);
+    int32_t value = -1;
+    CHECK(CALL(tree.Load(), KE_IsIntegrated)(&value) == KE_SUCCESS);
+    CHECK(value == integrated);
+  }
+  CHECK(CALL(tree.Load(), KE_IsIntegrated)(nullptr) == KE_MISSING_ARGUMENT);
+}
+
+TEST_CASE("property: appended to its section, changed in place, the first of a name only") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", "[Integration]\r\nDate=d\r\n[A]\r\n[B]\r\n[INTEGRATION]\r\ndate=second\r\n");
+  const LoadedDll dll = tree.Load();
+  const auto set = CALL(dll, KE_SetPropertyInIntegra);
+  CHECK(set("NEW", "n") == KE_SUCCESS);
+  CHECK(set("DATE", "e") == KE_SUCCESS);
+  CHECK(set("LINES", "a\r\n[FORGED]\r\nID=x") == KE_SUCCESS);
+  CHECK(tree.Text("INTEGRA.DAT") ==
+        "[Integration]\r\nDate=e\r\nNEW=n\r\nLINES=a[FORGED]ID=x\r\n[A]\r\n[B]\r\n[INTEGRATION]\r\ndate=second\r\n");
+  const std::string before = tree.Text("INTEGRA.DAT");
+  for (const auto& [key, text] :
+       {std::pair<const char*, const char*>{nullptr, "x"}, {"", "x"}, {"K", nullptr}, {"K", ""}}) {
+    CHECK(set(key, text) == KE_MISSING_ARGUMENT);
+  }
+  CHECK(tree.Text("INTEGRA.DAT") == before);
+}
+
+TEST_CASE("tracing: every accessor writes its start and end under its name") {
+  const StoreTree tree;
+  tree.tree.AddFake("FakeTvLogSys", "Common/TvLogSys.dll");
+  const LoadedDll log(tree.tree.Path("Common/TvLogSys.dll"));
+  const LoadedDll dll = tree.Load();
+  const auto check = [&](const std::string& name, KE_RESULT result) {
+    CAPTURE(name);
+    const std::string lines = log.Get<const char* (*)()>("FakeLog")();
+    log.Get<void (*)()>("FakeClear")();
+    CHECK(lines.find(";10;KELUtils;" + name + ";\"Function start\"") != std::string::npos);
+    CHECK(lines.find(";10;KELUtils;" + name + ";\"Function end. Return code (" + std::to_string(result) + ")\"") !=
+          std::string::npos);
+  };
+  for (const TextValue& row : kTexts) {
+    check(row.traced, dll.Get<Getter>(row.getter)(nullptr, 0));
+    check(row.setter, dll.Get<Setter>(row.setter)("x"));
+  }
+  using NumberGetter = KE_RESULT(KE_API*)(int32_t*);
+  for (const char* name : {"KE_GetInstallState", "KE_GetLastInstallError", "KE_IsInstallComplete", "KE_IsIntegrated"}) {
+    check(name, dll.Get<NumberGetter>(name)(nullptr));
+  }
+  check("KE_SetPropertyInIntegra", CALL(dll, KE_SetPropertyInIntegra)(nullptr, nullptr));
+  check("KE_SetLastInstallError", CALL(dll, KE_SetLastInstallError)(nullptr));
+  check("KE_SetInstallState", CALL(dll, KE_SetInstallState)(nullptr, 0));
+}

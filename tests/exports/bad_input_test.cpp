@@ -1,0 +1,76 @@
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "exports/store_tree.h"
+
+using support::LoadedDll;
+
+TEST_CASE("bad input: very long and non-ASCII texts are kept whole") {
+  const StoreTree tree;
+  const LoadedDll dll = tree.Load();
+  std::string allBytes;
+  for (int c = 1; c < 256; ++c) {
+    if (c != '\r' && c != '\n') allBytes += static_cast<char>(c);
+  }
+  const std::string longText(3000000, 'x');
+  for (const std::string& text : {allBytes, longText}) {
+    REQUIRE(CALL(dll, KE_SetContainer)(text.c_str()) == KE_SUCCESS);
+    std::string buffer(text.size() + 1, '?');
+    const LoadedDll another = tree.Load();
+    CHECK(CALL(another, KE_GetContainer)(buffer.data(), static_cast<int32_t>(text.size())) == KE_BUFFER_TOO_SMALL);
+    CHECK(CALL(another, KE_GetContainer)(buffer.data(), static_cast<int32_t>(buffer.size())) == KE_SUCCESS);
+    CHECK(buffer.c_str() == text);
+  }
+  const std::string longKey(100000, 'k');
+  CHECK(CALL(dll, KE_SetPropertyInIntegra)(longKey.c_str(), "v") == KE_SUCCESS);
+  CHECK(tree.Text("INTEGRA.DAT").find(longKey + "=v\r\n") != std::string::npos);
+}
+
+TEST_CASE("bad input: a buffer that ends at a page nobody may touch is never overrun") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("0123456789"));
+  const LoadedDll dll = tree.Load();
+  char* const pages = static_cast<char*>(VirtualAlloc(nullptr, 8192, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+  DWORD old = 0;
+  REQUIRE(VirtualProtect(pages + 4096, 4096, PAGE_NOACCESS, &old));
+  for (int32_t size = 0; size <= 11; ++size) {
+    CHECK(CALL(dll, KE_GetAgentID)(pages + 4096 - size, size) == (size == 11 ? KE_SUCCESS : KE_BUFFER_TOO_SMALL));
+  }
+  CHECK(CALL(dll, KE_GetDeviceID)(pages + 4095, 1) == KE_STORE_UNUSABLE);
+  // A text argument whose terminator is the last byte before such a page.
+  pages[4094] = 'v';
+  pages[4095] = '\0';
+  CHECK(CALL(dll, KE_SetAgentVersion)(pages + 4094) == KE_SUCCESS);
+  VirtualFree(pages, 0, MEM_RELEASE);
+}
+
+TEST_CASE("bad input: read-only and unusable store files") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("live"));
+  const auto live = tree.tree.Store("INTEGRA.DAT");
+  SUBCASE("a file that may only be read") {
+    const LoadedDll dll = tree.Load();
+    CHECK(AgentId(dll) == "live");
+    const support::LockedFile readable(live, FILE_SHARE_READ);
+    CHECK(AgentId(tree.Load()) == "(1782)");
+    CHECK(CALL(dll, KE_SetAgentID)("new") == KE_STORE_UNUSABLE);
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
+  }
+  SUBCASE("a folder of that name") {
+    std::filesystem::remove(live);
+    std::filesystem::create_directory(live);
+    CHECK(AgentId(tree.Load()) == "(1782)");
+    CHECK(CALL(tree.Load(), KE_SetAgentID)("new") == KE_STORE_UNUSABLE);
+  }
+  SUBCASE("integer outputs stay as they were") {
+    const support::LockedFile locked(live);
+    const LoadedDll dll = tree.Load();
+    int32_t value = -7;
+    CHECK(CALL(dll, KE_GetInstallState)(&value) == KE_STORE_UNUSABLE);
+    CHECK(CALL(dll, KE_IsIntegrated)(&value) == KE_STORE_UNUSABLE);
+    CHECK(value == -7);
+    CHECK(CALL(dll, KE_IsInstallComplete)(&value) == KE_STORE_UNUSABLE);
+    CHECK(value == 0);
+  }
+}

@@ -1,0 +1,219 @@
+// Damage to the files of the store, in every combination, against one table of rules.
+#include <doctest/doctest.h>
+
+#include <optional>
+#include <string>
+
+#include "exports/store_tree.h"
+
+using support::LoadedDll;
+using support::LockedFile;
+
+namespace {
+
+enum State { kGood, kMissing, kEmpty, kCut, kGarbage, kOtherKey, kLocked, kStates };
+constexpr const char* kStateNames[] = {"good", "missing", "empty", "cut", "garbage", "other key", "locked"};
+
+// Brings one file of the store into a state; a good one carries the identifier `id`.
+void Prepare(const StoreTree& tree, const char* file, State state, const char* id) {
+  const auto path = tree.tree.Store(file);
+  std::string content = FakeEnciphered(WholeStore(id));
+  if (state == kEmpty) content.clear();
+  if (state == kCut) content.resize(content.size() / 2);
+  if (state == kGarbage) content = std::string(600, '\xA7');
+  if (state == kOtherKey) {
+    for (size_t i = 4; i < content.size(); ++i) content[i] = static_cast<char>(content[i] * 7 + 0x80 + i % 5);
+  }
+  if (state == kMissing) {
+    std::filesystem::remove(path);
+  } else {
+    support::WriteFile(path, content);
+  }
+}
+
+// What KE_GetAgentID answers on the first call of a process.
+std::string Expected(State live, State backup, State start) {
+  const std::string unusable = "(1782)";
+  if (live == kLocked || (live == kMissing && backup == kLocked)) return unusable;
+  if (live == kGood) return "live";
+  if (live == kMissing && backup == kGood) return "backup";
+  // The store is damaged now. A start copy repairs it, or stands in the way when it cannot be copied.
+  if (start == kLocked) return unusable;
+  if (start == kGood) return "start";
+  // No copy of the value so far: the backup is restored.
+  return backup == kGood ? "backup" : unusable;
+}
+
+struct Combination {
+  Combination(const StoreTree& tree, State live, State backup, State start) {
+    Prepare(tree, "INTEGRA.DAT", live, "live");
+    Prepare(tree, "INTEGRA.BAK", backup, "backup");
+    Prepare(tree, "INTEGRA.START", start, "start");
+    if (live == kLocked) liveLock.emplace(tree.tree.Store("INTEGRA.DAT"));
+    if (backup == kLocked) backupLock.emplace(tree.tree.Store("INTEGRA.BAK"));
+    if (start == kLocked) startLock.emplace(tree.tree.Store("INTEGRA.START"));
+  }
+  std::optional<LockedFile> liveLock, backupLock, startLock;
+};
+
+template <typename Case>
+void ForEveryCombination(Case run) {
+  const StoreTree tree;
+  for (int live = 0; live < kStates; ++live) {
+    for (int backup = 0; backup < kStates; ++backup) {
+      for (int start = 0; start < kStates; ++start) {
+        INFO("live, backup, start: ", std::string(kStateNames[live]), ", ", std::string(kStateNames[backup]), ", ",
+             std::string(kStateNames[start]));
+        run(tree, static_cast<State>(live), static_cast<State>(backup), static_cast<State>(start));
+      }
+    }
+  }
+}
+
+}  // namespace
+
+TEST_CASE("damage: a getter finds the identity wherever it still is, and no good copy is overwritten") {
+  ForEveryCombination([](const StoreTree& tree, State live, State backup, State start) {
+    {
+      const Combination files(tree, live, backup, start);
+      const LoadedDll dll = tree.Load();
+      CHECK(AgentId(dll) == Expected(live, backup, start));
+      CHECK(AgentId(dll) == Expected(live, backup, start));
+    }
+    if (live == kGood) CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
+    if (backup == kGood) CHECK(tree.Text("INTEGRA.BAK") == WholeStore("backup"));
+    if (start == kGood) CHECK(tree.Text("INTEGRA.START") == WholeStore("start"));
+  });
+}
+
+TEST_CASE("damage: a setter first repairs, then keeps the identity, and leaves the start copy alone") {
+  ForEveryCombination([](const StoreTree& tree, State live, State backup, State start) {
+    const std::string expected = Expected(live, backup, start);
+    const std::string startBefore = [&] {
+      Prepare(tree, "INTEGRA.START", start, "start");
+      return support::ReadFile(tree.tree.Store("INTEGRA.START"));
+    }();
+    KE_RESULT result;
+    {
+      const Combination files(tree, live, backup, start);
+      result = CALL(tree.Load(), KE_SetServerDate)("2024-03-05");
+    }
+    CHECK(support::ReadFile(tree.tree.Store("INTEGRA.START")) == startBefore);
+    if (expected.front() != '(') {
+      CHECK(result == KE_SUCCESS);
+      CHECK(tree.Text("INTEGRA.DAT").find("ServerDate=2024-03-05\r\n") != std::string::npos);
+      CHECK(AgentId(tree.Load()) == expected);
+    } else if (result != KE_SUCCESS) {
+      CHECK(result == KE_STORE_UNUSABLE);
+      if (backup == kGood) CHECK(tree.Text("INTEGRA.BAK") == WholeStore("backup"));
+    }
+  });
+}
+
+TEST_CASE(
+    "damage: a store of fewer than four sections is replaced by the start copy once, and the policies are reset") {
+  const StoreTree tree;
+  const auto policies = tree.tree.Path("KELSysCf/KelSysCf.dat").string();
+  WritePrivateProfileStringA("POLICIES", "POLICY_101", "mine", policies.c_str());
+  tree.Put("INTEGRA.DAT", "[AGENT]\r\nID=small\r\n[A]\r\n[B]\r\n");
+  tree.Put("INTEGRA.START", WholeStore("start"));
+  SetFileAttributesW(tree.tree.Store("INTEGRA.START").c_str(), FILE_ATTRIBUTE_READONLY);
+  const LoadedDll dll = tree.Load();
+  CHECK(AgentId(dll) == "start");
+  char policy[64] = {};
+  for (const char* key : {"POLICY_101", "POLICY_200"}) {
+    GetPrivateProfileStringA("POLICIES", key, "", policy, sizeof policy, policies.c_str());
+    CHECK(std::string(policy) == "{00000000-0000-0000-0000-000000000000}");
+  }
+  // A copy of a read-only file must still take new values.
+  CHECK(CALL(dll, KE_SetAgentID)("new") == KE_SUCCESS);
+  CHECK(AgentId(tree.Load()) == "new");
+
+  SUBCASE("also a store that was in the cache before there was a start copy") {
+    const StoreTree late;
+    late.Put("INTEGRA.DAT", "[AGENT]\r\nID=small\r\n");
+    const LoadedDll cached = late.Load();
+    CHECK(AgentId(cached) == "small");
+    late.Put("INTEGRA.START", WholeStore("start"));
+    CHECK(AgentId(cached) == "start");
+  }
+  SUBCASE("a start copy that is itself small does not lead to a loop") {
+    SetFileAttributesW(tree.tree.Store("INTEGRA.START").c_str(), FILE_ATTRIBUTE_NORMAL);
+    tree.Put("INTEGRA.START", "[AGENT]\r\nID=small start\r\n");
+    tree.Put("INTEGRA.DAT", "[AGENT]\r\nID=small\r\n");
+    CHECK(AgentId(tree.Load()) == "small start");
+  }
+}
+
+TEST_CASE("store files: all missing, or only the backup there") {
+  const StoreTree tree;
+  {
+    const LoadedDll dll = tree.Load();
+    int32_t state = -1;
+    CHECK(CALL(dll, KE_GetInstallState)(&state) == KE_SUCCESS);
+    CHECK(std::filesystem::exists(tree.tree.Store("INTEGRA.DAT")));
+    CHECK(std::filesystem::exists(tree.tree.Store("INTEGRA.BAK")));
+  }
+  tree.Put("INTEGRA.BAK", WholeStore("backup"));
+  std::filesystem::remove(tree.tree.Store("INTEGRA.DAT"));
+  const LoadedDll dll = tree.Load();
+  CHECK(AgentId(dll) == "backup");
+  CHECK_FALSE(std::filesystem::exists(tree.tree.Store("INTEGRA.DAT")));
+  CHECK(CALL(dll, KE_SetAgentVersion)("2") == KE_SUCCESS);
+  CHECK(AgentId(tree.Load()) == "backup");
+  CHECK(std::filesystem::exists(tree.tree.Store("INTEGRA.DAT")));
+
+  std::filesystem::remove_all(tree.tree.Path("KESAgent"));
+  CHECK(AgentId(dll) == "(1782)");
+}
+
+TEST_CASE("store files: read once while unchanged, and again when another process has written") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("first"));
+  const LoadedDll crypto(tree.tree.Path("KELUtils/ApiCr.dll"));
+  const FakeCipherState& cipher = *CALL(crypto, FakeCipher)();
+  const LoadedDll dll = tree.Load();
+  CHECK(AgentId(dll) == "first");
+  const int calls = cipher.calls;
+  CHECK(AgentId(dll) == "first");
+  CHECK(cipher.calls == calls);
+  CHECK(CALL(dll, KE_SetAgentVersion)("2") == KE_SUCCESS);
+  CHECK(cipher.calls == calls + 1);  // written, and not read back
+  CHECK(AgentId(dll) == "first");
+  CHECK(cipher.calls == calls + 1);
+  Sleep(20);
+  CHECK(CALL(tree.Load(), KE_SetAgentID)("second") == KE_SUCCESS);
+  CHECK(AgentId(dll) == "second");
+}
+
+TEST_CASE("crypto module: missing or failing") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("live"));
+  SUBCASE("missing: a marked file stays as it is; a plain one is read, and written plain") {
+    std::filesystem::remove(tree.tree.Path("KELUtils/ApiCr.dll"));
+    CHECK(AgentId(tree.Load()) == "(1783)");
+    CHECK(CALL(tree.Load(), KE_SetAgentID)("x") == KE_CRYPTO_NOT_LOADED);
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
+    support::WriteFile(tree.tree.Store("INTEGRA.DAT"), WholeStore("plain"));
+    CHECK(CALL(tree.Load(), KE_SetAgentID)("new") == KE_SUCCESS);
+    CHECK(support::ReadFile(tree.tree.Store("INTEGRA.DAT")) == WholeStore("new"));
+    CHECK(support::ReadFile(tree.tree.Store("INTEGRA.BAK")) == WholeStore("new"));
+  }
+  SUBCASE(
+      "failing: a marked file stays as it is; a text that cannot be enciphered is written plain, without a backup") {
+    const LoadedDll crypto(tree.tree.Path("KELUtils/ApiCr.dll"));
+    FakeCipherState& cipher = *CALL(crypto, FakeCipher)();
+    const LoadedDll dll = tree.Load();
+    cipher.error = 9;
+    CHECK(AgentId(dll) == "(1784)");
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
+    cipher.error = 0;
+    CHECK(AgentId(dll) == "live");
+    cipher.error = 9;
+    CHECK(CALL(dll, KE_SetAgentID)("new") == KE_CRYPTO_FAILED);
+    CHECK(support::ReadFile(tree.tree.Store("INTEGRA.DAT")) == WholeStore("new"));
+    CHECK_FALSE(std::filesystem::exists(tree.tree.Store("INTEGRA.BAK")));
+    CHECK(AgentId(dll) == "new");
+    cipher.error = 0;
+  }
+}

@@ -1,0 +1,47 @@
+// A product tree for the exports, with the forms that a store's text takes in its files.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "KELUtils.h"
+#include "support/fake_apicr.h"
+#include "support/product_tree.h"
+
+/// A tree whose crypto module is the fake one, so that the text of the store can be seen and written.
+struct StoreTree {
+  StoreTree() { tree.AddFake("FakeApiCr", "KELUtils/ApiCr.dll"); }
+
+  /// An instance with nothing cached: as another process would see the files.
+  support::LoadedDll Load() const { return support::LoadedDll::Separate(tree.Path("KELUtils/KELUtils.dll")); }
+
+  /// Puts the store's text into one of its files, enciphered.
+  void Put(const char* file, const std::string& text) const {
+    support::WriteFile(tree.Store(file), FakeEnciphered(text));
+  }
+
+  /// The text in one of the store's files.
+  std::string Text(const char* file) const {
+    std::string text = support::ReadFile(tree.Store(file));
+    if (text.compare(0, 4, "TVKE") != 0) return text;
+    for (char& c : text) c ^= kFakeCipherMask;
+    return text.substr(4, text.find('\0', 4) - 4);
+  }
+
+  support::ProductTree tree;
+};
+
+/// A whole store with the given agent identifier. The identifier stands last, so that a file cut in the middle has lost
+/// it.
+inline std::string WholeStore(const std::string& agentId) {
+  return "[INTEGRATION]\r\nCUSTOMER=customer\r\nCERTIFICATE=certificate of the agent\r\n[INSTALL]\r\nState=48\r\n"
+         "[AGENTRCM]\r\nUSER=user\r\n[AGENT]\r\nVERSION=1.0\r\nID=" +
+         agentId + "\r\n";
+}
+
+/// The agent identifier, or the result code in brackets.
+inline std::string AgentId(const support::LoadedDll& dll) {
+  char buffer[256] = "untouched";
+  const KE_RESULT result = CALL(dll, KE_GetAgentID)(buffer, sizeof buffer);
+  return result == KE_SUCCESS ? buffer : "(" + std::to_string(result) + ")";
+}

@@ -1,0 +1,155 @@
+// The crypto module stays bound once it is, so the cases without it come first; this is the only file of its test
+// program that needs it unbound, and cases of one file run in their order.
+#include "store/encrypted_file.h"
+
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "frame/crypto.h"
+#include "store/cipher.h"
+#include "store/key_blobs.h"
+#include "support/fake_apicr.h"
+#include "support/inner_module.h"
+
+using store::IniStore;
+using store::ReadEncryptedFile;
+using store::WriteEncryptedFile;
+
+namespace {
+
+// A tree whose install path is set, as the codec wants it, and that has a fake crypto module when asked.
+struct CodecTree {
+  explicit CodecTree(bool withCrypto)
+      : module(tree), installPath("VOSK_TESTING_INSTALLPATH", (tree.Path("").string()).c_str()) {
+    std::filesystem::remove(tree.Path("Common/ApiCr.dll"));
+    if (withCrypto) tree.AddFake("FakeApiCr", "Common/ApiCr.dll");
+  }
+  std::string File() const { return tree.Path("values.dat").string(); }
+  std::string Content() const { return support::ReadFile(File()); }
+  void SetContent(const std::string& content) const { support::WriteFile(File(), content); }
+  std::int32_t Read(IniStore& store) const { return ReadEncryptedFile(File().c_str(), &store); }
+  std::int32_t Write(const IniStore& store) const { return WriteEncryptedFile(File().c_str(), &store); }
+
+  support::ProductTree tree;
+  support::InnerModule module;
+  support::EnvironmentVariable installPath;
+};
+
+IniStore Parsed(const char* text) {
+  IniStore store;
+  store::ParseIni(text, store);
+  return store;
+}
+
+}  // namespace
+
+TEST_CASE("encrypted file, no crypto module: text is written plain and read again; marked files stay as they are") {
+  const CodecTree codec(false);
+  char data[16] = {};
+  CHECK(store::DecryptBufferInPlace(data, sizeof data, store::kFileKeyBlob) == 4);
+  CHECK(store::EncryptBufferInPlace(data, sizeof data, store::kFileKeyBlob) == 99999999);
+
+  CHECK(codec.Write(Parsed("[A]\r\nk=v\r\n")) == store::kFileDone);
+  CHECK(codec.Content() == "[A]\r\nk=v\r\n");
+  IniStore store;
+  CHECK(codec.Read(store) == store::kFileDone);
+  CHECK(store::Serialise(store) == "[A]\r\nk=v\r\n");
+
+  codec.SetContent("TVKE0123456789abcdef");
+  CHECK(codec.Read(store) == store::kFileCryptoNotLoaded);
+  CHECK(codec.Content() == "TVKE0123456789abcdef");
+  CHECK(store::Serialise(store) == "[A]\r\nk=v\r\n");
+  {
+    // Without an install path nothing is looked for below the current directory.
+    const support::EnvironmentVariable none("VOSK_TESTING_INSTALLPATH", nullptr);
+    codec.tree.AddFake("FakeApiCr", "Common/ApiCr.dll");
+    SetCurrentDirectoryA(codec.tree.Path("").string().c_str());
+    CHECK(codec.Read(store) == store::kFileCryptoNotLoaded);
+    SetCurrentDirectoryA("C:\\");
+  }
+}
+
+TEST_CASE("crypto module: one that lacks a name is not bound, and does not stand in the way of a complete one") {
+  support::ProductTree tree;
+  const std::string folder = tree.Path("Common").string() + "\\";
+  tree.AddFake("FakeKERegister", "Common/ApiCr.dll");
+  CHECK_FALSE(frame::LoadCrypto(folder.c_str()));
+  CHECK_FALSE(frame::LoadCrypto(nullptr));
+  CHECK(frame::Crypto() == nullptr);
+}
+
+TEST_CASE("encrypted file: the marker, then the text enciphered in whole blocks with the file key blob") {
+  const CodecTree codec(true);
+  // The first fake stays bound as long as the process lives, and is the one to talk to.
+  static const support::LoadedDll fake(codec.tree.Path("Common/ApiCr.dll"));
+  FakeCipherState& cipher = *CALL(fake, FakeCipher)();
+
+  const std::string text = "[A]\r\nk=value 0123456789\r\n";
+  CHECK(codec.Write(Parsed(text.c_str())) == store::kFileDone);
+  CHECK(codec.Content() == FakeEnciphered(text));
+  CHECK(cipher.lastLength == 32);
+  CHECK(std::string(cipher.lastKeyBlob) == store::kFileKeyBlob);
+  CHECK(std::string(cipher.lastKeyBlob).size() == 188);
+  CHECK(frame::LoadCrypto(nullptr));
+
+  IniStore store = Parsed("[Before]\r\n");
+  CHECK(codec.Read(store) == store::kFileDone);
+  CHECK(store::Serialise(store) == "[Before]\r\n" + text);
+
+  codec.SetContent("tvke" + FakeEnciphered(text).substr(4));
+  store = {};
+  CHECK(codec.Read(store) == store::kFileDone);
+  CHECK(store::Serialise(store) == text);
+
+  SUBCASE("an empty store enciphers no block and leaves the marker alone") {
+    CHECK(codec.Write({}) == store::kFileDone);
+    CHECK(cipher.lastLength == 0);
+    CHECK(codec.Content() == "TVKE");
+  }
+  SUBCASE("a failing module leaves the text plain, and a marked file as it is") {
+    cipher.error = 77;
+    CHECK(codec.Read(store) == store::kFileCipherFailed);
+    CHECK(codec.Content() == "tvke" + FakeEnciphered(text).substr(4));
+    CHECK(codec.Write(store) == store::kFileCipherFailed);
+    CHECK(codec.Content() == text);
+    cipher.error = 0;
+  }
+  SUBCASE("a first enciphered byte of zero makes the file plain text") {
+    const std::string content = std::string("TVKE\0", 5) + "[A]\r\n";
+    codec.SetContent(content);
+    store = {};
+    CHECK(codec.Read(store) == store::kFileDone);
+    CHECK(store.sections.empty());
+  }
+}
+
+TEST_CASE("encrypted file: missing files are created empty; folders, locked files and no store are refused") {
+  const CodecTree codec(true);
+  IniStore store;
+  CHECK(codec.Read(store) == store::kFileDone);
+  CHECK(store.sections.empty());
+  CHECK(std::filesystem::exists(codec.File()));
+  CHECK(codec.Content().empty());
+
+  CHECK(ReadEncryptedFile(codec.File().c_str(), nullptr) == store::kFileNoStore);
+  CHECK(WriteEncryptedFile(codec.File().c_str(), nullptr) == store::kFileNoStore);
+  const std::string folder = codec.tree.Path("Common").string();
+  CHECK(ReadEncryptedFile(folder.c_str(), &store) == store::kFileNotOpened);
+  CHECK(WriteEncryptedFile(folder.c_str(), &store) == store::kFileNotOpened);
+  const support::LockedFile locked(codec.File());
+  CHECK(codec.Read(store) == store::kFileNotOpened);
+  CHECK(codec.Write(store) == store::kFileNotOpened);
+}
+
+TEST_CASE("encrypted file: hidden files keep their attributes; files that may only be read keep their content") {
+  const CodecTree codec(true);
+  codec.SetContent("[A]\r\n");
+  SetFileAttributesA(codec.File().c_str(), FILE_ATTRIBUTE_HIDDEN);
+  CHECK(codec.Write(Parsed("[B]\r\n")) == store::kFileDone);
+  CHECK((GetFileAttributesA(codec.File().c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
+  const std::string written = codec.Content();
+  const support::LockedFile readable(codec.File(), FILE_SHARE_READ);
+  CHECK(codec.Write({}) == store::kFileNotOpened);
+  CHECK(codec.Content() == written);
+}

@@ -1,0 +1,101 @@
+#include "store/ini_store.h"
+
+#include <doctest/doctest.h>
+
+#include <string>
+
+using store::IniStore;
+
+namespace {
+
+IniStore Parsed(std::string_view text) {
+  IniStore store;
+  store::ParseIni(text, store);
+  return store;
+}
+
+}  // namespace
+
+TEST_CASE("ini store: texts are parsed by the stated rules") {
+  struct Row {
+    const char* name;
+    const char* text;
+    const char* written;  // the text form of what was understood
+  };
+  const Row rows[] = {
+      {"nothing", "", ""},
+      {"only line ends", "\r\n\n\r", ""},
+      {"plain", "[A]\r\nk=v\r\n", "[A]\r\nk=v\r\n"},
+      {"other line ends, and none at the end", "[A]\nk=v\r[B]\r\r\n\nx=y", "[A]\r\nk=v\r\n[B]\r\nx=y\r\n"},
+      {"entries before the first section", "a=b\r\n[A]\r\n", "[A]\r\n"},
+      {"text behind the bracket", "[Name]junk]\r\n", "[Name]\r\n"},
+      {"no closing bracket", "[Name\r\nk=v", "[Name]\r\nk=v\r\n"},
+      {"empty names", "[]\r\n=v\r\n", "[]\r\n=v\r\n"},
+      {"a second equals sign", "[A]\r\na=b=c\r\n", "[A]\r\na=b=c\r\n"},
+      {"blanks are kept", "[ A ]\r\n k = v \r\n", "[ A ]\r\n k = v \r\n"},
+      {"no equals sign", "[A]\r\nnonsense\r\nk=\r\n", "[A]\r\nk=\r\n"},
+      {"semicolons are not comments", "[A]\r\n;k=v\r\n", "[A]\r\n;k=v\r\n"},
+      {"a section twice keeps both", "[X]\r\na=1\r\n[x]\r\na=2\r\n", "[X]\r\na=1\r\n[x]\r\na=2\r\n"},
+  };
+  for (const Row& row : rows) {
+    CAPTURE(row.name);
+    const std::string written = store::Serialise(Parsed(row.text));
+    CHECK(written == row.written);
+    CHECK(store::Serialise(Parsed(written)) == written);
+  }
+}
+
+TEST_CASE("ini store: parsing appends to what is there") {
+  IniStore store = Parsed("[A]\r\n");
+  store::ParseIni("k=v\r\n[B]\r\n", store);
+  CHECK(store::Serialise(store) == "[A]\r\nk=v\r\n[B]\r\n");
+}
+
+TEST_CASE("ini store: lookups find the first of a name, in any letter case; adding appends") {
+  IniStore store = Parsed("[X]\r\nKey=1\r\nKEY=2\r\n[x]\r\nonly=3\r\n");
+  REQUIRE(store::LookupEntry(store, "x", "kEy", false));
+  CHECK(store::LookupEntry(store, "x", "kEy", false)->value == "1");
+  CHECK_FALSE(store::LookupEntry(store, "x", "only", false));
+
+  const store::IniSection* section = store::AddSection(store, "X");
+  CHECK(section == &store.sections[0]);
+  CHECK(store.sections.size() == 3);
+  const store::IniEntry* entry = store::AddEntry(store.sections[0], "key", "9");
+  CHECK(entry == &store.sections[0].entries[0]);
+  CHECK(store.sections[0].entries.back().value == "9");
+  // Only ASCII letters have cases here.
+  CHECK_FALSE(store::SameName("\xC4", "\xE4"));
+  CHECK_FALSE(store::SameName("[", "{"));
+}
+
+TEST_CASE("ini store: LookupEntry creates only when asked, and nothing for a null name") {
+  IniStore store = Parsed("[A]\r\nk=v\r\n");
+  CHECK_FALSE(store::LookupEntry(store, "B", "k", false));
+  CHECK_FALSE(store::LookupEntry(store, "A", "n", false));
+  CHECK_FALSE(store::LookupEntry(store, nullptr, "k", true));
+  CHECK_FALSE(store::LookupEntry(store, "C", nullptr, true));
+  CHECK_FALSE(store::AddSection(store, nullptr));
+  CHECK_FALSE(store::AddEntry(store.sections[0], nullptr));
+  CHECK(store::Serialise(store) == "[A]\r\nk=v\r\n");
+
+  store::LookupEntry(store, "A", "n", true)->value = "w";
+  store::LookupEntry(store, "B", "m", true);
+  CHECK(store::Serialise(store) == "[A]\r\nk=v\r\nn=w\r\n[B]\r\nm=\r\n");
+}
+
+TEST_CASE("ini store: line breaks inside names and values cannot forge entries") {
+  IniStore store;
+  store::AddSection(store, "A\r\nx");
+  store::AddEntry(store.sections[0], "k\n[B", "v\r\n[C]\r\nid=forged");
+  CHECK(store::Serialise(store) == "[Ax]\r\nk[B=v[C]id=forged\r\n");
+}
+
+TEST_CASE("ini store: a large store is read in linear time") {
+  // Quadratic work on this many sections and entries would be noticed as a run of minutes.
+  constexpr int kCount = 200000;
+  std::string text;
+  for (int i = 0; i < kCount; ++i) text += "[Section]\r\nkey=value\r\n";
+  IniStore store = Parsed(text);
+  CHECK(store.sections.size() == kCount);
+  CHECK(store::Serialise(store) == text);
+}

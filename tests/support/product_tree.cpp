@@ -1,0 +1,93 @@
+#include "support/product_tree.h"
+
+#include <doctest/doctest.h>
+
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace support {
+
+namespace fs = std::filesystem;
+
+fs::path TestFolder() {
+  wchar_t name[MAX_PATH];
+  GetModuleFileNameW(nullptr, name, MAX_PATH);
+  return fs::path(name).parent_path();
+}
+
+fs::path BuildFolder() { return TestFolder().parent_path(); }
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void WriteFile(const fs::path& path, const std::string& content) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file << content;
+  REQUIRE_MESSAGE(file.good(), path.string());
+}
+
+ProductTree::ProductTree() {
+  static int count = 0;
+  root_ =
+      fs::temp_directory_path() / ("kelutils-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count));
+  for (const char* folder : {"KELUtils", "Common", "KESAgent", "KELSysCf"}) fs::create_directories(root_ / folder);
+  fs::copy_file(BuildFolder() / "bin" / "KELUtils.dll", root_ / "KELUtils" / "KELUtils.dll");
+  AddDevkit("ApiCr.dll", "KELUtils");
+  AddDevkit("ApiCr.dll", "Common");
+}
+
+ProductTree::~ProductTree() {
+  std::error_code ignored;
+  fs::remove_all(root_, ignored);
+}
+
+void ProductTree::AddDevkit(const std::string& file, const std::string& folder) const {
+  fs::create_directories(root_ / folder);
+  fs::copy_file(BuildFolder() / "devkit" / file, root_ / folder / file, fs::copy_options::overwrite_existing);
+}
+
+void ProductTree::AddFake(const std::string& fake, const std::string& relative) const {
+  const fs::path target = root_ / relative;
+  fs::create_directories(target.parent_path());
+  fs::copy_file(TestFolder() / (fake + ".dll"), target, fs::copy_options::overwrite_existing);
+}
+
+LoadedDll::LoadedDll(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {
+  REQUIRE_MESSAGE(module_ != nullptr, path.string());
+}
+
+LoadedDll LoadedDll::Separate(const fs::path& path) {
+  static int count = 0;
+  const fs::path copy = path.parent_path() / ("copy" + std::to_string(++count) + ".dll");
+  fs::copy_file(path, copy);
+  LoadedDll dll(copy);
+  dll.copy_ = copy;
+  return dll;
+}
+
+LoadedDll::LoadedDll(LoadedDll&& other) : module_(std::exchange(other.module_, nullptr)) { copy_.swap(other.copy_); }
+
+LoadedDll::~LoadedDll() {
+  if (module_) FreeLibrary(module_);
+  std::error_code ignored;
+  if (!copy_.empty()) fs::remove(copy_, ignored);
+}
+
+FARPROC LoadedDll::Find(const char* name) const {
+  const FARPROC function = GetProcAddress(module_, name);
+  const bool found = function != nullptr;
+  REQUIRE_MESSAGE(found, name);
+  return function;
+}
+
+LockedFile::LockedFile(const fs::path& path, DWORD share)
+    : file_(CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr)) {
+  REQUIRE(file_ != INVALID_HANDLE_VALUE);
+}
+
+LockedFile::~LockedFile() { CloseHandle(file_); }
+
+}  // namespace support

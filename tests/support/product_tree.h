@@ -1,0 +1,94 @@
+// A temporary product tree with the real DLL in it, and the pieces that tests put there and take out again.
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <string>
+
+namespace support {
+
+/// The folder of the running test program, and the folder of the build it belongs to.
+std::filesystem::path TestFolder();
+std::filesystem::path BuildFolder();
+
+/// Content of a file; empty when it is missing.
+std::string ReadFile(const std::filesystem::path& path);
+void WriteFile(const std::filesystem::path& path, const std::string& content);
+
+/// A product tree below the temporary folder, removed at the end: KELUtils\KELUtils.dll, and the empty folders Common,
+/// KESAgent and KELSysCf. The crypto module of the development kit is put where the store and the file codec look for
+/// it.
+class ProductTree {
+ public:
+  ProductTree();
+  ~ProductTree();
+  ProductTree(const ProductTree&) = delete;
+  ProductTree& operator=(const ProductTree&) = delete;
+
+  std::filesystem::path Path(const std::string& relative) const { return root_ / relative; }
+  std::filesystem::path Store(const char* name) const { return root_ / "KESAgent" / name; }
+
+  /// Copies a DLL of the development kit, or one of the fakes beside the tests, into the tree.
+  void AddDevkit(const std::string& file, const std::string& folder) const;
+  void AddFake(const std::string& fake, const std::string& relative) const;
+
+ private:
+  std::filesystem::path root_;
+};
+
+/// A loaded DLL.
+class LoadedDll {
+ public:
+  explicit LoadedDll(const std::filesystem::path& path);
+
+  /// Loads a copy of the DLL from beside it, under another name, and removes the copy at the end: an instance with
+  /// state of its own, as in another process.
+  static LoadedDll Separate(const std::filesystem::path& path);
+
+  LoadedDll(LoadedDll&& other);
+  ~LoadedDll();
+  LoadedDll(const LoadedDll&) = delete;
+  LoadedDll& operator=(const LoadedDll&) = delete;
+
+  HMODULE Handle() const { return module_; }
+
+  /// A function by its name; the test fails when there is none.
+  template <typename Function>
+  Function Get(const char* name) const {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(Find(name)));
+  }
+
+ private:
+  FARPROC Find(const char* name) const;
+
+  HMODULE module_;
+  std::filesystem::path copy_;  // to be removed; empty for none
+};
+
+/// Calls the export `name` of the loaded DLL `dll`, with the type of its declaration.
+#define CALL(dll, name) ((dll).Get<decltype(&::name)>(#name))
+
+/// Sets an environment variable for the scope, or removes it with a null value.
+class EnvironmentVariable {
+ public:
+  EnvironmentVariable(const char* name, const char* value) : name_(name) { SetEnvironmentVariableA(name, value); }
+  ~EnvironmentVariable() { SetEnvironmentVariableA(name_, nullptr); }
+
+ private:
+  const char* name_;
+};
+
+/// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only,
+/// which is how a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to
+/// read-only files.)
+class LockedFile {
+ public:
+  explicit LockedFile(const std::filesystem::path& path, DWORD share = 0);
+  ~LockedFile();
+
+ private:
+  HANDLE file_;
+};
+
+}  // namespace support
