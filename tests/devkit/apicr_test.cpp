@@ -1,0 +1,199 @@
+#include "ApiCr.h"
+
+#include <doctest/doctest.h>
+
+#include <cstring>
+
+#include "folder.h"
+#include "support/product_tree.h"
+
+namespace {
+
+const std::string kBlob(188, 'K');
+const std::string kOtherBlob(188, 'L');
+
+struct CryptoModule : support::LoadedDll {
+  CryptoModule() : LoadedDll(support::BuildFolder() / "devkit" / "ApiCr.dll") {}
+
+  decltype(&APIcr_EncryptBuffer) encryptBuffer = CALL(*this, APIcr_EncryptBuffer);
+  decltype(&APIcr_DecryptBuffer) decryptBuffer = CALL(*this, APIcr_DecryptBuffer);
+  decltype(&APIcr_EncryptFile) encryptFile = CALL(*this, APIcr_EncryptFile);
+  decltype(&APIcr_DecryptFile) decryptFile = CALL(*this, APIcr_DecryptFile);
+};
+
+std::string Apply(decltype(&APIcr_EncryptBuffer) function, std::string text, const std::string& keyBlob = kBlob) {
+  std::int32_t error = -1;
+  function(text.data(), static_cast<std::uint32_t>(text.size()), keyBlob.c_str(), 0, &error);
+  CHECK(error == APICR_SUCCESS);
+  return text;
+}
+
+std::int32_t Apply(decltype(&APIcr_EncryptFile) function, const std::string& source, const std::string& target,
+                   const std::string& keyBlob = kBlob) {
+  std::int32_t error = -1;
+  function(source.c_str(), target.c_str(), keyBlob.c_str(), &error);
+  return error;
+}
+
+std::string FromHex(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i < hex.size(); i += 2) bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+  return bytes;
+}
+
+std::string Sample(std::size_t length) {
+  std::string text(length, '\0');
+  std::uint32_t state = 1;
+  for (char& byte : text) byte = static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
+  return text;
+}
+
+}  // namespace
+
+TEST_CASE("hashes of a buffer and of a file") {
+  const CryptoModule crypto;
+  const Folder folder;
+  // The hash of a million times "a" shows that a file is hashed across pieces.
+  const std::pair<std::string, const char*> rows[] = {
+      {"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+      {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+      {std::string(1000000, 'a'), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"}};
+  for (const auto& [text, expected] : rows) {
+    std::string hash(APICR_HASH_SIZE, '\0'), fileHash = hash;
+    std::int32_t error = -1, fileError = -1;
+    support::WriteFile(folder / "a", text);
+    CALL(crypto, APIcr_GetHash)(text.data(), text.size(), reinterpret_cast<std::uint8_t*>(hash.data()), &error);
+    CALL(crypto, APIcr_GetHashFromFile)
+    ((folder / "a").c_str(), reinterpret_cast<std::uint8_t*>(fileHash.data()), &fileError);
+    CHECK(error + fileError == APICR_SUCCESS);
+    CHECK(hash == FromHex(expected));
+    CHECK(fileHash == FromHex(expected));
+  }
+}
+
+TEST_CASE("enciphered buffers") {
+  const CryptoModule crypto;
+  // Computed with the openssl program, as was the enciphered file below.
+  CHECK(Apply(crypto.encryptBuffer, "0123456789abcdefFEDCBA9876543210") ==
+        FromHex("04f5059395112d2aa44e7874445c0cab10e76f659567396dc7233d244265775d"));
+  for (const std::size_t length : {0, 16, 32, 48, 64, 1 << 20}) {
+    CAPTURE(length);
+    const std::string text = Sample(length), cipher = Apply(crypto.encryptBuffer, text);
+    CHECK(Apply(crypto.decryptBuffer, cipher) == text);
+    const std::size_t cut = length / 32 * 16;
+    CHECK(Apply(crypto.decryptBuffer, cipher.substr(0, cut)) == text.substr(0, cut));
+    CHECK((length == 0 || Apply(crypto.decryptBuffer, cipher, kOtherBlob) != text));
+  }
+}
+
+TEST_CASE("bad arguments are reported") {
+  const CryptoModule crypto;
+  char bytes[APICR_KEY_BLOB_SIZE] = {};
+  const char* const blob = kBlob.c_str();
+  const std::string longBlob(189, 'K');
+  for (const auto function : {crypto.encryptBuffer, crypto.decryptBuffer}) {
+    const auto expect = [&](std::int32_t expected, void* buffer, std::uint32_t length, const char* keyBlob,
+                            std::uint32_t zero) {
+      std::int32_t error = -1;
+      function(buffer, length, keyBlob, zero, &error);
+      CHECK(error == expected);
+      function(buffer, length, keyBlob, zero, nullptr);
+    };
+    expect(APICR_BAD_ARGUMENT, nullptr, 16, blob, 0);
+    expect(APICR_BAD_ARGUMENT, bytes, 16, nullptr, 0);
+    expect(APICR_BAD_ARGUMENT, bytes, 16, blob + 1, 0);
+    expect(APICR_BAD_ARGUMENT, bytes, 16, longBlob.c_str(), 0);
+    expect(APICR_BAD_ARGUMENT, bytes, 16, blob, 1);
+    expect(APICR_BAD_LENGTH, bytes, 15, blob, 0);
+    expect(APICR_BAD_LENGTH, bytes, 17, blob, 0);
+  }
+  std::int32_t errors[5] = {};
+  CALL(crypto, APIcr_GetHash)(nullptr, 1, reinterpret_cast<std::uint8_t*>(bytes), &errors[0]);
+  CALL(crypto, APIcr_GetHashFromFile)("", reinterpret_cast<std::uint8_t*>(bytes), &errors[1]);
+  CALL(crypto, APIcr_GetRandomKey)(bytes, sizeof bytes - 1, &errors[2]);
+  crypto.encryptFile(nullptr, "x", blob, &errors[3]);
+  crypto.decryptFile("x", "", blob, &errors[4]);
+  for (const std::int32_t error : errors) CHECK(error == APICR_BAD_ARGUMENT);
+}
+
+TEST_CASE("random key blobs are usable and differ") {
+  const CryptoModule crypto;
+  char blobs[2][APICR_KEY_BLOB_SIZE];
+  for (auto& blob : blobs) {
+    std::int32_t error = -1;
+    CALL(crypto, APIcr_GetRandomKey)(blob, sizeof blob, &error);
+    REQUIRE(error == APICR_SUCCESS);
+    const char* const alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    CHECK(std::strspn(blob, alphabet) == 188);
+    CHECK(std::strlen(blob) == 188);
+  }
+  CHECK(std::strcmp(blobs[0], blobs[1]) != 0);
+}
+
+TEST_CASE("files are enciphered and deciphered, also in place") {
+  const CryptoModule crypto;
+  const Folder folder;
+  const std::string plain = folder / "plain", cipher = folder / "cipher";
+  for (const std::size_t length : {0, 1, 15, 16, 17, 16383, 16384, 16385, 32768, 100000}) {
+    CAPTURE(length);
+    const std::string text = Sample(length);
+    support::WriteFile(plain, text);
+    CHECK(Apply(crypto.encryptFile, plain, cipher) == APICR_SUCCESS);
+    CHECK(support::ReadFile(cipher).size() == 8 + 16 + (length / 16 + 1) * 16 + 32);
+    CHECK(Apply(crypto.decryptFile, cipher, cipher) == APICR_SUCCESS);
+    CHECK(support::ReadFile(cipher) == text);
+  }
+  support::WriteFile(cipher, FromHex("4170694372463031000102030405060708090a0b0c0d0e0f537ac3dac3506dfe96d8b9e1bd2ca198"
+                                     "1c85eb09040870b572047dc5453fa260b017def10f1161d7eed4afc3a9b3eee6"));
+  CHECK(Apply(crypto.decryptFile, cipher, plain) == APICR_SUCCESS);
+  CHECK(support::ReadFile(plain) == "plain text");
+  CHECK(folder.FileCount() == 2);
+}
+
+TEST_CASE("whatever goes wrong with a file, the target stays as it was") {
+  const CryptoModule crypto;
+  const Folder folder;
+  const std::string source = folder / "source", target = folder / "target";
+  support::WriteFile(target, "old");
+  support::WriteFile(source, Sample(20000));
+  REQUIRE(Apply(crypto.encryptFile, source, source) == APICR_SUCCESS);
+  const std::string good = support::ReadFile(source);
+  const auto expect = [&](std::int32_t expected, const std::string& content, const std::string& keyBlob = kBlob) {
+    support::WriteFile(source, content);
+    CHECK(Apply(crypto.decryptFile, source, target, keyBlob) == expected);
+    CHECK(support::ReadFile(target) == "old");
+    CHECK(folder.FileCount() == 2);
+  };
+  const std::size_t size = good.size();
+  for (const std::size_t at : {0u, 7u, 8u, 23u, 24u, size / 2, size - 33, size - 32, size - 1}) {
+    CAPTURE(at);
+    std::string damaged = good;
+    damaged[at] ^= 1;
+    expect(APICR_NOT_AUTHENTIC, damaged);
+  }
+  for (const std::size_t length : {0u, 8u, 56u, 72u, size - 16, size - 1}) {
+    CAPTURE(length);
+    expect(APICR_NOT_AUTHENTIC, good.substr(0, length));
+  }
+  expect(APICR_NOT_AUTHENTIC, good + std::string(16, '\0'));
+  expect(APICR_NOT_AUTHENTIC, good, kOtherBlob);
+  CHECK(Apply(crypto.encryptFile, folder / "missing", target) == APICR_FILE_FAILURE);
+  const support::LockedFile inUse(target, FILE_SHARE_READ | FILE_SHARE_WRITE);
+  expect(APICR_FILE_FAILURE, good);
+}
+
+TEST_CASE("the public-key functions are not supported") {
+  const CryptoModule crypto;
+  std::uint8_t bytes[64] = {};
+  char blobs[2][8] = {"public", "private"};
+  std::uint32_t lengths[3] = {64, 64, 64};
+  std::int32_t errors[5] = {};
+  CALL(crypto, APIcr_EncryptWithPublic)("x", 1, bytes, &lengths[0], "key", &errors[0]);
+  CALL(crypto, APIcr_DecryptWithPrivate)("x", 1, bytes, &lengths[1], "key", &errors[1]);
+  CALL(crypto, APIcr_EncryptHash)(bytes, bytes, &lengths[2], "key", &errors[2]);
+  CALL(crypto, APIcr_DecryptHash)(bytes, 64, bytes, "key", &errors[3]);
+  CALL(crypto, APIcr_MakeKeys)(blobs[0], sizeof blobs[0], blobs[1], sizeof blobs[1], &errors[4]);
+  for (const std::int32_t error : errors) CHECK(error == APICR_NOT_SUPPORTED);
+  for (const std::uint32_t length : lengths) CHECK(length == 0);
+  for (const char* blob : blobs) CHECK(std::strlen(blob) == 0);
+}

@@ -1,0 +1,27 @@
+// A folder for the files of one test.
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <iterator>
+#include <string>
+
+/// A new empty folder, removed at the end of the scope.
+class Folder {
+ public:
+  Folder() { std::filesystem::create_directory(path_); }
+  ~Folder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  std::string operator/(const char* name) const { return (path_ / name).string(); }
+  auto FileCount() const { return std::distance(std::filesystem::directory_iterator(path_), {}); }
+
+ private:
+  std::filesystem::path path_ =
+      std::filesystem::temp_directory_path() / ("devkit-" + std::to_string(GetCurrentProcessId()));
+};
