@@ -1,0 +1,34 @@
+// The commands of kelctl. A new command is one file beside this one, its declaration below and its line in
+// command_line.cpp.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <string>
+
+#include "library.h"
+
+namespace kelctl {
+
+/// Loads the library at a path, or beside kelctl.exe when the path is empty. Throws LibraryError.
+using OpenLibrary = std::function<std::unique_ptr<Library>(const std::string& path)>;
+
+/// What a command works with. Everything outlives the commands.
+struct Session {
+  OpenLibrary open;
+  std::ostream& out;
+  std::ostream& err;
+  std::string libraryPath = {};  // of the option --dll
+  int exitCode = 0;              // of a command that ends normally
+
+  std::unique_ptr<Library> OpenTheLibrary() const { return open(libraryPath); }
+};
+
+/// Each adds one command, whose callback does the work and may throw the errors of errors.h.
+void AddShowCommand(CLI::App& kelctl, Session& session);
+void AddGetCommand(CLI::App& kelctl, Session& session);
+void AddSetCommand(CLI::App& kelctl, Session& session);
+
+}  // namespace kelctl
