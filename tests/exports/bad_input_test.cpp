@@ -27,24 +27,6 @@ TEST_CASE("bad input: very long and non-ASCII texts are kept whole") {
   CHECK(tree.Text("INTEGRA.DAT").find(longKey + "=v\r\n") != std::string::npos);
 }
 
-TEST_CASE("bad input: a buffer that ends at a page nobody may touch is never overrun") {
-  const StoreTree tree;
-  tree.Put("INTEGRA.DAT", WholeStore("0123456789"));
-  const LoadedDll dll = tree.Load();
-  char* const pages = static_cast<char*>(VirtualAlloc(nullptr, 8192, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
-  DWORD old = 0;
-  REQUIRE(VirtualProtect(pages + 4096, 4096, PAGE_NOACCESS, &old));
-  for (int32_t size = 0; size <= 11; ++size) {
-    CHECK(CALL(dll, KE_GetAgentID)(pages + 4096 - size, size) == (size == 11 ? KE_SUCCESS : KE_BUFFER_TOO_SMALL));
-  }
-  CHECK(CALL(dll, KE_GetDeviceID)(pages + 4095, 1) == KE_STORE_UNUSABLE);
-  // A text argument whose terminator is the last byte before such a page.
-  pages[4094] = 'v';
-  pages[4095] = '\0';
-  CHECK(CALL(dll, KE_SetAgentVersion)(pages + 4094) == KE_SUCCESS);
-  VirtualFree(pages, 0, MEM_RELEASE);
-}
-
 TEST_CASE("bad input: read-only and unusable store files") {
   const StoreTree tree;
   tree.Put("INTEGRA.DAT", WholeStore("live"));

@@ -1,7 +1,7 @@
 #include <doctest/doctest.h>
 
-#include <functional>
 #include <string>
+#include <vector>
 
 #include "frame/agent_api.h"
 #include "frame/event_api.h"
@@ -49,61 +49,37 @@ TEST_CASE("binding: a module that lacks any one required name is not bound; opti
   support::ProductTree tree;
   const std::string folder = tree.Path("Common").string() + "\\";
   frame::EventApiTable events{};
-  const struct {
-    const char* fake;
-    const char* file;
-    std::vector<const char*> names;
-    size_t optional;  // how many names, from the first on, may be missing
-    std::function<bool()> load;
-    std::function<void()> free;
-  } modules[] = {
-      {"FakeKELAGAPI",
-       "KELAGAPI.dll",
-       {KE_AGENT_API_FUNCTIONS(NAME, NAME)},
-       6,
-       [&] { return frame::LoadAgentApi(folder.c_str()); },
-       [] { frame::FreeAgentApi(); }},
-      {"FakeTvEvAPI",
-       "TvEvAPI.dll",
-       {KE_EVENT_API_FUNCTIONS(NAME, NAME)},
-       0,
-       [&] { return frame::LoadEventApi(folder.c_str(), events); },
-       [&] {
-         // An incomplete module stays loaded; the case takes it away so that the next copy can be put in its place.
-         frame::FreeEventApi(events);
-         while (const HMODULE left = GetModuleHandleA("TvEvAPI.dll")) FreeLibrary(left);
-       }},
-      {"FakeKERegister",
-       "KERegister.dll",
-       {KE_PLUGIN_RELOAD_FUNCTIONS(NAME, NAME)},
-       0,
-       [&] { return frame::LoadPluginReload(folder.c_str()); },
-       [] { frame::FreePluginReload(); }},
-      {"FakeKELMNAPI",
-       "KELMNAPI.dll",
-       {KE_LAUNCHER_FUNCTIONS(NAME, NAME)},
-       0,
-       [&] { return frame::LoadLauncher(folder.c_str()); },
-       [] { frame::FreeLauncher(); }},
+  // An incomplete event module stays loaded; it is taken away so that the next copy can be put in its place.
+  const auto freeEvents = [&] {
+    frame::FreeEventApi(events);
+    while (const HMODULE left = GetModuleHandleA("TvEvAPI.dll")) FreeLibrary(left);
   };
-  for (const auto& module : modules) {
-    CAPTURE(module.file);
-    const std::string whole = support::ReadFile(support::TestFolder() / (std::string(module.fake) + ".dll"));
-    const auto path = tree.Path("Common") / module.file;
-    CHECK_FALSE(module.load());
-    for (size_t i = 0; i < module.names.size(); ++i) {
-      CAPTURE(module.names[i]);
-      support::WriteFile(path, Without(whole, module.names[i]));
-      CHECK(module.load() == (i < module.optional));
-      module.free();
+  const auto check = [&](const std::string& file, std::vector<std::string> names, size_t optional, auto load,
+                         auto free) {
+    CAPTURE(file);
+    const std::string whole = support::ReadFile(support::TestFolder() / ("Fake" + file));
+    CHECK_FALSE(load(nullptr));
+    CHECK_FALSE(load(std::string(2048, 'x').c_str()));
+    CHECK_FALSE(load(folder.c_str()));
+    for (size_t i = 0; i < names.size(); ++i) {
+      CAPTURE(names[i]);
+      support::WriteFile(tree.Path("Common/" + file), Without(whole, names[i]));
+      CHECK(load(folder.c_str()) == (i < optional));
+      free();
     }
-    support::WriteFile(path, whole);
-    CHECK(module.load());
-    CHECK(module.load());
-    module.free();
-    module.free();
-    CHECK(GetModuleHandleA(module.file) == nullptr);
-  }
+    support::WriteFile(tree.Path("Common/" + file), whole);
+    CHECK(load(folder.c_str()));
+    CHECK(load(folder.c_str()));
+    free();
+    free();
+    CHECK(GetModuleHandleA(file.c_str()) == nullptr);
+  };
+  check("KELAGAPI.dll", {KE_AGENT_API_FUNCTIONS(NAME, NAME)}, 6, frame::LoadAgentApi, frame::FreeAgentApi);
+  check("KERegister.dll", {KE_PLUGIN_RELOAD_FUNCTIONS(NAME, NAME)}, 0, frame::LoadPluginReload,
+        frame::FreePluginReload);
+  check("KELMNAPI.dll", {KE_LAUNCHER_FUNCTIONS(NAME, NAME)}, 0, frame::LoadLauncher, frame::FreeLauncher);
+  const auto loadEvents = [&](const char* from) { return frame::LoadEventApi(from, events); };
+  check("TvEvAPI.dll", {KE_EVENT_API_FUNCTIONS(NAME, NAME)}, 0, loadEvents, freeEvents);
 }
 
 TEST_CASE("agent module: nested uses are counted, and the last one finalises") {
@@ -163,17 +139,6 @@ TEST_CASE("launcher: opened from the Common folder, else from the module directo
   CHECK(IsBound(frame::Launcher().Run));
   frame::FreeLauncher();
   CHECK_FALSE(IsBound(frame::Launcher().Run));
-}
-
-TEST_CASE("binding: folders that are null or too long load nothing") {
-  frame::EventApiTable events{};
-  const std::string longFolder(2048, 'x');
-  for (const char* folder : {static_cast<const char*>(nullptr), longFolder.c_str()}) {
-    CHECK_FALSE(frame::LoadAgentApi(folder));
-    CHECK_FALSE(frame::LoadEventApi(folder, events));
-    CHECK_FALSE(frame::LoadPluginReload(folder));
-    CHECK_FALSE(frame::LoadLauncher(folder));
-  }
 }
 
 TEST_CASE("windows tables: bound while the library is loaded, then cleared") {

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "store/enciphered_text.h"
+
 using store::IniStore;
 
 namespace {
@@ -98,4 +100,10 @@ TEST_CASE("ini store: a large store is read in linear time") {
   IniStore store = Parsed(text);
   CHECK(store.sections.size() == kCount);
   CHECK(store::Serialise(store) == text);
+}
+
+TEST_CASE("enciphered text: the marker is known in any letter case, before at least one byte that is not zero") {
+  for (const char* marked : {"TVKE1", "tvKe\x01\x02"}) CHECK(store::IsMarked(marked));
+  for (const char* plain : {"", "TVK", "TVKE", "[TVKE]"}) CHECK_FALSE(store::IsMarked(plain));
+  CHECK_FALSE(store::IsMarked(std::string("TVKE\0cipher", 11)));
 }
