@@ -22,9 +22,6 @@ TEST_CASE("bad input: very long and non-ASCII texts are kept whole") {
     CHECK(CALL(another, KE_GetContainer)(buffer.data(), static_cast<int32_t>(buffer.size())) == KE_SUCCESS);
     CHECK(buffer.c_str() == text);
   }
-  const std::string longKey(100000, 'k');
-  CHECK(CALL(dll, KE_SetPropertyInIntegra)(longKey.c_str(), "v") == KE_SUCCESS);
-  CHECK(tree.Text("INTEGRA.DAT").find(longKey + "=v\r\n") != std::string::npos);
 }
 
 TEST_CASE("bad input: read-only and unusable store files") {

@@ -24,14 +24,7 @@ TEST_CASE("log configuration: the log file lies in the log directory") {
   for (const char* directory : {"C:\\A", "C:\\A\\"}) {
     const auto record = frame::MakeLogConfiguration("KELUtils", "C:\\A\\..\\Common", directory, 20, 4096);
     REQUIRE(record);
-    CHECK(frame::IsAcceptable(*record));
-    CHECK(std::string(record->logFilePath) == "C:\\A\\KELUtils.log");
-    const auto settings = frame::ToFileSettings(*record);
-    CHECK(settings.level == 20);
-    CHECK(std::string(settings.path) == "C:\\A\\KELUtils.log");
-    CHECK(settings.maximumSize == 4096);
-    CHECK(settings.optionA == 1);
-    CHECK(settings.optionB == 1);
+    CHECK(std::string(frame::ToFileSettings(*record).path) == "C:\\A\\KELUtils.log");
   }
 }
 

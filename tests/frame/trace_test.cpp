@@ -144,5 +144,4 @@ TEST_CASE("export call: start and end lines frame the body, and an exception bec
   CHECK(Ends(notes[0], ";10;KELUtils;KE_Good;\"Function start\""));
   CHECK(Ends(notes[1], ";10;KELUtils;KE_Good;\"Function end. Return code (1789)\""));
   CHECK(Ends(notes[3], ";10;KELUtils;KE_Bad;\"Function end. Return code (1780)\""));
-  CHECK(Ends(notes[5], ";10;KELUtils;KE_Worse;\"Function end. Return code (1780)\""));
 }

@@ -1,0 +1,84 @@
+// kelctl.exe against the real library in a product tree.
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "support/product_tree.h"
+#include "support/run_program.h"
+
+namespace {
+
+struct Tool {
+  support::ProgramRun Run(const std::string& arguments) const {
+    return support::RunProgram("\"" + (support::BuildFolder() / "bin" / "kelctl.exe").string() + "\" --dll \"" +
+                               tree.Path("KELUtils/KELUtils.dll").string() + "\" " + arguments);
+  }
+  support::ProductTree tree;
+};
+
+}  // namespace
+
+TEST_CASE("kelctl: what a command line prints, and how it ends") {
+  constexpr unsigned kUsage = 105;
+  const struct {
+    const char* arguments;
+    unsigned exitCode;
+    const char* output;  // all of it after a success, else a part
+  } rows[] = {
+      {"set agent-id A-1", 0, ""},
+      {"get agent-id", 0, "A-1\n"},
+      {"set container \"/x [a,b] \\\"c\\\"\"", 0, ""},
+      {"get container", 0, "/x [a,b] \"c\"\n"},
+      {"set container -- -x", 0, ""},
+      {"get container", 0, "-x\n"},
+      {"get device-id", 1, "KE_GetDeviceID failed with 1782 KE_STORE_UNUSABLE: the value is missing"},
+      {"set certificate MIIB", 0, ""},
+      {"get certificate", 0, "********\n"},
+      {"get certificate --reveal", 0, "MIIB\n"},
+      {"set install-state 200", 0, ""},
+      {"set install-state 7 --only-forward", 0, ""},
+      {"get install-state", 0, "200\n"},
+      {"get install-complete", 0, "yes\n"},
+      {"get integrated", 0, "no\n"},
+      {"set property:Site Madrid", 0, ""},
+      {"get property:Site", kUsage, "can only be set"},
+      {"", 106, "A subcommand is required"},
+      {"get agent", kUsage, "no value \"agent\"; the names are agent-id, "},
+      {"set integrated 1", kUsage, "integrated is read only"},
+      {"set container 7 --only-forward", kUsage, "--only-forward is for install-state"},
+      {"set install-state 2147483648", kUsage, "2147483648 is out of range"},
+      {"set last-install-error 12x", kUsage, "\"12x\" is not a decimal number"},
+      {"set container \"a\n[B]\"", kUsage, "line break"},
+      {"set property:a=b 1", kUsage, "key"},
+      {"set property:[a 1", kUsage, "key"},
+  };
+  const Tool tool;
+  for (const auto& row : rows) {
+    CAPTURE(row.arguments);
+    const auto run = tool.Run(row.arguments);
+    CHECK(run.exitCode == row.exitCode);
+    if (row.exitCode == 0) CHECK(run.output == row.output);
+    CHECK(run.output.find(row.output) != std::string::npos);
+  }
+  const std::string shown = tool.Run("show").output;
+  CHECK(shown.find("agent-id            A-1\n") != std::string::npos);
+  CHECK(shown.find("device-id           (no value: 1782 KE_STORE_UNUSABLE)\n") != std::string::npos);
+  CHECK(shown.find("certificate         ********\n") != std::string::npos);
+  const std::string json = tool.Run("show --json").output;
+  CHECK(json.find("\"install-state\": {\n    \"value\": 200,\n    \"result\": 0\n") != std::string::npos);
+}
+
+TEST_CASE("kelctl: says what is wrong with the library or the store") {
+  const Tool tool;
+  const std::string kelctl = "\"" + (support::BuildFolder() / "bin" / "kelctl.exe").string() + "\" ";
+  for (const auto& [dll, complaint] : {std::pair{std::string("absent.dll"), "cannot load "},
+                                       {tool.tree.Path("KELUtils/ApiCr.dll").string(), "no export KE_GetAgentID"}}) {
+    const auto run = support::RunProgram(kelctl + "--dll \"" + dll + "\" get agent-id");
+    CHECK(run.exitCode == 2);
+    CHECK(run.output.find(complaint) != std::string::npos);
+  }
+  support::WriteFile(tool.tree.Store("INTEGRA.DAT"), "TVKE0123456789abcdef");
+  std::filesystem::remove(tool.tree.Path("KELUtils/ApiCr.dll"));
+  CHECK(tool.Run("show").exitCode == 1);
+  CHECK(tool.Run("get container").output.find("1783 KE_CRYPTO_NOT_LOADED") != std::string::npos);
+}
