@@ -171,13 +171,11 @@ TEST_CASE("whatever goes wrong with a file, the target stays as it was") {
 
 TEST_CASE("the public-key functions are not supported") {
   const CryptoModule crypto;
-  std::uint8_t bytes[64] = {};
   std::uint32_t length = 64;
-  std::int32_t errors[3] = {};
-  CALL(crypto, APIcr_EncryptWithPublic)("x", 1, bytes, &length, "key", &errors[0]);
-  CALL(crypto, APIcr_DecryptHash)(bytes, 64, bytes, "key", &errors[1]);
-  char blobs[2][8] = {"public", "private"};
-  CALL(crypto, APIcr_MakeKeys)(blobs[0], sizeof blobs[0], blobs[1], sizeof blobs[1], &errors[2]);
-  for (const std::int32_t error : errors) CHECK(error == APICR_NOT_SUPPORTED);
+  std::int32_t error = 0;
+  CALL(crypto, APIcr_EncryptWithPublic)("x", 1, nullptr, &length, "key", &error);
+  CHECK(error == APICR_NOT_SUPPORTED);
   CHECK(length == 0);
+  CALL(crypto, APIcr_MakeKeys)(nullptr, 0, nullptr, 0, &error);
+  CHECK(error == APICR_NOT_SUPPORTED);
 }

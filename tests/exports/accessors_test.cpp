@@ -153,20 +153,16 @@ TEST_CASE("install state: moves back only when that is not forbidden, and is com
 
 TEST_CASE("integrated: only with a date and a device identifier, both not empty") {
   const StoreTree tree;
-  const std::pair<const char*, int32_t> stores[] = {
-      {"[INTEGRATION]\r\nDate=2024-03-05 07:08:09\r\nDEVICEID=d\r\n", 1},
-      {"[INTEGRATION]\r\nDate=2024-03-05 07:08:09\r\nDEVICEID=\r\n", 0},
-      {"[INTEGRATION]\r\nDate=\r\nDEVICEID=d\r\n", 0},
-      {"[INTEGRATION]\r\nDEVICEID=d\r\n", 0},
-      {"[OTHER]\r\nDate=x\r\nDEVICEID=d\r\n", 0},
-  };
-  for (const auto& [text, integrated] : stores) {
-    CAPTURE(text);
-    tree.Put("INTEGRA.DAT", text);
+  const auto integrated = [&](const char* section, const char* date, const char* device) {
+    tree.Put("INTEGRA.DAT", "[" + std::string(section) + "]\r\nDate=" + date + "\r\nDEVICEID=" + device + "\r\n");
     int32_t value = -1;
     CHECK(CALL(tree.Load(), KE_IsIntegrated)(&value) == KE_SUCCESS);
-    CHECK(value == integrated);
-  }
+    return value;
+  };
+  CHECK(integrated("INTEGRATION", "2024-03-05 07:08:09", "d") == 1);
+  CHECK(integrated("INTEGRATION", "2024-03-05 07:08:09", "") == 0);
+  CHECK(integrated("INTEGRATION", "", "d") == 0);
+  CHECK(integrated("OTHER", "2024-03-05 07:08:09", "d") == 0);
   CHECK(CALL(tree.Load(), KE_IsIntegrated)(nullptr) == KE_MISSING_ARGUMENT);
 }
 
@@ -188,26 +184,25 @@ TEST_CASE("property: appended to its section, changed in place, the first of a n
   CHECK(tree.Text("INTEGRA.DAT") == before);
 }
 
-TEST_CASE("tracing: every accessor writes its start and end under its name") {
+TEST_CASE("tracing: every export writes its start and end under its name") {
   const StoreTree tree;
-  tree.tree.AddFake("FakeTvLogSys", "Common/TvLogSys.dll");
-  const LoadedDll log(tree.tree.Path("Common/TvLogSys.dll"));
+  tree.tree.AddDevkit("TvLogSys.dll", "Common");
+  support::WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=10\r\n");
   const LoadedDll dll = tree.Load();
   const auto check = [&](const std::string& name, KE_RESULT result) {
     CAPTURE(name);
-    const std::string lines = log.Get<const char* (*)()>("FakeLog")();
-    log.Get<void (*)()>("FakeClear")();
+    const std::string lines = support::ReadFile(tree.tree.Path("KELUtils/KELUtils.log"));
+    std::filesystem::remove(tree.tree.Path("KELUtils/KELUtils.log"));
+    const std::string end = ";\"Function end. Return code (" + std::to_string(result) + ")\"";
     CHECK(lines.find(";10;KELUtils;" + name + ";\"Function start\"") != std::string::npos);
-    CHECK(lines.find(";10;KELUtils;" + name + ";\"Function end. Return code (" + std::to_string(result) + ")\"") !=
-          std::string::npos);
+    CHECK(lines.find(";10;KELUtils;" + name + end) != std::string::npos);
   };
   for (const TextValue& row : kTexts) {
     check(row.traced, dll.Get<Getter>(row.getter)(nullptr, 0));
     check(row.setter, dll.Get<Setter>(row.setter)("x"));
   }
-  using NumberGetter = KE_RESULT(KE_API*)(int32_t*);
   for (const char* name : {"KE_GetInstallState", "KE_GetLastInstallError", "KE_IsInstallComplete", "KE_IsIntegrated"}) {
-    check(name, dll.Get<NumberGetter>(name)(nullptr));
+    check(name, dll.Get<decltype(&KE_GetInstallState)>(name)(nullptr));
   }
   check("KE_SetPropertyInIntegra", CALL(dll, KE_SetPropertyInIntegra)(nullptr, nullptr));
   check("KE_SetLastInstallError", CALL(dll, KE_SetLastInstallError)(nullptr));

@@ -7,56 +7,30 @@
 
 #include "support/product_tree.h"
 
-namespace {
-
-constexpr char kSetupKey[] = "SOFTWARE\\Tavrin Security\\SetupEx\\Orvane";
-constexpr char kClientKey[] = "SOFTWARE\\Tavrin Security\\Orvane\\ClientSystem";
-
-void SetText(const char* key, const char* name, const std::string& text, DWORD type = REG_SZ) {
-  REQUIRE(RegSetKeyValueA(HKEY_LOCAL_MACHINE, key, name, type, text.c_str(), static_cast<DWORD>(text.size() + 1)) == 0);
-}
-
-// Removes the product's keys before and after a case.
-struct CleanRegistry {
-  CleanRegistry() { Clean(); }
-  ~CleanRegistry() { Clean(); }
-  static void Clean() { RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavrin Security"); }
-};
-
-std::string InstallPath() { return kelcrt::CProductInfo().GetInstallPath(); }
-std::string ProductName() { return kelcrt::CProductInfo().GetProductName(); }
-
-}  // namespace
-
-TEST_CASE("product info: the registry's values, within their bounds") {
-  const CleanRegistry clean;
-  CHECK(ProductName() == "Tavrin Security Agent");
-  CHECK(InstallPath().empty());
-
-  SetText(kSetupKey, "ProductName", "");
-  CHECK(ProductName() == "Tavrin Security Agent");
-  SetText(kSetupKey, "ProductName", "Orvane Endpoint");
-  CHECK(ProductName() == "Orvane Endpoint");
-
-  SetText(kClientKey, "InstallPath", "C:\\Orvane\\");
-  CHECK(InstallPath() == "C:\\Orvane\\");
-  SetText(kClientKey, "InstallPath", std::string(259, 'p'));
-  CHECK(InstallPath() == std::string(259, 'p'));
-  SetText(kClientKey, "InstallPath", std::string(260, 'p'));
-  CHECK(InstallPath().empty());
-  SetText(kClientKey, "InstallPath", "123", REG_DWORD);
-  CHECK(InstallPath().empty());
-}
-
-TEST_CASE("product info: the testing path in the environment goes before the registry's") {
-  const CleanRegistry clean;
-  SetText(kClientKey, "InstallPath", "C:\\Orvane\\");
-  {
-    const support::EnvironmentVariable path("VOSK_TESTING_INSTALLPATH", "D:\\Tree\\");
-    CHECK(InstallPath() == "D:\\Tree\\");
+TEST_CASE("product info: the registry's values within their bounds, and the testing path before them") {
+  const auto cleared = [] { return RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavrin Security"); };
+  const auto set = [](const char* key, const char* name, const std::string& text, DWORD type = REG_SZ) {
+    const std::string path = std::string("SOFTWARE\\Tavrin Security\\") + key;
+    REQUIRE(RegSetKeyValueA(HKEY_LOCAL_MACHINE, path.c_str(), name, type, text.c_str(), text.size() + 1) == 0);
+  };
+  cleared();
+  CHECK(std::string(kelcrt::CProductInfo().GetInstallPath()).empty());
+  for (const char* name : {"", "Orvane Endpoint"}) {
+    set("SetupEx\\Orvane", "ProductName", name);
+    CHECK(std::string(kelcrt::CProductInfo().GetProductName()) == (*name ? name : "Tavrin Security Agent"));
   }
-  {
-    const support::EnvironmentVariable tooLong("VOSK_TESTING_INSTALLPATH", std::string(260, 'p').c_str());
-    CHECK(InstallPath() == "C:\\Orvane\\");
+  for (const size_t length : {259, 260}) {
+    set("Orvane\\ClientSystem", "InstallPath", std::string(length, 'p'));
+    CHECK(std::string(kelcrt::CProductInfo().GetInstallPath()) == (length < 260 ? std::string(length, 'p') : ""));
   }
+  set("Orvane\\ClientSystem", "InstallPath", "123", REG_DWORD);
+  CHECK(std::string(kelcrt::CProductInfo().GetInstallPath()).empty());
+  set("Orvane\\ClientSystem", "InstallPath", "C:\\Orvane\\");
+  for (const auto& [variable, path] : {std::pair<std::string, std::string>{"D:\\Tree\\", "D:\\Tree\\"},
+                                       {std::string(260, 'p'), "C:\\Orvane\\"},
+                                       {"", "C:\\Orvane\\"}}) {
+    const support::EnvironmentVariable testing("VOSK_TESTING_INSTALLPATH", variable.c_str());
+    CHECK(std::string(kelcrt::CProductInfo().GetInstallPath()) == path);
+  }
+  CHECK(cleared() == 0);
 }
