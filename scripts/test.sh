@@ -50,6 +50,8 @@ build() {
   { cmake --preset native && cmake --build --preset native; } >build/build-native.txt 2>&1 || { cat build/build-native.txt; return 1; }
 }
 
+demo() { scripts/demo.sh >build/demo-output.txt 2>&1 || { cat build/demo-output.txt; return 1; }; }
+
 mkdir -p build
 echo "== installing and building"
 if ! scripts/install_dependencies.sh || ! build; then
@@ -61,6 +63,7 @@ trap wine_stop EXIT
 wine_start || exit 1
 for program in build/native/tests/*_tests; do run "native-$(basename "$program")" "$program"; done
 for program in build/release/tests/*_tests.exe; do run "$(basename "$program" .exe)" "$wine_bin/wine64" "$program"; done
+step "the demo" demo
 step "exports and imports of the DLL" scripts/check_dll.sh
 step "checks of the tree" scripts/check.sh
 
