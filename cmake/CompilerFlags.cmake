@@ -36,6 +36,10 @@ if(KELUTILS_SANITIZE)
   target_link_options(kelutils_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(KELUTILS_FUZZ)
+  target_compile_options(kelutils_flags INTERFACE -fsanitize=fuzzer-no-link)  # the fuzzer's coverage, without its main function
+endif()
+
 # Moves the debug information of a finished MinGW binary into NAME.debug beside it, linked by name and checksum.
 function(kelutils_split_debug_information target)
   if(MINGW)

@@ -67,15 +67,16 @@ enum {
 };
 
 /* ---- Store accessors
- * ---------------------------------------------------------------------------------------------------------
- *
+ * --------------------
  * The identity and state of the agent live in INTEGRA.DAT, in the KESAgent folder beside the DLL's own folder. Every
- * accessor below first makes the cached copy current and may therefore return: KE_NO_MODULE_DIRECTORY  the DLL's
- * directory is unknown KE_STORE_UNUSABLE       the file can be neither opened, read nor created KE_CRYPTO_NOT_LOADED
- * the file is enciphered and ApiCr.dll could not be loaded from the DLL's directory KE_CRYPTO_FAILED        the file
- * could not be deciphered (a setter: enciphered; the text was then written plain) KE_NOT_CREATED          setters: the
- * entry could not be created A result of a failed read leaves every output as it was.
- */
+ * accessor below first makes the cached copy current and may therefore return:
+ *   KE_NO_MODULE_DIRECTORY  the DLL's directory is unknown
+ *   KE_STORE_UNUSABLE       the file can be neither opened, read nor created
+ *   KE_CRYPTO_NOT_LOADED    the file is enciphered and ApiCr.dll could not be loaded from the DLL's directory
+ *   KE_CRYPTO_FAILED        the file could not be deciphered; a setter: it could not be enciphered, and its text was
+ *                           written plain
+ *   KE_NOT_CREATED          setters: the entry could not be created
+ * When the read fails, every output stays as it was, unless its export says otherwise. */
 
 /* Agent, customer and certificate: buffer and size in bytes.
  * A missing or empty value is looked for in INTEGRA.BAK and then INTEGRA.START, which replace INTEGRA.DAT on the way.
@@ -86,10 +87,11 @@ KE_RESULT KE_API KE_GetAgentID(char* buffer, int32_t size);
 KE_RESULT KE_API KE_GetCustomerId(char* buffer, int32_t size);
 KE_RESULT KE_API KE_GetCertificate(char* buffer, int32_t size);
 
-/* Device identifier, remote-control user, remote-control password (the enciphered text as stored): buffer and size in
- * bytes. KE_MISSING_ARGUMENT  buffer is null KE_BUFFER_TOO_SMALL  size is not positive, or not greater than the value's
- * length; the buffer stays as it was KE_STORE_UNUSABLE    the value is missing or empty; the buffer is set to the empty
- * text */
+/* Device identifier, remote-control user and remote-control password (the enciphered text as stored): buffer and size
+ * in bytes.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  size is not positive, or not greater than the value's length; the buffer stays as it was
+ *   KE_STORE_UNUSABLE    the value is missing or empty; the buffer is set to the empty text */
 KE_RESULT KE_API KE_GetDeviceID(char* buffer, int32_t size);
 KE_RESULT KE_API KE_GetUserRCM(char* buffer, int32_t size);
 KE_RESULT KE_API KE_GetPasswordRCM(char* buffer, int32_t size);
@@ -145,8 +147,130 @@ KE_RESULT KE_API KE_SetLastErrorParam(const char* text);
 KE_RESULT KE_API KE_SetLastInstallError(const int32_t* error);
 
 /* Installation state, stored in decimal. With a non-zero onlyForward a state that is not greater than the stored one is
- * left alone, which is a success. KE_MISSING_ARGUMENT  state is null; nothing was touched */
+ * left alone, which is a success.
+ *   KE_MISSING_ARGUMENT  state is null; nothing was touched */
 KE_RESULT KE_API KE_SetInstallState(const int32_t* state, int32_t onlyForward);
+
+/* ---- Integration
+ * ----------------
+ * These too read the store first and may return the codes of the store accessors. */
+
+/* A calendar time in its fields, as the C library's tm begins. */
+typedef struct KE_TIME {
+  int32_t seconds;
+  int32_t minutes;
+  int32_t hours;
+  int32_t day;   /* of the month, from 1 */
+  int32_t month; /* 0 to 11 */
+  int32_t year;  /* years since 1900 */
+} KE_TIME;
+
+/* Stores the integration date, as "2024-03-05 07:08:09". The fields are not checked.
+ *   KE_MISSING_ARGUMENT  time is null; nothing was touched */
+KE_RESULT KE_API KE_Integrate(const KE_TIME* time);
+
+/* Empties the integration date and the device identifier; the entries stay. Without them it writes nothing.
+ *   KE_STORE_UNUSABLE  neither change could be written; a single failed write is a success */
+KE_RESULT KE_API KE_DeIntegrate(void);
+
+/* ---- Enciphered settings
+ * ------------------------
+ * A setting text is the base64 form of a setting enciphered by ApiCr.dll, which is loaded from the DLL's directory:
+ * lines of 76 characters parted by CR LF. It may be stored as a password of the store, on one line too. */
+
+/* Enciphers the first textLength characters of text, or all of it when it is shorter. output receives the setting text
+ * without a terminating zero, *outputSize its length; on entry *outputSize is the size of output in characters. Ask for
+ * the size with a null output:
+ *
+ *   int32_t size = 0;
+ *   if (KE_EncryptSetting(text, length, NULL, &size) == KE_BUFFER_TOO_SMALL) {
+ *     char* output = malloc(size + 1);
+ *     if (output && KE_EncryptSetting(text, length, output, &size) == KE_SUCCESS) output[size] = '\0';
+ *     ...
+ *
+ * A setting may have 253 characters, and 254 bytes in UTF-8. A longer one, and a negative textLength, is enciphered as
+ * the empty setting, with KE_SUCCESS.
+ *   KE_MISSING_ARGUMENT   text or outputSize is null
+ *   KE_BUFFER_TOO_SMALL   output is null: *outputSize is the required size, a little more than the length of the text.
+ *                         Or *outputSize is smaller than that: nothing was written, and *outputSize stays as it was
+ *   KE_CRYPTO_NOT_LOADED  ApiCr.dll could not be loaded (found before null arguments are)
+ *   else the error of the crypto module, as it stands */
+KE_RESULT KE_API KE_EncryptSetting(const char* text, int32_t textLength, char* output, int32_t* outputSize);
+
+/* Replaces the setting text in buffer, which ends in a zero, by the plain setting in UTF-8. size is that of the buffer
+ * in bytes; it must exceed the length of the enciphered block by more than 1, however short the setting is. The length
+ * of the setting text always does. Characters that are not base64 are skipped.
+ *   KE_MISSING_ARGUMENT   buffer is null
+ *   KE_BUFFER_TOO_SMALL   size is too small; the buffer stays as it was
+ *   KE_NOT_CREATED        no memory for the deciphered setting
+ *   KE_CRYPTO_NOT_LOADED  ApiCr.dll could not be loaded (found before a null buffer is)
+ *   else the error of the crypto module, as it stands; the buffer stays as it was */
+KE_RESULT KE_API KE_DecryptSetting(char* buffer, int32_t size);
+
+/* The remote-control password, deciphered: buffer and size in bytes, which must be as KE_DecryptSetting says. A text
+ * that cannot be deciphered is not told: the buffer then holds what its base64 form stands for. Reads the store and may
+ * return the codes of the store accessors.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  size is not positive or too small; the buffer stays as it was
+ *   KE_STORE_UNUSABLE    the password is missing or empty; the buffer is set to the empty text
+ *   KE_NOT_CREATED       no memory for the deciphered password */
+KE_RESULT KE_API KE_GetPasswordRCMDec(char* buffer, int32_t size);
+
+/* ---- Enciphered value files
+ * ---------------------------
+ * An INI file that is enciphered as a whole, with ApiCr.dll from the Common folder of the product's install path. Plain
+ * INI files are read too. A missing file is created empty. Section and key are cut at 255 characters. The caller keeps
+ * other writers of the same file away. */
+
+/* A value of the file: buffer and its size in bytes.
+ *   KE_MISSING_ARGUMENT  section, key, buffer or filePath is null, or filePath is empty
+ *   KE_BUFFER_TOO_SMALL  size is not positive, or not greater than the value's length; the buffer stays as it was
+ *   KE_NOT_CREATED       no memory
+ *   KE_STORE_UNUSABLE    the value is missing or empty
+ *   KE_CRYPTO_FAILED     the file could not be opened, created, read or deciphered */
+KE_RESULT KE_API KE_GetEncryptedFileValue(const char* section, const char* key, char* buffer, int32_t size,
+                                          const char* filePath);
+
+/* Sets a value, which may be empty, and writes the file. Line breaks in it are left out. Without ApiCr.dll the file is
+ * written plain, which is a success.
+ *   KE_MISSING_ARGUMENT  section, key, value or filePath is null, or filePath is empty
+ *   KE_NOT_CREATED       no memory
+ *   KE_CRYPTO_FAILED     the file could not be opened, created, read or deciphered: it stays as it was. Or it could not
+ *                        be opened for writing, or not enciphered: its text was then written plain */
+KE_RESULT KE_API KE_SetEncryptedFileValue(const char* section, const char* key, const char* value,
+                                          const char* filePath);
+
+/* ---- Uninstall password
+ * -----------------------
+ * Stored as the text that was given, by convention a setting text. All read the store and may return the codes of the
+ * store accessors. */
+
+/* Stores the text; the empty text removes the password. reserved is not used.
+ *   KE_MISSING_ARGUMENT  text is null; nothing was touched */
+KE_RESULT KE_API KE_SetUninstallPass(const char* text, uint32_t reserved);
+
+/* The password, deciphered: buffer and size in bytes, which must be as KE_DecryptSetting says. A text that cannot be
+ * deciphered is not told, as in KE_GetPasswordRCMDec.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  size is too small; the buffer stays as it was
+ *   KE_STORE_UNUSABLE    the password is missing or empty; the buffer stays as it was
+ *   KE_NOT_CREATED       no memory for the deciphered password */
+KE_RESULT KE_API KE_GetUninstallPass(char* buffer, int32_t size);
+
+/* The text as it is stored: buffer and size in bytes.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  size is not greater than the text's length; the buffer stays as it was
+ *   KE_STORE_UNUSABLE    the password is missing or empty; the buffer stays as it was */
+KE_RESULT KE_API KE_GetUninstallPassEx(char* buffer, int32_t size);
+
+/* 1 when the password is the uninstall password, byte for byte, else 0: also for a null or empty password, when none is
+ * configured and when the store cannot be read. No result code. With a non-zero stored it is compared with the stored
+ * text, else with the deciphered one. Passwords of more than 2047 characters never match. */
+int32_t KE_API KE_CheckInstallationPassw(const char* password, int32_t stored);
+
+/* 1 when an uninstall password is configured, else 0: also when the store cannot be read, and when the stored text has
+ * more than 2047 characters. No result code. */
+int32_t KE_API KE_IsNeededInstallationPassw(void);
 
 #ifdef __cplusplus
 }

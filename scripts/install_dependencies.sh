@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need on Debian 12 (amd64): says what it installs, and does nothing when all is there.
+# With --fuzz also what fuzzing needs.
 set -euo pipefail
 
 packages=(
@@ -8,8 +9,11 @@ packages=(
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
   wine64 libz-mingw-w64 libgnutls30                # running 32-bit Windows programs (GnuTLS carries their CNG)
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests and of kelctl
+  libssl-dev                                       # an independent base64 codec for the native tests
   clang-format                                     # the formatting check
 )
+# Only for fuzzing: the compiler with libFuzzer and the sanitizers.
+[ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
 wine_modules=/usr/lib/x86_64-linux-gnu/wine/i386-windows
 
 as_root() {

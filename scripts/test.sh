@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Builds everything, runs the native tests under the sanitizers and the Windows tests under Wine, then the checks of the tree. Ends
-# with one line: N passed, N failed.
+# with one line: N passed, N failed. With --fuzz it runs the fuzzers too, for a million inputs each.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh
 
 limit=300   # seconds for one test program; one that hangs is ended and names its case
+fuzz_limit=1800   # seconds for one fuzzer
 passed=0
 failed=0
 
@@ -52,6 +53,18 @@ build() {
 
 demo() { scripts/demo.sh >build/demo-output.txt 2>&1 || { cat build/demo-output.txt; return 1; }; }
 
+# Runs a fuzzer; the input that breaks something is left in build/fuzz.
+fuzz() {
+  timeout --kill-after=10 $fuzz_limit "build/fuzz/fuzz/$1" -runs=1000000 -max_len=4096 -artifact_prefix=build/fuzz/ >"build/fuzz-output-$1.txt" 2>&1 ||
+    { tail -n 40 "build/fuzz-output-$1.txt"; return 1; }
+  tail -n 1 "build/fuzz-output-$1.txt"
+}
+
+build_fuzzers() {
+  { scripts/install_dependencies.sh --fuzz && cmake --preset fuzz && cmake --build --preset fuzz; } >build/build-fuzz.txt 2>&1 ||
+    { cat build/build-fuzz.txt; return 1; }
+}
+
 mkdir -p build
 echo "== installing and building"
 if ! scripts/install_dependencies.sh || ! build; then
@@ -66,6 +79,10 @@ for program in build/release/tests/*_tests.exe; do run "$(basename "$program" .e
 step "the demo" demo
 step "exports and imports of the DLL" scripts/check_dll.sh
 step "checks of the tree" scripts/check.sh
+if [ "${1:-}" = --fuzz ]; then
+  step "building the fuzzers" build_fuzzers
+  for fuzzer in base64_fuzz ini_fuzz; do step "$fuzzer" fuzz $fuzzer; done
+fi
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

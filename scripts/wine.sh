@@ -3,6 +3,7 @@
 kelutils_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${KELUTILS_WINEPREFIX:-$kelutils_root/build/wine-prefix}
 export WINEDEBUG=-all
+export LC_ALL=C.UTF-8                       # the code page of the programs is then 1252 everywhere
 export WINEDLLOVERRIDES="mscoree,mshtml="   # no offers to install .NET or a browser engine
 wine_bin=/usr/lib/wine
 

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "frame/sibling_binder.h"
+#include "frame/text.h"
 #include "frame/trace.h"
 #include "win/last_error.h"
 
@@ -14,8 +15,6 @@ namespace {
 CL_LOG_SYSTEM g_logSystem;
 
 constexpr char kLibraryName[] = "TvLogSys.dll";
-
-bool IsBlank(const char* text) { return text == nullptr || *text == '\0'; }
 
 // A text of the section LOG; `fallback` when the file or the key is missing.
 struct SettingText {

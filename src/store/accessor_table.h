@@ -60,6 +60,7 @@ inline constexpr TextSetter kTextSetters[] = {
     {"KE_SetUserRCM", "AGENTRCM", "USER", TextRefused::kNull},
     {"KE_SetPasswordRCM", "AGENTRCM", "PASSWORD", TextRefused::kNull},
     {"KE_SetLastErrorParam", "INSTALL", "LastErrorParam", TextRefused::kNone},
+    {"KE_SetUninstallPass", "UNINSTALL", "PASSWORD", TextRefused::kNull},
 };
 
 /// The row of an export, found while compiling; a name without a row does not compile.

@@ -17,18 +17,6 @@ using frame::Export;
 using frame::ExportCall;
 using IntegraHolding = win::Holding<frame::GlobalLock>;
 
-// The value in the cached store; null when it is missing or empty.
-const std::string* FindValue(const char* section, const char* key) {
-  const IniEntry* entry = LookupEntry(*IntegraStore, section, key, false);
-  return entry && !entry->value.empty() ? &entry->value : nullptr;
-}
-
-KE_RESULT CopyOut(const std::string& value, char* buffer, std::int32_t size) noexcept {
-  if (size <= 0 || static_cast<std::size_t>(size) <= value.size()) return KE_BUFFER_TOO_SMALL;
-  std::memcpy(buffer, value.c_str(), value.size() + 1);
-  return KE_SUCCESS;
-}
-
 // The value of a row; when it is missing, that of the backup and then of the start copy, which thereby become the live
 // store. Null when no copy holds one.
 const std::string* FindOrRestore(const TextGetter& row, const Export& self) {
@@ -77,6 +65,17 @@ bool IsRefused(const char* text, TextRefused refused) noexcept {
 }
 
 }  // namespace
+
+const std::string* FindValue(const char* section, const char* key) {
+  const IniEntry* entry = LookupEntry(*IntegraStore, section, key, false);
+  return entry && !entry->value.empty() ? &entry->value : nullptr;
+}
+
+KE_RESULT CopyOut(const std::string& value, char* buffer, std::int32_t size) noexcept {
+  if (size <= 0 || static_cast<std::size_t>(size) <= value.size()) return KE_BUFFER_TOO_SMALL;
+  std::memcpy(buffer, value.c_str(), value.size() + 1);
+  return KE_SUCCESS;
+}
 
 KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexcept {
   return ExportCall(row.traceName, [&](Export& self) -> KE_RESULT {

@@ -4,11 +4,14 @@
 
 #include "KELUtils.h"
 #include "frame/export_call.h"
+#include "frame/text.h"
 #include "store/accessor_table.h"
 #include "store/accessors.h"
+#include "store/integration.h"
 
 using frame::Export;
 using frame::ExportCall;
+using frame::IsBlank;
 using store::GetNumber;
 using store::GetText;
 using store::kTextGetters;
@@ -19,8 +22,6 @@ using store::SetText;
 namespace {
 
 constexpr std::int32_t kInstallComplete = 200;  // installation states from here on are those of a complete installation
-
-bool IsBlank(const char* text) { return text == nullptr || *text == '\0'; }
 
 }  // namespace
 
@@ -135,4 +136,17 @@ KE_RESULT KE_API KE_IsIntegrated(int32_t* value) {
     if (value == nullptr) return KE_MISSING_ARGUMENT;
     return store::ReadIntegrated(value);
   });
+}
+
+// Integration
+
+KE_RESULT KE_API KE_Integrate(const KE_TIME* time) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (time == nullptr) return KE_MISSING_ARGUMENT;
+    return store::Integrate(*time);
+  });
+}
+
+KE_RESULT KE_API KE_DeIntegrate(void) {
+  return ExportCall(__func__, [](Export&) { return store::DeIntegrate(); });
 }

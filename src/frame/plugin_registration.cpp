@@ -1,0 +1,36 @@
+#include "frame/plugin_registration.h"
+
+#include "frame/plugin_reload.h"
+#include "frame/trace.h"
+#include "win/registry.h"
+
+namespace frame {
+namespace {
+
+constexpr char kProtectionsKey[] = "Software\\Tavrin Security\\Orvane\\Protections";
+constexpr std::size_t kLongestName = 260;        // characters of a value's name; a longer one ends the enumeration
+constexpr std::size_t kLongestDirectory = 4097;  // characters
+
+}  // namespace
+
+KE_RESULT ReRegisterPluginsFromRegistry() {
+  Trace(kInfo, __func__, "Function start");
+  const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, kProtectionsKey, kLongestName);
+  if (!names) return KE_REGISTRY_UNUSABLE;
+  for (const auto& name : *names) {
+    if (!name.empty()) ReRegisterOnePluginFromRegistry(name.c_str());
+  }
+  return KE_SUCCESS;
+}
+
+void ReRegisterOnePluginFromRegistry(const char* valueName) {
+  Trace(kInfo, __func__, "Function start");
+  auto directory = win::ReadTextValue(HKEY_LOCAL_MACHINE, kProtectionsKey, valueName, kLongestDirectory);
+  // An empty directory would name the root of the current drive.
+  if (!directory || directory->empty()) return;
+  if (directory->back() != '\\') *directory += '\\';
+  if (LoadPluginReload(directory->c_str())) PluginReload().KE_ReloadPlugins();
+  FreePluginReload();  // also a module that lacks the function
+}
+
+}  // namespace frame

@@ -1,0 +1,17 @@
+// Re-registration of the protection plug-ins that the installer recorded in the registry.
+#pragma once
+
+#include "KELUtils.h"
+
+namespace frame {
+
+/// Lets every plug-in under the product's Protections key register itself anew, in the order of the values. A plug-in
+/// that cannot be is skipped. KE_SUCCESS; KE_REGISTRY_UNUSABLE when the key cannot be opened.
+KE_RESULT ReRegisterPluginsFromRegistry();
+
+/// The same for the plug-in recorded under one value: its text is the directory of the plug-in's KERegister.dll, which
+/// is bound, called once and freed. Nothing happens when the value is missing, empty or no text, or the module
+/// unusable.
+void ReRegisterOnePluginFromRegistry(const char* valueName);
+
+}  // namespace frame

@@ -1,0 +1,52 @@
+#include "frame/settings_file.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <optional>
+
+#include "frame/module.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "frame/trace.h"
+
+namespace frame {
+namespace {
+
+constexpr char kDefaultFile[] = "KELUTILS.INI";
+constexpr std::size_t kValueSize = 4100;  // with the terminating zero
+
+// None when the module directory is unknown.
+std::optional<std::string> PathOf(const char* file) {
+  const auto directory = KeptModuleDirectory();
+  if (directory.empty()) return std::nullopt;
+  if (IsBlank(file)) return FileIn(directory, kDefaultFile);
+  return std::strchr(file, '\\') ? std::string(file) : FileIn(directory, file);
+}
+
+KE_RESULT Write(const char* section, const char* key, const char* value, const char* file) {
+  if (section == nullptr) return KE_MISSING_ARGUMENT;
+  const auto path = PathOf(file);
+  if (!path) return KE_NOT_CREATED;
+  WritePrivateProfileStringA(section, key, value, path->c_str());
+  return KE_SUCCESS;
+}
+
+}  // namespace
+
+std::string GetMyConfigIniValue(const char* section, const char* key, const char* file) {
+  const auto path = PathOf(file);
+  if (!path) return {};
+  char value[kValueSize] = {};
+  GetPrivateProfileStringA(section, key, "", value, sizeof value, path->c_str());
+  return value;
+}
+
+KE_RESULT SetMyConfigIniValue(const char* section, const char* key, const char* value, const char* file) {
+  Trace(kInfo, __func__, "Function start");
+  const KE_RESULT result = Write(section, key, value, file);
+  Trace(kInfo, __func__, "Function end. Return code (%i)", static_cast<int>(result));
+  return result;
+}
+
+}  // namespace frame

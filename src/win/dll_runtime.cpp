@@ -1,0 +1,95 @@
+// Two leaks of GCC's static runtime, closed. Linked into every DLL of the project that is loaded and unloaded over and
+// over.
+//
+// 1. The runtime keeps two words a thread about exceptions in flight. Its own functions for that take a TLS slot with
+// the first
+//    exception and never return it: each load of a DLL that meets an exception would cost its host one of some thousand
+//    slots. The functions below keep the words in fiber-local storage, whose slot and blocks are returned when the DLL
+//    is unloaded, and a thread's block when the thread ends. (Itanium C++ ABI, Exception Handling, 2.2.2 "Caught
+//    Exception Stack".)
+// 2. The runtime's locks are semaphores that are made while a DLL is loaded and never closed: one handle a load. Its
+// calls of
+//    CreateSemaphoreW go through the pointer below, which keeps the handles so that they are closed at the end.
+//
+// Both definitions go before those of the static libraries. Other compilers' runtimes have no such leaks.
+#if defined(__MINGW32__)
+
+#include <cxxabi.h>
+#include <windows.h>
+
+#include <iterator>
+
+namespace {
+
+// What the ABI says a thread's state consists of.
+struct ExceptionState {
+  void* caughtExceptions;
+  unsigned int uncaughtExceptions;
+};
+
+constinit DWORD g_slot = FLS_OUT_OF_INDEXES;
+
+// For when there is no slot or no memory: one thread at a time can then still get its exception caught.
+constinit ExceptionState g_sharedState{};
+
+// The runtime has two or three locks. A handle more than there are places for is not closed.
+constinit HANDLE g_semaphores[8]{};
+constinit LONG g_semaphoreCount = 0;
+
+void WINAPI FreeState(void* state) { HeapFree(GetProcessHeap(), 0, state); }
+
+ExceptionState* MakeState() noexcept {
+  void* const state = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, sizeof(ExceptionState));
+  if (state == nullptr) return &g_sharedState;
+  if (FlsSetValue(g_slot, state)) return static_cast<ExceptionState*>(state);
+  FreeState(state);
+  return &g_sharedState;
+}
+
+abi::__cxa_eh_globals* CurrentState() noexcept {
+  ExceptionState* current = &g_sharedState;
+  if (g_slot != FLS_OUT_OF_INDEXES) {
+    const DWORD error = GetLastError();
+    void* const state = FlsGetValue(g_slot);
+    current = state ? static_cast<ExceptionState*>(state) : MakeState();
+    SetLastError(error);
+  }
+  return reinterpret_cast<abi::__cxa_eh_globals*>(current);
+}
+
+HANDLE WINAPI CreateKeptSemaphore(SECURITY_ATTRIBUTES* security, LONG initial, LONG maximum, const wchar_t*) {
+  const HANDLE semaphore = CreateSemaphoreA(security, initial, maximum, nullptr);  // the runtime's have no names
+  if (semaphore != nullptr) {
+    const LONG place = InterlockedIncrement(&g_semaphoreCount) - 1;
+    if (place < static_cast<LONG>(std::size(g_semaphores))) g_semaphores[place] = semaphore;
+  }
+  return semaphore;
+}
+
+// Lives as long as the DLL is loaded. The runtime takes its locks once more after its end, but then without waiting for
+// them.
+struct RuntimeState {
+  RuntimeState() noexcept { g_slot = FlsAlloc(FreeState); }
+  ~RuntimeState() {
+    const DWORD slot = g_slot;
+    g_slot = FLS_OUT_OF_INDEXES;
+    if (slot != FLS_OUT_OF_INDEXES) FlsFree(slot);
+    for (const HANDLE semaphore : g_semaphores) {
+      if (semaphore != nullptr) CloseHandle(semaphore);
+    }
+  }
+} const g_runtimeState;
+
+}  // namespace
+
+extern "C" {
+
+abi::__cxa_eh_globals* __cxxabiv1::__cxa_get_globals() noexcept { return CurrentState(); }
+abi::__cxa_eh_globals* __cxxabiv1::__cxa_get_globals_fast() noexcept { return CurrentState(); }
+
+// Where the runtime's compiled code finds the address of CreateSemaphoreW.
+extern decltype(&CreateKeptSemaphore) const g_createSemaphore asm("__imp__CreateSemaphoreW@16");
+decltype(&CreateKeptSemaphore) const g_createSemaphore = CreateKeptSemaphore;
+}
+
+#endif
