@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <optional>
 
-#include "log_file.h"
+#include "logfile/log_file.h"
 #include "results.h"
 #include "win/critical_section.h"
 
 namespace tvlogsys {
+
+using logfile::LogFile;
 
 /// What one open log writes, and where.
 struct Log {

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "log_file.h"
 #include "open_logs.h"
 #include "win/last_error.h"
 
@@ -50,7 +49,7 @@ Result Dump(std::uint32_t handle, std::optional<std::uint32_t> Log::*output, std
 }
 
 Result WriteToFile(const Log& log, const Line& line) noexcept {
-  return line.length == 0 ? kSuccess : Append(log.file, line.text, line.length);
+  return line.length == 0 || logfile::Append(log.file, line.text, line.length) ? kSuccess : kFileFailure;
 }
 
 Result WriteToDebugger(const Log&, const Line& line) noexcept {
@@ -79,8 +78,8 @@ int KE_SIBLING_CALL LogSys_ConfigureLogFile(uint32_t handle, const LogFileSettin
   const win::KeptLastError kept;
   if (settings == nullptr) return kBadArgument;
   LogFile file;
-  const Result result = Locate(settings->path, sizeof settings->path, settings->maximumSize, file);
-  return result == kSuccess ? openLogs.SetFile(handle, settings->level, file) : result;
+  if (!logfile::Locate(settings->path, sizeof settings->path, settings->maximumSize, file)) return kBadArgument;
+  return openLogs.SetFile(handle, settings->level, file);
 }
 
 int KE_SIBLING_CALL LogSys_ConfigureLogDebugMsg(uint32_t handle, const uint32_t* level) {

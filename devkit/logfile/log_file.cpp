@@ -1,11 +1,11 @@
-#include "log_file.h"
+#include "logfile/log_file.h"
 
 #include <cstdio>
 #include <cstring>
 
 #include "win/owner.h"
 
-namespace tvlogsys {
+namespace logfile {
 namespace {
 
 constexpr DWORD kTurnMilliseconds = 1000;
@@ -21,7 +21,7 @@ void MutexName(const char* path, char (&name)[40]) noexcept {
   LCMapStringA(LOCALE_INVARIANT, LCMAP_LOWERCASE, path, -1, lower, sizeof lower);
   std::uint64_t hash = 0xCBF29CE484222325u;
   for (const char* at = lower; *at != '\0'; ++at) hash = (hash ^ static_cast<unsigned char>(*at)) * 0x100000001B3u;
-  std::snprintf(name, sizeof name, "Global\\TvLogSys-%016llx", static_cast<unsigned long long>(hash));
+  std::snprintf(name, sizeof name, "Global\\LogFile-%016llx", static_cast<unsigned long long>(hash));
 }
 
 /// One writer's turn at a log file, over a scope. The mutex lives no longer than the turn, so that no handle outlives
@@ -77,23 +77,23 @@ void Rotate(const char* path) noexcept {
 
 }  // namespace
 
-Result Locate(const char* path, std::size_t size, std::uint32_t maximumSize, LogFile& file) noexcept {
-  if (maximumSize == 0 || path[0] == '\0' || std::memchr(path, '\0', size) == nullptr) return kBadArgument;
+bool Locate(const char* path, std::size_t size, std::uint32_t maximumSize, LogFile& file) noexcept {
+  if (maximumSize == 0 || path[0] == '\0' || std::memchr(path, '\0', size) == nullptr) return false;
   char full[MAX_PATH];
   const DWORD length = GetFullPathNameA(path, sizeof full, full, nullptr);
-  if (length == 0 || length + sizeof kOldSuffix > sizeof full) return kBadArgument;
+  if (length == 0 || length + sizeof kOldSuffix > sizeof full) return false;
   std::memcpy(file.path, full, sizeof full);
   file.maximumSize = maximumSize;
-  return kSuccess;
+  return true;
 }
 
-Result Append(const LogFile& file, const char* line, std::uint32_t length) noexcept {
+bool Append(const LogFile& file, const char* line, std::uint32_t length) noexcept {
   const Turn turn(file.path);
   if (turn.Taken() && IsFull(file, length)) Rotate(file.path);
   const win::FileHandle output = OpenForAppending(file.path);
   DWORD written = 0;
-  if (!output || !WriteFile(output.Get(), line, length, &written, nullptr)) return kFileFailure;
-  return written == length ? kSuccess : kFileFailure;
+  if (!output || !WriteFile(output.Get(), line, length, &written, nullptr)) return false;
+  return written == length;
 }
 
-}  // namespace tvlogsys
+}  // namespace logfile

@@ -3,11 +3,10 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdint>
 
-#include "results.h"
-
-namespace tvlogsys {
+namespace logfile {
 
 /// Added to the path of a log file for the one older file that is kept.
 inline constexpr char kOldSuffix[] = ".old";
@@ -17,16 +16,17 @@ struct LogFile {
   std::uint32_t maximumSize = 0;
 };
 
-/// Fills `file` from a path of at most `size` bytes. kBadArgument, with `file` unchanged, when the path is empty, not
+/// Fills `file` from a path of at most `size` bytes. False, with `file` unchanged, when the path is empty, not
 /// terminated or too long, or when `maximumSize` is 0.
-Result Locate(const char* path, std::size_t size, std::uint32_t maximumSize, LogFile& file) noexcept;
+bool Locate(const char* path, std::size_t size, std::uint32_t maximumSize, LogFile& file) noexcept;
 
-/// Appends one line in a single write. When the file would grow beyond its maximum size, it first becomes the older
-/// file, replacing the previous one; a line that is larger than the maximum gets a file of its own.
+/// Appends one line in a single write; false when the file cannot be opened or written. When the file would grow beyond
+/// its maximum size, it first becomes the older file, replacing the previous one; a line that is larger than the
+/// maximum gets a file of its own.
 ///
 /// Writers of one file take turns through a named mutex. A writer that does not get its turn in time appends all the
 /// same, but does not rotate. Nor is a file rotated while another program has it open: the line is appended, and a
 /// later one rotates.
-Result Append(const LogFile& file, const char* line, std::uint32_t length) noexcept;
+bool Append(const LogFile& file, const char* line, std::uint32_t length) noexcept;
 
-}  // namespace tvlogsys
+}  // namespace logfile

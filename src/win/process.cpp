@@ -1,0 +1,46 @@
+#include "win/process.h"
+
+namespace win {
+
+Process::Process(const PROCESS_INFORMATION& started) noexcept
+    : process_(started.hProcess),
+      thread_(started.hThread),
+      processId_(started.dwProcessId),
+      threadId_(started.dwThreadId) {}
+
+DWORD Process::Wait(DWORD milliseconds) const noexcept { return WaitForSingleObject(process_.Get(), milliseconds); }
+
+std::optional<DWORD> Process::ExitCode() const noexcept {
+  DWORD code = 0;
+  if (!GetExitCodeProcess(process_.Get(), &code)) return std::nullopt;
+  return code;
+}
+
+PROCESS_INFORMATION Process::Release() noexcept {
+  return {process_.Release(), thread_.Release(), std::exchange(processId_, 0), std::exchange(threadId_, 0)};
+}
+
+Process StartProcess(std::string commandLine, const StartOptions& options) noexcept {
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = options.startupFlags;
+  PROCESS_INFORMATION started{};
+  if (!CreateProcessA(options.application, commandLine.data(), nullptr, nullptr, FALSE, options.creationFlags, nullptr,
+                      nullptr, &startup, &started)) {
+    return {};
+  }
+  return Process(started);
+}
+
+Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION started{};
+  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, creationFlags, nullptr, nullptr, &startup,
+                      &started)) {
+    return {};
+  }
+  return Process(started);
+}
+
+}  // namespace win
