@@ -16,6 +16,11 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddShowCommand(kelctl, session);
   AddGetCommand(kelctl, session);
   AddSetCommand(kelctl, session);
+  AddSettingCommand(kelctl, session);
+  AddFileCommand(kelctl, session);
+  AddIntegrationCommands(kelctl, session);
+  AddPasswordCommand(kelctl, session);
+  AddOsCommand(kelctl, session);
 }
 
 void SetUp(CLI::App& kelctl, Session& session) {

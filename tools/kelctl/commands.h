@@ -30,5 +30,10 @@ struct Session {
 void AddShowCommand(CLI::App& kelctl, Session& session);
 void AddGetCommand(CLI::App& kelctl, Session& session);
 void AddSetCommand(CLI::App& kelctl, Session& session);
+void AddSettingCommand(CLI::App& kelctl, Session& session);
+void AddFileCommand(CLI::App& kelctl, Session& session);
+void AddIntegrationCommands(CLI::App& kelctl, Session& session);
+void AddPasswordCommand(CLI::App& kelctl, Session& session);
+void AddOsCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl

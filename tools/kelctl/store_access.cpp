@@ -1,24 +1,16 @@
 #include "store_access.h"
 
 #include "arguments.h"
-#include "errors.h"
+#include "calls.h"
 
 namespace kelctl {
 namespace {
 
-template <typename Function>
-Function* Typed(Library& library, const char* exportName) {
-  return reinterpret_cast<Function*>(library.Find(exportName));
-}
-
-Reading ReadText(Library& library, TextGetter* get) {
-  Reading reading{.result = KE_BUFFER_TOO_SMALL};
-  std::string buffer;
-  for (auto size = kFirstBufferSize; reading.result == KE_BUFFER_TOO_SMALL && size <= kLargestBufferSize; size *= 2) {
-    buffer.assign(static_cast<std::size_t>(size), '\0');
-    reading.result = get(buffer.data(), size);
-  }
-  if (reading.result == KE_SUCCESS) reading.text = library.FromCodePage(buffer.c_str());
+Reading ReadTextValue(Library& library, TextGetter* get) {
+  Reading reading;
+  std::string text;
+  reading.result = ReadText(get, text);
+  if (reading.result == KE_SUCCESS) reading.text = library.FromCodePage(text);
   return reading;
 }
 
@@ -37,16 +29,12 @@ KE_RESULT Set(Library& library, const Setter& setter, const std::string& text, b
   return Typed<StateSetter>(library, setter.name)(&number, onlyForward ? 1 : 0);
 }
 
-void ThrowUnlessSuccess(const char* exportName, KE_RESULT result) {
-  if (result != KE_SUCCESS) throw CallError(exportName, result);
-}
-
 }  // namespace
 
 Reading ReadValue(Library& library, const StoreValue& value) {
   const Getter& getter = value.getter;
   if (getter.type == GetterType::kNumber) return ReadNumber(Typed<NumberGetter>(library, getter.name));
-  return ReadText(library, Typed<TextGetter>(library, getter.name));
+  return ReadTextValue(library, Typed<TextGetter>(library, getter.name));
 }
 
 void WriteValue(Library& library, const StoreValue& value, const std::string& text, bool onlyForward) {

@@ -9,9 +9,6 @@
 
 namespace kelctl {
 
-inline constexpr std::int32_t kFirstBufferSize = 4 * 1024;       // bytes
-inline constexpr std::int32_t kLargestBufferSize = 1024 * 1024;  // bytes
-
 /// What a getter answered. `text` and `number` count only when `result` is KE_SUCCESS, each for getters of its type.
 struct Reading {
   KE_RESULT result = KE_SUCCESS;
@@ -19,8 +16,7 @@ struct Reading {
   std::int32_t number = 0;
 };
 
-/// Reads one value. A text longer than the first buffer is asked for again with twice the size, up to the largest
-/// buffer. Throws LibraryError.
+/// Reads one value. Throws LibraryError.
 Reading ReadValue(Library& library, const StoreValue& value);
 
 /// Writes one value, which must not be read only: `text` as it is, or the number that it holds. `onlyForward` belongs
