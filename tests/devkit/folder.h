@@ -1,16 +1,16 @@
 // A folder for the files of one test.
 #pragma once
 
-#include <windows.h>
-
 #include <filesystem>
 #include <iterator>
 #include <string>
 
+#include "support/product_tree.h"
+
 /// A new empty folder, removed at the end of the scope.
 class Folder {
  public:
-  Folder() { std::filesystem::create_directory(path_); }
+  Folder() = default;
   ~Folder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
@@ -22,6 +22,5 @@ class Folder {
   auto FileCount() const { return std::distance(std::filesystem::directory_iterator(path_), {}); }
 
  private:
-  std::filesystem::path path_ =
-      std::filesystem::temp_directory_path() / ("devkit-" + std::to_string(GetCurrentProcessId()));
+  const std::filesystem::path path_ = support::NewFolder();
 };

@@ -52,12 +52,14 @@ TEST_CASE("text accessors: a value goes to its key and comes back, when the buff
     const StoreTree tree;
     const LoadedDll dll = tree.Load();
     const auto get = dll.Get<Getter>(row.getter);
-    const std::string value = "value \xE4\xF6\xFC; =[x] ";
+    std::string value(5000, 'x');  // and every character but the line breaks, which a store does not keep
+    for (int c = 1; c < 256; ++c) value += c == '\r' || c == '\n' ? ' ' : static_cast<char>(c);
     REQUIRE(dll.Get<Setter>(row.setter)(value.c_str()) == KE_SUCCESS);
     CHECK(tree.Text("INTEGRA.DAT") == StoreText(row.section, row.key, value));
     CHECK(tree.Text("INTEGRA.BAK") == tree.Text("INTEGRA.DAT"));
 
-    char buffer[64] = "untouched";
+    static char buffer[6000];
+    std::strcpy(buffer, "untouched");
     const auto length = static_cast<int32_t>(value.size());
     CHECK(get(buffer, length) == KE_BUFFER_TOO_SMALL);
     CHECK(std::string(buffer) == "untouched");
@@ -145,12 +147,26 @@ TEST_CASE("property: appended to its section, changed in place, the first of a n
   CHECK(set("LINES", "a\r\n[FORGED]\r\nID=x") == KE_SUCCESS);
   CHECK(tree.Text("INTEGRA.DAT") ==
         "[Integration]\r\nDate=e\r\nNEW=n\r\nLINES=a[FORGED]ID=x\r\n[A]\r\n[B]\r\n[INTEGRATION]\r\ndate=second\r\n");
-  const std::string before = tree.Text("INTEGRA.DAT");
-  for (const auto& [key, text] :
-       {std::pair<const char*, const char*>{nullptr, "x"}, {"", "x"}, {"K", nullptr}, {"K", ""}}) {
-    CHECK(set(key, text) == KE_MISSING_ARGUMENT);
-  }
-  CHECK(tree.Text("INTEGRA.DAT") == before);
+  CHECK(set("", "x") == KE_MISSING_ARGUMENT);
+  CHECK(set("K", "") == KE_MISSING_ARGUMENT);
+}
+
+TEST_CASE("unusable store files: outputs stay as they were, and so does the file") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("live"));
+  const LoadedDll cached = tree.Load();
+  CHECK(AgentId(cached) == "live");
+  const support::LockedFile readOnly(tree.tree.Store("INTEGRA.DAT"), FILE_SHARE_READ);
+  CHECK(CALL(cached, KE_SetAgentID)("new") == KE_STORE_UNUSABLE);
+  const LoadedDll dll = tree.Load();
+  CHECK(AgentId(dll) == "(1782)");
+  int32_t value = -7;
+  CHECK(CALL(dll, KE_GetInstallState)(&value) == KE_STORE_UNUSABLE);
+  CHECK(CALL(dll, KE_IsIntegrated)(&value) == KE_STORE_UNUSABLE);
+  CHECK(value == -7);
+  CHECK(CALL(dll, KE_IsInstallComplete)(&value) == KE_STORE_UNUSABLE);
+  CHECK(value == 0);
+  CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
 }
 
 TEST_CASE("tracing: every export writes its start and end under its name") {

@@ -1,7 +1,7 @@
 // Damage to the files of the store, in every combination, against one table of rules.
 #include <doctest/doctest.h>
 
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "exports/store_tree.h"
@@ -14,8 +14,8 @@ namespace {
 enum State { kGood, kMissing, kEmpty, kCut, kGarbage, kOtherKey, kLocked, kStates };
 constexpr const char* kStateNames[] = {"good", "missing", "empty", "cut", "garbage", "other key", "locked"};
 
-// Brings one file of the store into a state; a good one carries the identifier `id`.
-void Prepare(const StoreTree& tree, const char* file, State state, const char* id) {
+// Brings one file of the store into a state; a good one carries the identifier `id`. Gives the lock of a locked one.
+std::unique_ptr<LockedFile> Prepare(const StoreTree& tree, const char* file, State state, const char* id) {
   const auto path = tree.tree.Store(file);
   std::string content = FakeEnciphered(WholeStore(id));
   if (state == kEmpty) content.clear();
@@ -24,11 +24,9 @@ void Prepare(const StoreTree& tree, const char* file, State state, const char* i
   if (state == kOtherKey) {
     for (size_t i = 4; i < content.size(); ++i) content[i] = static_cast<char>(content[i] * 7 + 0x80 + i % 5);
   }
-  if (state == kMissing) {
-    std::filesystem::remove(path);
-  } else {
-    support::WriteFile(path, content);
-  }
+  support::WriteFile(path, content);
+  if (state == kMissing) std::filesystem::remove(path);
+  return state == kLocked ? std::make_unique<LockedFile>(path) : nullptr;
 }
 
 // What KE_GetAgentID answers on the first call of a process.
@@ -44,16 +42,12 @@ std::string Expected(State live, State backup, State start) {
   return backup == kGood ? "backup" : unusable;
 }
 
+// Brings all files into their states and holds the locked ones.
 struct Combination {
-  Combination(const StoreTree& tree, State live, State backup, State start) {
-    Prepare(tree, "INTEGRA.DAT", live, "live");
-    Prepare(tree, "INTEGRA.BAK", backup, "backup");
-    Prepare(tree, "INTEGRA.START", start, "start");
-    if (live == kLocked) liveLock.emplace(tree.tree.Store("INTEGRA.DAT"));
-    if (backup == kLocked) backupLock.emplace(tree.tree.Store("INTEGRA.BAK"));
-    if (start == kLocked) startLock.emplace(tree.tree.Store("INTEGRA.START"));
-  }
-  std::optional<LockedFile> liveLock, backupLock, startLock;
+  Combination(const StoreTree& tree, State live, State backup, State start)
+      : locks{Prepare(tree, "INTEGRA.DAT", live, "live"), Prepare(tree, "INTEGRA.BAK", backup, "backup"),
+              Prepare(tree, "INTEGRA.START", start, "start")} {}
+  std::unique_ptr<LockedFile> locks[3];
 };
 
 template <typename Case>
@@ -89,10 +83,8 @@ TEST_CASE("damage: a getter finds the identity wherever it still is, and no good
 TEST_CASE("damage: a setter first repairs, then keeps the identity, and leaves the start copy alone") {
   ForEveryCombination([](const StoreTree& tree, State live, State backup, State start) {
     const std::string expected = Expected(live, backup, start);
-    const std::string startBefore = [&] {
-      Prepare(tree, "INTEGRA.START", start, "start");
-      return support::ReadFile(tree.tree.Store("INTEGRA.START"));
-    }();
+    Prepare(tree, "INTEGRA.START", start, "start");
+    const std::string startBefore = support::ReadFile(tree.tree.Store("INTEGRA.START"));
     KE_RESULT result;
     {
       const Combination files(tree, live, backup, start);

@@ -40,16 +40,7 @@ DWORD WINAPI RunThread(void* work) {
   return 0;
 }
 
-void RunOnThreads(int count, std::function<void(int)> work) {
-  std::vector<std::function<void()>> bodies;
-  for (int i = 0; i < count; ++i) bodies.push_back([=] { work(i); });
-  std::vector<HANDLE> threads;
-  for (auto& body : bodies) threads.push_back(CreateThread(nullptr, 0, RunThread, &body, 0, nullptr));
-  for (const HANDLE thread : threads) {
-    CHECK(WaitForSingleObject(thread, 120000) == WAIT_OBJECT_0);
-    CloseHandle(thread);
-  }
-}
+HANDLE StartThread(std::function<void()>& work) { return CreateThread(nullptr, 0, RunThread, &work, 0, nullptr); }
 
 // Calls a getter with a stack that is misaligned by `offset` bytes, as callers of other compilers do.
 KE_RESULT CallMisaligned(KE_RESULT(KE_API* getter)(char*, int32_t), char* buffer, int32_t size, int offset) {
@@ -98,17 +89,18 @@ TEST_CASE("threads: getting and setting at once never shows a torn value") {
   const std::string values[] = {std::string(3, 'a'), std::string(40, 'b'), std::string(500, 'c')};
   REQUIRE(CALL(dll, KE_SetContainer)(values[0].c_str()) == KE_SUCCESS);
   std::atomic<int> failures = 0;
-  RunOnThreads(6, [&](int thread) {
-    for (int i = 0; i < 100; ++i) {
-      if (thread < 3) {
-        failures += CALL(dll, KE_SetContainer)(values[thread].c_str()) != KE_SUCCESS;
-      } else {
-        char buffer[600];
-        const bool read = CALL(dll, KE_GetContainer)(buffer, sizeof buffer) == KE_SUCCESS;
-        failures += !read || (buffer != values[0] && buffer != values[1] && buffer != values[2]);
-      }
+  std::function<void()> work = [&] {
+    for (int i = 0; i < 50; ++i) {
+      failures += CALL(dll, KE_SetContainer)(values[i % 3].c_str()) != KE_SUCCESS;
+      char buffer[600];
+      const bool read = CALL(dll, KE_GetContainer)(buffer, sizeof buffer) == KE_SUCCESS;
+      failures += !read || std::find(values, values + 3, buffer) == values + 3;
     }
-  });
+  };
+  HANDLE threads[6];
+  for (HANDLE& thread : threads) thread = StartThread(work);
+  CHECK(WaitForMultipleObjects(6, threads, TRUE, 120000) == WAIT_OBJECT_0);
+  for (const HANDLE thread : threads) CloseHandle(thread);
   CHECK(failures == 0);
 }
 
@@ -141,7 +133,7 @@ TEST_CASE("child: ends inside a call" * doctest::skip()) {
   static std::function<void()> work = [] {
     for (;;) CALL(dll, KE_SetAgentID)("agent");
   };
-  CloseHandle(CreateThread(nullptr, 0, RunThread, &work, 0, nullptr));
+  CloseHandle(StartThread(work));
   Sleep(200);
   ExitProcess(77);
 }

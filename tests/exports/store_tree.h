@@ -5,7 +5,7 @@
 #include <string>
 
 #include "KELUtils.h"
-#include "support/fake_apicr.h"
+#include "support/fake_sibling.h"
 #include "support/product_tree.h"
 
 /// A tree whose crypto module is the fake one, so that the text of the store can be seen and written.

@@ -1,7 +1,7 @@
-// A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS), each of which counts its calls
-// and answers 0, or what the test has set. Plain C functions: arguments are the caller's to clean up, and are not
-// looked at.
-#include <cstdint>
+// A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS), each of which counts its calls and answers 0.
+// Plain C functions: arguments are the caller's to clean up. Only the two ciphers of a crypto module look at theirs.
+#include "support/fake_sibling.h"
+
 #include <cstring>
 
 #include "frame/sibling_names.h"
@@ -11,12 +11,12 @@ namespace {
 struct Call {
   const char* name;
   int count;
-  std::int32_t answer;
 };
 
-#define FAKE_ROW(name, presence) {#name, 0, 0},
+#define FAKE_ROW(name, presence) {#name, 0},
 Call g_calls[] = {FAKE_FUNCTIONS(FAKE_ROW, FAKE_ROW)};
 #undef FAKE_ROW
+FakeCipherState g_cipher{};
 
 Call& Find(const char* name) {
   for (Call& call : g_calls) {
@@ -25,18 +25,25 @@ Call& Find(const char* name) {
   return g_calls[0];
 }
 
+int Answer(const char* name, char* buffer, std::uint32_t length, const char* keyBlob, std::int32_t* error) {
+  ++Find(name).count;
+  if (std::strcmp(name, "APIcr_EncryptBuffer") != 0 && std::strcmp(name, "APIcr_DecryptBuffer") != 0) return 0;
+  ++g_cipher.calls;
+  g_cipher.lastLength = length;
+  g_cipher.lastKeyBlob = keyBlob;
+  for (std::uint32_t i = 0; i < length && g_cipher.error == 0; ++i) buffer[i] ^= kFakeCipherMask;
+  return *error = g_cipher.error;
+}
+
 }  // namespace
 
-// The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports
-// them all.
-#define FAKE_FUNCTION(name, presence)                   \
-  extern "C" std::int32_t Fake_##name() asm("_" #name); \
-  std::int32_t Fake_##name() {                          \
-    Call& call = Find(#name);                           \
-    ++call.count;                                       \
-    return call.answer;                                 \
+// The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports them all.
+#define FAKE_FUNCTION(name, presence)                                                                            \
+  extern "C" int Fake_##name(char*, std::uint32_t, const char*, std::uint32_t, std::int32_t*) asm("_" #name);    \
+  int Fake_##name(char* buffer, std::uint32_t length, const char* keyBlob, std::uint32_t, std::int32_t* error) { \
+    return Answer(#name, buffer, length, keyBlob, error);                                                        \
   }
 FAKE_FUNCTIONS(FAKE_FUNCTION, FAKE_FUNCTION)
 
-extern "C" int FakeCalls(const char* name) { return Find(name).count; }
-extern "C" void FakeAnswer(const char* name, std::int32_t answer) { Find(name).answer = answer; }
+int FakeCalls(const char* name) { return Find(name).count; }
+FakeCipherState* FakeCipher() { return &g_cipher; }

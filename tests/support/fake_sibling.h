@@ -1,12 +1,28 @@
-// What the fake sibling modules offer to tests. Load a fake before KELUtils does, so that it stays loaded and keeps its
-// counts.
+// What the fake sibling modules offer to tests. Load a fake before KELUtils does, so that it stays loaded and keeps its state.
 #pragma once
 
 #include <cstdint>
+#include <string>
+
+/// The fake cipher combines each byte with this by exclusive or, so that enciphered texts can be seen through.
+inline constexpr char kFakeCipherMask = 0x55;
+
+struct FakeCipherState {
+  int calls;
+  std::uint32_t lastLength;
+  const char* lastKeyBlob;
+  std::int32_t error;  // what the next calls report, leaving the buffer alone
+};
 
 extern "C" {
 /// How often the function was called.
 int FakeCalls(const char* name);
-/// Sets what the function answers from now on.
-void FakeAnswer(const char* name, std::int32_t answer);
+FakeCipherState* FakeCipher();
+}
+
+/// A marked file as the fake cipher writes it.
+inline std::string FakeEnciphered(std::string text) {
+  text.resize((text.size() + 15) / 16 * 16);
+  for (char& c : text) c ^= kFakeCipherMask;
+  return "TVKE" + text;
 }

@@ -28,10 +28,17 @@ void WriteFile(const fs::path& path, const std::string& content) {
   REQUIRE_MESSAGE(file.good(), path.string());
 }
 
-ProductTree::ProductTree() {
+fs::path NewFolder() {
+  // Folders of earlier runs may be left: a DLL in use cannot be removed, and process numbers repeat.
   static int count = 0;
-  root_ =
-      fs::temp_directory_path() / ("kelutils-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count));
+  fs::path folder;
+  do {
+    folder = fs::temp_directory_path() / ("kelutils-" + std::to_string(++count));
+  } while (!fs::create_directory(folder));
+  return folder;
+}
+
+ProductTree::ProductTree() : root_(NewFolder()) {
   for (const char* folder : {"KELUtils", "Common", "KESAgent", "KELSysCf"}) fs::create_directories(root_ / folder);
   fs::copy_file(BuildFolder() / "bin" / "KELUtils.dll", root_ / "KELUtils" / "KELUtils.dll");
   AddDevkit("ApiCr.dll", "KELUtils");

@@ -12,6 +12,9 @@ namespace support {
 std::filesystem::path TestFolder();
 inline std::filesystem::path BuildFolder() { return TestFolder().parent_path(); }
 
+/// A new empty folder below the temporary folder, for the caller to remove.
+std::filesystem::path NewFolder();
+
 /// Content of a file; empty when it is missing.
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& content);
