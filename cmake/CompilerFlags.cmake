@@ -40,13 +40,16 @@ if(KELUTILS_FUZZ)
   target_compile_options(kelutils_flags INTERFACE -fsanitize=fuzzer-no-link)  # the fuzzer's coverage, without its main function
 endif()
 
-# Moves the debug information of a finished MinGW binary into NAME.debug beside it, linked by name and checksum.
+# Moves the debug information of a finished MinGW binary into NAME.debug beside it, linked by name and checksum. The tools put the
+# time of day into what they write unless they are told another one.
 function(kelutils_split_debug_information target)
   if(MINGW)
+    set(_binary $<TARGET_FILE:${target}>)
+    set(_timeless ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0)
     add_custom_command(TARGET ${target} POST_BUILD
-      COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
-      COMMAND ${CMAKE_STRIP} --strip-all $<TARGET_FILE:${target}>
-      COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
+      COMMAND ${_timeless} ${CMAKE_OBJCOPY} --only-keep-debug ${_binary} ${_binary}.debug
+      COMMAND ${_timeless} ${CMAKE_STRIP} --strip-all ${_binary}
+      COMMAND ${_timeless} ${CMAKE_OBJCOPY} --add-gnu-debuglink=${_binary}.debug ${_binary}
       VERBATIM)
   endif()
 endfunction()
