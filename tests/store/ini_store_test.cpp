@@ -47,12 +47,6 @@ TEST_CASE("ini store: texts are parsed by the stated rules") {
   }
 }
 
-TEST_CASE("ini store: parsing appends to what is there") {
-  IniStore store = Parsed("[A]\r\n");
-  store::ParseIni("k=v\r\n[B]\r\n", store);
-  CHECK(store::Serialise(store) == "[A]\r\nk=v\r\n[B]\r\n");
-}
-
 TEST_CASE("ini store: lookups find the first of a name, in any letter case; adding appends") {
   IniStore store = Parsed("[X]\r\nKey=1\r\nKEY=2\r\n[x]\r\nonly=3\r\n");
   REQUIRE(store::LookupEntry(store, "x", "kEy", false));

@@ -1,19 +1,24 @@
 // Lets the inner pieces, linked into the test program, believe that they are the DLL of a product tree.
 #pragma once
 
+#include "frame/module.h"
+#include "store/integra_store.h"
 #include "support/product_tree.h"
 
 namespace support {
 
-/// Attaches the inner pieces to the KELUtils.dll of a tree for the scope: its folder is the module directory, and the
-/// lock exists.
-class InnerModule {
- public:
-  explicit InnerModule(const ProductTree& tree);
-  ~InnerModule();
-
- private:
-  LoadedDll anchor_;
+/// Attaches the inner pieces to the KELUtils.dll of a tree for the scope: its folder is the module directory, and the lock exists.
+struct InnerModule {
+  explicit InnerModule(const ProductTree& tree) : anchor(tree.Path("KELUtils/KELUtils.dll")) {
+    frame::IntegraLock.Create();
+    frame::AttachModule(anchor.Handle());
+  }
+  ~InnerModule() {
+    frame::DetachModule();
+    store::DropIntegraStore();
+    frame::IntegraLock.Destroy();
+  }
+  LoadedDll anchor;
 };
 
 }  // namespace support

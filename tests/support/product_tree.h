@@ -19,6 +19,14 @@ std::filesystem::path NewFolder();
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& content);
 
+struct ProgramRun {
+  unsigned long exitCode;
+  std::string output;  // standard output and standard error, line ends as LF
+};
+
+/// Runs a command line as a user does and waits for its end, for at most a minute.
+ProgramRun RunProgram(std::string commandLine);
+
 /// A product tree below the temporary folder, removed at the end: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and
 /// KELSysCf. The crypto module of the development kit is put where the store and the file codec look for it.
 class ProductTree {
