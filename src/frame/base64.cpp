@@ -97,7 +97,7 @@ bool Base64DecodeText(const char* source, std::int32_t sourceLength, void* desti
   std::uint32_t group = 0;
   int bits = 0;
   for (std::int32_t i = 0; i < sourceLength && source[i] != '\0'; ++i) {
-    const int value = kValues[static_cast<unsigned char>(source[i])];
+    const std::int8_t value = kValues[static_cast<unsigned char>(source[i])];
     if (value == kForeign) continue;
     group = group << 6 | static_cast<std::uint32_t>(value);
     bits += 6;
