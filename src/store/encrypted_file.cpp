@@ -29,7 +29,7 @@ class ProductCryptoFolder {
 
 win::FileHandle OpenOrCreate(const char* path) {
   win::FileHandle file = win::OpenForUpdate(path);
-  if (!file && win::CreateEmpty(path)) file = win::OpenForUpdate(path);
+  if (!file && win::CreateMissing(path)) file = win::OpenForUpdate(path);
   return file;
 }
 

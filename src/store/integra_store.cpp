@@ -81,9 +81,9 @@ bool FindReplacement(const StorePaths& paths, win::FileHandle& backup) noexcept 
   if (backup) return true;
   Trace(kDetail, "ReadIntegraDat", "Could not open Restore File Integra.bak");
   if (win::Exists(paths.backup)) return true;
-  win::CreateEmpty(paths.live);
+  win::CreateMissing(paths.live);
   if (!win::Exists(paths.live)) return false;
-  win::CreateEmpty(paths.backup);
+  win::CreateMissing(paths.backup);
   return true;
 }
 

@@ -52,7 +52,7 @@ FileHandle CreateForUpdate(const std::string& path) noexcept {
   return file;
 }
 
-bool CreateEmpty(const std::string& path) noexcept { return static_cast<bool>(CreateForUpdate(path)); }
+bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(Open(path, OPEN_ALWAYS)); }
 
 std::optional<std::uint64_t> SizeOf(const FileHandle& file) noexcept {
   LARGE_INTEGER size{};
