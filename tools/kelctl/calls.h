@@ -1,6 +1,10 @@
 // Calling exports of the library with the types of their prototypes.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
 #include "errors.h"
 #include "library.h"
 
@@ -31,7 +35,7 @@ KE_RESULT ReadText(Get get, std::string& text) {
     text.assign(static_cast<std::size_t>(size), '\0');
     result = get(text.data(), size);
   }
-  text.resize(text.find('\0'));
+  text.resize(std::min(text.find('\0'), text.size()));
   return result;
 }
 
