@@ -13,7 +13,7 @@ std::string* g_directory = nullptr;
 
 }  // namespace
 
-constinit GlobalLock IntegraLock{};
+constinit win::ManualCriticalSection IntegraLock{};
 
 void AttachModule(HMODULE module) {
   g_module = module;

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "win/critical_section.h"
+
 namespace frame {
 
 /// Records the module whose directory all paths start from, and works the directory out. Called once, at process
@@ -24,17 +26,6 @@ std::string_view KeptModuleDirectory() noexcept;
 
 /// The global lock: guards the cached integration store, its file stamp and every read, write and repair of its files.
 /// Re-entrant. Exists from `Create`, at process attach, to `Destroy`, at process detach.
-class GlobalLock {
- public:
-  void Create() noexcept { InitializeCriticalSection(&section_); }
-  void Destroy() noexcept { DeleteCriticalSection(&section_); }
-  void Enter() noexcept { EnterCriticalSection(&section_); }
-  void Leave() noexcept { LeaveCriticalSection(&section_); }
-
- private:
-  CRITICAL_SECTION section_;
-};
-
-extern GlobalLock IntegraLock;
+extern win::ManualCriticalSection IntegraLock;
 
 }  // namespace frame

@@ -25,6 +25,10 @@ std::string FileIn(std::string_view folder, std::string_view file) { return Conc
 
 std::string OwnFolder(std::string_view moduleDirectory) { return Concatenated({moduleDirectory, "\\"}); }
 
+std::string CommonDirectory(std::string_view moduleDirectory) {
+  return Concatenated({moduleDirectory, "\\..\\Common"});
+}
+
 std::string CommonFolder(std::string_view moduleDirectory) { return SiblingFolder(moduleDirectory, "Common"); }
 
 std::string SiblingFolder(std::string_view moduleDirectory, std::string_view folder) {

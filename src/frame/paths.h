@@ -17,6 +17,12 @@ std::string FileIn(std::string_view folder, std::string_view file);
 /// The module directory with a trailing backslash.
 std::string OwnFolder(std::string_view moduleDirectory);
 
+/// The file of the library's own settings, in the module directory.
+inline constexpr char kSettingsFile[] = "KELUTILS.INI";
+
+/// The folder of the shared components without a trailing backslash: `moduleDirectory` + "\..\Common".
+std::string CommonDirectory(std::string_view moduleDirectory);
+
 /// The folder of the shared components, with a trailing backslash: `moduleDirectory` + "\..\Common\".
 std::string CommonFolder(std::string_view moduleDirectory);
 

@@ -13,14 +13,13 @@
 namespace frame {
 namespace {
 
-constexpr char kDefaultFile[] = "KELUTILS.INI";
 constexpr std::size_t kValueSize = 4100;  // with the terminating zero
 
 // None when the module directory is unknown.
 std::optional<std::string> PathOf(const char* file) {
   const auto directory = KeptModuleDirectory();
   if (directory.empty()) return std::nullopt;
-  if (IsBlank(file)) return FileIn(directory, kDefaultFile);
+  if (IsBlank(file)) return FileIn(directory, kSettingsFile);
   return std::strchr(file, '\\') ? std::string(file) : FileIn(directory, file);
 }
 

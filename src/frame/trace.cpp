@@ -14,7 +14,6 @@ namespace frame {
 namespace {
 
 constexpr char kModuleName[] = "KELUtils";
-constexpr char kSettingsFile[] = "KELUTILS.INI";
 
 }  // namespace
 
@@ -51,7 +50,7 @@ TraceScope::TraceScope() noexcept {
   try {
     const std::string directory(KeptModuleDirectory());
     CL_LOG_SYSTEM::Instance().Configure(kModuleName, FileIn(directory, kSettingsFile).c_str(),
-                                        (directory + "\\..\\Common").c_str(), directory.c_str(), &counted_);
+                                        CommonDirectory(directory).c_str(), directory.c_str(), &counted_);
   } catch (...) {
     // Without memory for three paths there is no trace of this call.
   }

@@ -2,20 +2,19 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "frame/decimal.h"
 #include "frame/export_call.h"
-#include "frame/module.h"
+#include "frame/text.h"
 #include "store/ini_store.h"
 #include "store/integra_store.h"
-#include "win/critical_section.h"
 
 namespace store {
 namespace {
 
 using frame::Export;
 using frame::ExportCall;
-using IntegraHolding = win::Holding<frame::GlobalLock>;
 
 // The value of a row; when it is missing, that of the backup and then of the start copy, which thereby become the live
 // store. Null when no copy holds one.
@@ -32,14 +31,9 @@ const std::string* FindOrRestore(const TextGetter& row, const Export& self) {
   return FindValue(row.section, row.key);
 }
 
-KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
-  if (row.read == TextRead::kRequired && size <= 0) return KE_BUFFER_TOO_SMALL;
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  const std::string* value =
-      row.read == TextRead::kRestored ? FindOrRestore(row, self) : FindValue(row.section, row.key);
-  if (value) return CopyOut(*value, buffer, size);
-  switch (row.read) {
+// The answer of a getter that finds no value.
+KE_RESULT AnswerMissing(TextRead read, char* buffer, std::int32_t size) noexcept {
+  switch (read) {
     case TextRead::kRestored:
       return KE_STORE_UNUSABLE;
     case TextRead::kRequired:
@@ -52,10 +46,33 @@ KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std:
   return KE_EXCEPTION;
 }
 
+KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
+  if (row.read == TextRead::kRequired && size <= 0) return KE_BUFFER_TOO_SMALL;
+  return WithCurrentStore([&]() -> KE_RESULT {
+    const std::string* value =
+        row.read == TextRead::kRestored ? FindOrRestore(row, self) : FindValue(row.section, row.key);
+    return value ? CopyOut(*value, buffer, size) : AnswerMissing(row.read, buffer, size);
+  });
+}
+
+// A decimal number of the current store; 0 when it is missing.
+std::int32_t NumberOf(const char* section, const char* key) {
+  const std::string* text = FindValue(section, key);
+  return text ? frame::DecimalFromText(text->c_str()) : 0;
+}
+
+// Changes a value of the current store, creating it when it is missing, and writes the store.
+KE_RESULT ChangeValue(const char* section, const char* key, std::string value) {
+  IniEntry* entry = LookupEntry(*IntegraStore, section, key, true);
+  if (entry == nullptr) return KE_NOT_CREATED;
+  entry->value = std::move(value);
+  return WriteIntegraDat();
+}
+
 bool IsRefused(const char* text, TextRefused refused) noexcept {
   switch (refused) {
     case TextRefused::kNullOrEmpty:
-      return text == nullptr || *text == '\0';
+      return frame::IsBlank(text);
     case TextRefused::kNull:
       return text == nullptr;
     case TextRefused::kNone:
@@ -94,42 +111,32 @@ KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
 
 KE_RESULT StoreText(const char* section, const char* key, const char* text) {
   CheckIntegrity();
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  IniEntry* entry = LookupEntry(*IntegraStore, section, key, true);
-  if (entry == nullptr) return KE_NOT_CREATED;
-  entry->value = text;
-  return WriteIntegraDat();
+  return WithCurrentStore([&] { return ChangeValue(section, key, text); });
 }
 
 KE_RESULT GetNumber(const char* exportName, const char* section, const char* key, std::int32_t* value) noexcept {
   return ExportCall(exportName, [&](Export&) -> KE_RESULT {
     if (value == nullptr) return KE_MISSING_ARGUMENT;
-    const IntegraHolding hold(frame::IntegraLock);
-    if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-    const std::string* text = FindValue(section, key);
-    *value = text ? frame::DecimalFromText(text->c_str()) : 0;
-    return KE_SUCCESS;
+    return WithCurrentStore([&]() -> KE_RESULT {
+      *value = NumberOf(section, key);
+      return KE_SUCCESS;
+    });
   });
 }
 
 KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward) {
   CheckIntegrity();
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  const std::string* current = FindValue("INSTALL", "State");
-  if (onlyForward && state <= (current ? frame::DecimalFromText(current->c_str()) : 0)) return KE_SUCCESS;
-  IniEntry* entry = LookupEntry(*IntegraStore, "INSTALL", "State", true);
-  if (entry == nullptr) return KE_NOT_CREATED;
-  entry->value = std::to_string(state);
-  return WriteIntegraDat();
+  return WithCurrentStore([&]() -> KE_RESULT {
+    if (onlyForward && state <= NumberOf("INSTALL", "State")) return KE_SUCCESS;
+    return ChangeValue("INSTALL", "State", std::to_string(state));
+  });
 }
 
 KE_RESULT ReadIntegrated(std::int32_t* integrated) {
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  *integrated = FindValue("INTEGRATION", "Date") && FindValue("INTEGRATION", "DEVICEID") ? 1 : 0;
-  return KE_SUCCESS;
+  return WithCurrentStore([&]() -> KE_RESULT {
+    *integrated = FindValue("INTEGRATION", "Date") && FindValue("INTEGRATION", "DEVICEID") ? 1 : 0;
+    return KE_SUCCESS;
+  });
 }
 
 }  // namespace store

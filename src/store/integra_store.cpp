@@ -23,7 +23,6 @@ namespace {
 using frame::kDetail;
 using frame::kInfo;
 using frame::Trace;
-using IntegraHolding = win::Holding<frame::GlobalLock>;
 
 constexpr std::size_t kFewestSections = 4;  // a store with fewer is taken as damaged
 
@@ -34,39 +33,42 @@ win::FileStatus IntegraFileStatus;
 // Set while the late repair reads again, so that it does not repair again.
 bool IntegraRelaunch = false;
 
-struct StorePaths {
-  explicit StorePaths(std::string_view directory)
-      : crypto(frame::OwnFolder(directory)),
-        live(frame::SiblingFolder(directory, "KESAgent") + "INTEGRA.DAT"),
-        backup(frame::SiblingFolder(directory, "KESAgent") + "INTEGRA.BAK"),
-        start(frame::SiblingFolder(directory, "KESAgent") + "INTEGRA.START"),
-        policies(frame::SiblingFolder(directory, "KELSysCf") + "KelSysCf.dat") {}
+// The files of the store and its crypto module, named when they are needed: a read that keeps the cached store asks for two.
+class StorePaths {
+ public:
+  explicit StorePaths(std::string_view directory) noexcept : directory_(directory) {}
 
-  std::string crypto;  // folder of the crypto module
-  std::string live;
-  std::string backup;
-  std::string start;
-  std::string policies;
+  std::string CryptoFolder() const { return frame::OwnFolder(directory_); }
+  std::string Live() const { return InAgentFolder("INTEGRA.DAT"); }
+  std::string Backup() const { return InAgentFolder("INTEGRA.BAK"); }
+  std::string Start() const { return InAgentFolder("INTEGRA.START"); }
+  std::string Policies() const { return frame::SiblingFolder(directory_, "KELSysCf") + "KelSysCf.dat"; }
+
+ private:
+  std::string InAgentFolder(const char* file) const { return frame::SiblingFolder(directory_, "KESAgent") + file; }
+
+  std::string_view directory_;
 };
 
 void ReplaceStore(std::unique_ptr<IniStore> store) noexcept { delete std::exchange(IntegraStore, store.release()); }
 
 bool StoreIsDamaged() noexcept { return IntegraStore != nullptr && IntegraStore->sections.size() < kFewestSections; }
 
-void ResetPolicies(const StorePaths& paths) noexcept {
+void ResetPolicies(const StorePaths& paths) {
+  const std::string policies = paths.Policies();
   for (const char* key : {"POLICY_101", "POLICY_200"}) {
-    WritePrivateProfileStringA("POLICIES", key, "{00000000-0000-0000-0000-000000000000}", paths.policies.c_str());
+    WritePrivateProfileStringA("POLICIES", key, "{00000000-0000-0000-0000-000000000000}", policies.c_str());
   }
 }
 
 // Copies a file over the live one. The stamp is forgotten, so that the copied content is read whatever its file times.
-bool CopyOverLive(const std::string& source, const StorePaths& paths) noexcept {
+bool CopyOverLive(const std::string& source, const StorePaths& paths) {
   IntegraFileStatus = {};
-  return win::CopyOver(source, paths.live);
+  return win::CopyOver(source, paths.Live());
 }
 
-bool RepairFromStart(const StorePaths& paths) noexcept {
-  if (!CopyOverLive(paths.start, paths)) {
+bool RepairFromStart(const StorePaths& paths) {
+  if (!CopyOverLive(paths.Start(), paths)) {
     Trace(kDetail, "ReadIntegraDat", "Error copying from Integra.start");
     return false;
   }
@@ -76,14 +78,14 @@ bool RepairFromStart(const StorePaths& paths) noexcept {
 
 // What to read when the live file is missing: the backup; or, when there is no backup either, a live file and a backup
 // created empty. False when the live file could not be created.
-bool FindReplacement(const StorePaths& paths, win::FileHandle& backup) noexcept {
-  backup = win::OpenForUpdate(paths.backup);
+bool FindReplacement(const StorePaths& paths, win::FileHandle& backup) {
+  backup = win::OpenForUpdate(paths.Backup());
   if (backup) return true;
   Trace(kDetail, "ReadIntegraDat", "Could not open Restore File Integra.bak");
-  if (win::Exists(paths.backup)) return true;
-  win::CreateMissing(paths.live);
-  if (!win::Exists(paths.live)) return false;
-  win::CreateMissing(paths.backup);
+  if (win::Exists(paths.Backup())) return true;
+  win::CreateMissing(paths.Live());
+  if (!win::Exists(paths.Live())) return false;
+  win::CreateMissing(paths.Backup());
   return true;
 }
 
@@ -92,7 +94,7 @@ KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const S
   auto content = ReadContent(file);
   if (!content) return KE_STORE_UNUSABLE;
   file.Reset();
-  switch (DecipherContent(*content, paths.crypto.c_str())) {
+  switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
     case Deciphering::kCryptoNotLoaded:
       return KE_CRYPTO_NOT_LOADED;
     case Deciphering::kFailed:
@@ -110,20 +112,21 @@ KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const S
 // Brings the cached store up to date with the file or the backup. A damaged cached store is first repaired from the
 // start copy, unless its stamp was forgotten: then the file holds a copy that has yet to be read.
 KE_RESULT RefreshStore(const StorePaths& paths, bool startExists) {
-  win::FileStatus status = win::StatusOf(paths.live);
+  const std::string live = paths.Live();
+  win::FileStatus status = win::StatusOf(live);
   win::FileHandle source;
   if (!status.exists) {
     ReplaceStore(nullptr);
     if (!FindReplacement(paths, source)) return KE_STORE_UNUSABLE;
-    if (!source) status = win::StatusOf(paths.live);
+    if (!source) status = win::StatusOf(live);
   }
   if (startExists && StoreIsDamaged() && IntegraFileStatus.exists) {
     if (!RepairFromStart(paths)) return KE_STORE_UNUSABLE;
     Trace(kDetail, "ReadIntegraDat", "Restored from Integra.start");
-    status = win::StatusOf(paths.live);
+    status = win::StatusOf(live);
   }
   if (IntegraStore && IntegraFileStatus.exists && status.written == IntegraFileStatus.written) return KE_SUCCESS;
-  if (!source) source = win::OpenForUpdate(paths.live);
+  if (!source) source = win::OpenForUpdate(live);
   if (!source) return KE_STORE_UNUSABLE;
   return LoadStore(std::move(source), status, paths);
 }
@@ -139,7 +142,7 @@ bool RepairLoadedStore(const StorePaths& paths) {
 }
 
 KE_RESULT ReadUnderLock(const StorePaths& paths) {
-  const bool startExists = win::Exists(paths.start);
+  const bool startExists = win::Exists(paths.Start());
   const KE_RESULT result = RefreshStore(paths, startExists);
   if (result != KE_SUCCESS) return result;
   const bool repair = startExists && StoreIsDamaged() && !IntegraRelaunch;
@@ -149,10 +152,10 @@ KE_RESULT ReadUnderLock(const StorePaths& paths) {
 
 // True when the backup holds a whole store.
 bool BackupIsWhole(const StorePaths& paths) {
-  const win::FileHandle file = win::OpenForUpdate(paths.backup);
+  const win::FileHandle file = win::OpenForUpdate(paths.Backup());
   if (!file) return false;
   auto content = ReadContent(file);
-  if (!content || DecipherContent(*content, paths.crypto.c_str()) != Deciphering::kDone) return false;
+  if (!content || DecipherContent(*content, paths.CryptoFolder().c_str()) != Deciphering::kDone) return false;
   IniStore backup;
   ParseIni(*content, backup);
   return backup.sections.size() >= kFewestSections;
@@ -163,21 +166,23 @@ KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
   std::string text = Serialise(*IntegraStore);
   Trace(kDetail, function, "writing integra.dat:\n%s\n", text.c_str());
   // Everything that may throw comes before the file is emptied.
-  const PreparedContent content = PrepareContent(std::move(text), paths.crypto.c_str(), function);
+  const std::string live = paths.Live();
+  const std::string backup = paths.Backup();
+  const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), function);
   // Sections are never taken out of a store. One that has too few, while its backup has them all, has lost them by
   // damage: the backup is then the last good copy.
   const bool keepBackup = StoreIsDamaged() && BackupIsWhole(paths);
-  win::FileHandle file = win::CreateForUpdate(paths.live);
+  win::FileHandle file = win::CreateForUpdate(live);
   if (!file) return KE_STORE_UNUSABLE;
   const bool good = WriteContent(file, content, function);
   file.Reset();
   if (content.form == TextForm::kPlainAfterFailure) return KE_CRYPTO_FAILED;
   if (keepBackup) {
     Trace(kDetail, function, "Integra.bak kept: integra.dat is damaged");
-  } else if (good && !win::CopyOver(paths.live, paths.backup)) {
+  } else if (good && !win::CopyOver(live, backup)) {
     Trace(kDetail, function, "Could not copy integra.dat. to integra.bak");
   }
-  IntegraFileStatus = win::StatusOf(paths.live);
+  IntegraFileStatus = win::StatusOf(live);
   return KE_SUCCESS;
 }
 
@@ -188,7 +193,7 @@ KE_RESULT WithStoreLocked(const char* function, Operation operation) {
   if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
   try {
     const StorePaths paths(directory);
-    const IntegraHolding hold(frame::IntegraLock);
+    const win::Holding hold(frame::IntegraLock);
     return operation(paths);
   } catch (...) {
     Trace(kDetail, function, "Exception raised");
@@ -196,9 +201,9 @@ KE_RESULT WithStoreLocked(const char* function, Operation operation) {
   }
 }
 
-KE_RESULT Restore(const char* function, std::string StorePaths::*source) {
+KE_RESULT Restore(const char* function, std::string (StorePaths::*source)() const) {
   return WithStoreLocked(function, [&](const StorePaths& paths) -> KE_RESULT {
-    if (!CopyOverLive(paths.*source, paths)) return KE_STORE_UNUSABLE;
+    if (!CopyOverLive((paths.*source)(), paths)) return KE_STORE_UNUSABLE;
     return ReadIntegraDat();
   });
 }
@@ -222,9 +227,9 @@ KE_RESULT WriteIntegraDat() {
   return WithStoreLocked(__func__, [](const StorePaths& paths) { return WriteUnderLock(paths, "WriteIntegraDat"); });
 }
 
-KE_RESULT RestoreIntegraDat() { return Restore(__func__, &StorePaths::backup); }
+KE_RESULT RestoreIntegraDat() { return Restore(__func__, &StorePaths::Backup); }
 
-KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::start); }
+KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start); }
 
 void CheckIntegrity() {
   char certificate[512] = {};
@@ -233,7 +238,7 @@ void CheckIntegrity() {
 }
 
 void DropIntegraStore() noexcept {
-  const IntegraHolding hold(frame::IntegraLock);
+  const win::Holding hold(frame::IntegraLock);
   ReplaceStore(nullptr);
 }
 

@@ -3,13 +3,11 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "frame/module.h"
 #include "frame/trace.h"
 #include "store/accessors.h"
 #include "store/ini_store.h"
 #include "store/integra_store.h"
 #include "store/setting_codec.h"
-#include "win/critical_section.h"
 
 static_assert(sizeof(KE_TIME) == 24 && offsetof(KE_TIME, seconds) == 0 && offsetof(KE_TIME, minutes) == 4 &&
               offsetof(KE_TIME, hours) == 8 && offsetof(KE_TIME, day) == 12 && offsetof(KE_TIME, month) == 16 &&
@@ -17,8 +15,6 @@ static_assert(sizeof(KE_TIME) == 24 && offsetof(KE_TIME, seconds) == 0 && offset
 
 namespace store {
 namespace {
-
-using IntegraHolding = win::Holding<frame::GlobalLock>;
 
 constexpr std::size_t kDateSize = 40;  // characters, with the terminating zero; a longer date is cut
 constexpr std::int64_t kFirstYear = 1900;
@@ -43,27 +39,27 @@ KE_RESULT Integrate(const KE_TIME& time) {
 }
 
 KE_RESULT DeIntegrate() {
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  const KE_RESULT date = ClearValue("INTEGRATION", "Date");
-  const KE_RESULT device = ClearValue("INTEGRATION", "DEVICEID");
-  return date != KE_SUCCESS && device != KE_SUCCESS ? KE_STORE_UNUSABLE : KE_SUCCESS;
+  return WithCurrentStore([]() -> KE_RESULT {
+    const KE_RESULT date = ClearValue("INTEGRATION", "Date");
+    const KE_RESULT device = ClearValue("INTEGRATION", "DEVICEID");
+    return date != KE_SUCCESS && device != KE_SUCCESS ? KE_STORE_UNUSABLE : KE_SUCCESS;
+  });
 }
 
 KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size) {
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  if (const std::string* stored = FindValue("AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
-  buffer[0] = '\0';
-  return KE_STORE_UNUSABLE;
+  return WithCurrentStore([&]() -> KE_RESULT {
+    if (const std::string* stored = FindValue("AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
+    buffer[0] = '\0';
+    return KE_STORE_UNUSABLE;
+  });
 }
 
 KE_RESULT ReadUninstallPassword(const char* function, PasswordCopy copy, char* buffer, std::int32_t size) {
-  const IntegraHolding hold(frame::IntegraLock);
-  if (const KE_RESULT result = ReadIntegraDat(); result != KE_SUCCESS) return result;
-  if (const std::string* stored = FindValue("UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
-  Trace(frame::kDetail, function, "Could not open Restored File Integra.dat");
-  return KE_STORE_UNUSABLE;
+  return WithCurrentStore([&]() -> KE_RESULT {
+    if (const std::string* stored = FindValue("UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
+    Trace(frame::kDetail, function, "Could not open Restored File Integra.dat");
+    return KE_STORE_UNUSABLE;
+  });
 }
 
 }  // namespace store
