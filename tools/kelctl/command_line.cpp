@@ -41,8 +41,8 @@ int Failure(std::ostream& err, const std::exception& error, int exitCode) {
 
 }  // namespace
 
-int RunCommandLine(std::vector<std::string> arguments, const OpenLibrary& open, std::ostream& out, std::ostream& err) {
-  Session session{.open = open, .out = out, .err = err};
+int RunCommandLine(std::vector<std::string> arguments, std::ostream& out, std::ostream& err) {
+  Session session{.out = out, .err = err};
   CLI::App kelctl("Shows and changes the state of the agent through KELUtils.dll.", "kelctl");
   SetUp(kelctl, session);
   try {

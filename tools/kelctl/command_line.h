@@ -1,4 +1,4 @@
-// The whole of kelctl but for the platform.
+// The command line: which command it names, and how what a command throws ends the program.
 #pragma once
 
 #include <string>
@@ -12,6 +12,6 @@ namespace kelctl {
 enum ExitCode { kCallFailed = 1, kLibraryUnusable = 2 };
 
 /// Runs one command line, given without the program's name, and returns the exit code.
-int RunCommandLine(std::vector<std::string> arguments, const OpenLibrary& open, std::ostream& out, std::ostream& err);
+int RunCommandLine(std::vector<std::string> arguments, std::ostream& out, std::ostream& err);
 
 }  // namespace kelctl

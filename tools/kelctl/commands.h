@@ -3,7 +3,6 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -12,18 +11,14 @@
 
 namespace kelctl {
 
-/// Loads the library at a path, or beside kelctl.exe when the path is empty. Throws LibraryError.
-using OpenLibrary = std::function<std::unique_ptr<Library>(const std::string& path)>;
-
 /// What a command works with. Everything outlives the commands.
 struct Session {
-  OpenLibrary open;
   std::ostream& out;
   std::ostream& err;
   std::string libraryPath = {};  // of the option --dll
   int exitCode = 0;              // of a command that ends normally
 
-  std::unique_ptr<Library> OpenTheLibrary() const { return open(libraryPath); }
+  std::unique_ptr<Library> OpenTheLibrary() const { return std::make_unique<Library>(libraryPath); }
 };
 
 /// Each adds one command, whose callback does the work and may throw the errors of errors.h.

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "win/owner.h"
+
 namespace kelctl {
 
 /// A function of unknown type, to be cast to the type of its prototype in KELUtils.h.
@@ -11,16 +13,22 @@ using AnyFunction = void (*)();
 /// A loaded KELUtils library. Texts of kelctl are UTF-8, texts of the exports are in the system's code page.
 class Library {
  public:
-  virtual ~Library() = default;
+  /// Loads the DLL at `path` (UTF-8, relative to the current directory), or KELUtils.dll beside this program when `path`
+  /// is empty. Throws LibraryError.
+  explicit Library(const std::string& path);
 
   /// The export of that name, never null. Throws LibraryError when the library lacks it.
-  virtual AnyFunction Find(const char* exportName) = 0;
+  AnyFunction Find(const char* exportName) const;
 
   /// Throws UsageError when a character of `text` does not exist in the code page.
-  virtual std::string ToCodePage(const std::string& text) = 0;
+  std::string ToCodePage(const std::string& text) const;
 
   /// Bytes that are no character become replacement characters.
-  virtual std::string FromCodePage(const std::string& text) = 0;
+  std::string FromCodePage(const std::string& text) const;
+
+ private:
+  std::string path_;
+  win::ModuleHandle module_;
 };
 
 }  // namespace kelctl

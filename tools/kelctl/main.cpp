@@ -7,7 +7,6 @@
 
 #include "code_page.h"
 #include "command_line.h"
-#include "windows_library.h"
 
 namespace {
 
@@ -37,7 +36,7 @@ std::vector<std::string> Arguments() {
 int main() {
   const Utf8Console console;
   try {
-    return kelctl::RunCommandLine(Arguments(), kelctl::OpenWindowsLibrary, std::cout, std::cerr);
+    return kelctl::RunCommandLine(Arguments(), std::cout, std::cerr);
   } catch (const std::exception& error) {
     std::cerr << "kelctl: " << error.what() << "\n";
     return kelctl::kCallFailed;
