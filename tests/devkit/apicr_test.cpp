@@ -4,7 +4,6 @@
 
 #include <cstring>
 
-#include "folder.h"
 #include "support/product_tree.h"
 
 namespace {
@@ -52,7 +51,7 @@ std::string Sample(std::size_t length) {
 
 TEST_CASE("hashes of a buffer and of a file") {
   const CryptoModule crypto;
-  const Folder folder;
+  const support::Folder folder;
   // The hash of a million times "a" shows that a file is hashed across pieces.
   const std::pair<std::string, const char*> rows[] = {
       {"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
@@ -103,7 +102,7 @@ TEST_CASE("random key blobs are usable and differ") {
 
 TEST_CASE("files are enciphered and deciphered, also in place") {
   const CryptoModule crypto;
-  const Folder folder;
+  const support::Folder folder;
   const std::string plain = folder / "plain", cipher = folder / "cipher";
   for (const std::size_t length : {0, 15, 16, 16383, 16384, 16385, 100000}) {
     CAPTURE(length);
@@ -121,7 +120,7 @@ TEST_CASE("files are enciphered and deciphered, also in place") {
 
 TEST_CASE("whatever goes wrong with a file, the target stays as it was") {
   const CryptoModule crypto;
-  const Folder folder;
+  const support::Folder folder;
   const std::string source = folder / "source", target = folder / "target";
   support::WriteFile(target, "old");
   support::WriteFile(source, Sample(20000));

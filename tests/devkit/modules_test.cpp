@@ -2,12 +2,11 @@
 
 #include "KEAction.h"
 #include "KERegister.h"
-#include "folder.h"
 #include "kelupg/results.h"
 #include "support/product_tree.h"
 
 TEST_CASE("small modules: every call is a line of the bounded log beside the module") {
-  const Folder folder;
+  const support::Folder folder;
   for (const char* file : {"KERegister.dll", "KELUPG.dll"})
     std::filesystem::copy_file(support::BuildFolder() / "devkit" / file, folder / file);
   const support::LoadedDll reload(folder / "KERegister.dll"), action(folder / "KELUPG.dll");

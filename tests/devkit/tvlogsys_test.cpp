@@ -5,7 +5,6 @@
 #include <cstring>
 #include <set>
 
-#include "folder.h"
 #include "support/product_tree.h"
 #include "tvlogsys/results.h"
 
@@ -32,7 +31,7 @@ constexpr int kProcesses = 4, kLines = 150, kLineLength = 23;
 }  // namespace
 
 TEST_CASE("a log keeps the lines up to its level, and those of level 0") {
-  const Folder folder;
+  const support::Folder folder;
   const LogModule log;
   const std::uint32_t handle = log.Open(folder / "a.log", 10, 1000);
   for (const std::uint32_t level : {0u, 9u, 10u, 11u, 20u}) {
@@ -42,7 +41,7 @@ TEST_CASE("a log keeps the lines up to its level, and those of level 0") {
 }
 
 TEST_CASE("a full log file becomes the one older file, unless someone has it open") {
-  const Folder folder;
+  const support::Folder folder;
   const LogModule log;
   const std::uint32_t handle = log.Open(folder / "a.log", 0, 10);
   const std::string large(30, 'L');
@@ -72,7 +71,7 @@ TEST_CASE("a process that logs" * doctest::skip()) {
 }
 
 TEST_CASE("processes that append at once lose and tear no line, also while the file rotates") {
-  const Folder folder;
+  const support::Folder folder;
   const support::EnvironmentVariable path(kPathVariable, (folder / "a.log").c_str());
   char self[MAX_PATH];
   GetModuleFileNameA(nullptr, self, sizeof self);
@@ -89,7 +88,7 @@ TEST_CASE("processes that append at once lose and tear no line, also while the f
 }
 
 TEST_CASE("bad input is refused, long lines are cut, and the last error stays") {
-  const Folder folder;
+  const support::Folder folder;
   const LogModule log;
   const auto configure = CALL(log, LogSys_ConfigureLogFile);
   const auto dump = CALL(log, LogSys_DumpLogFile);

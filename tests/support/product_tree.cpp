@@ -28,35 +28,33 @@ void WriteFile(const fs::path& path, const std::string& content) {
   REQUIRE_MESSAGE(file.good(), path.string());
 }
 
-fs::path NewFolder() {
+Folder::Folder() {
   // Folders of earlier runs may be left: a DLL in use cannot be removed, and process numbers repeat.
   static int count = 0;
-  fs::path folder;
   do {
-    folder = fs::temp_directory_path() / ("kelutils-" + std::to_string(++count));
-  } while (!fs::create_directory(folder));
-  return folder;
+    root_ = fs::temp_directory_path() / ("kelutils-" + std::to_string(++count));
+  } while (!fs::create_directory(root_));
 }
 
-ProductTree::ProductTree() : root_(NewFolder()) {
-  for (const char* folder : {"KELUtils", "Common", "KESAgent", "KELSysCf"}) fs::create_directories(root_ / folder);
-  fs::copy_file(BuildFolder() / "bin" / "KELUtils.dll", root_ / "KELUtils" / "KELUtils.dll");
-  AddDevkit("ApiCr.dll", "KELUtils");
-  AddDevkit("ApiCr.dll", "Common");
-}
-
-ProductTree::~ProductTree() {
+Folder::~Folder() {
   std::error_code ignored;
   fs::remove_all(root_, ignored);
 }
 
+ProductTree::ProductTree() {
+  for (const char* folder : {"KELUtils", "Common", "KESAgent", "KELSysCf"}) fs::create_directories(Path(folder));
+  fs::copy_file(BuildFolder() / "bin" / "KELUtils.dll", Path("KELUtils/KELUtils.dll"));
+  AddDevkit("ApiCr.dll", "KELUtils");
+  AddDevkit("ApiCr.dll", "Common");
+}
+
 void ProductTree::AddDevkit(const std::string& file, const std::string& folder) const {
-  fs::create_directories(root_ / folder);
-  fs::copy_file(BuildFolder() / "devkit" / file, root_ / folder / file, fs::copy_options::overwrite_existing);
+  fs::create_directories(Path(folder));
+  fs::copy_file(BuildFolder() / "devkit" / file, Path(folder) / file, fs::copy_options::overwrite_existing);
 }
 
 void ProductTree::AddFake(const std::string& fake, const std::string& relative) const {
-  const fs::path target = root_ / relative;
+  const fs::path target = Path(relative);
   fs::create_directories(target.parent_path());
   fs::copy_file(TestFolder() / (fake + ".dll"), target, fs::copy_options::overwrite_existing);
 }

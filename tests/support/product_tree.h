@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 namespace support {
@@ -11,9 +12,6 @@ namespace support {
 /// The folder of the running test program, and the folder of the build it belongs to.
 std::filesystem::path TestFolder();
 inline std::filesystem::path BuildFolder() { return TestFolder().parent_path(); }
-
-/// A new empty folder below the temporary folder, for the caller to remove.
-std::filesystem::path NewFolder();
 
 /// Content of a file; empty when it is missing.
 std::string ReadFile(const std::filesystem::path& path);
@@ -27,24 +25,32 @@ struct ProgramRun {
 /// Runs a command line as a user does and waits for its end, for at most a minute.
 ProgramRun RunProgram(std::string commandLine);
 
-/// A product tree below the temporary folder, removed at the end: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and
-/// KELSysCf. The crypto module of the development kit is put where the store and the file codec look for it.
-class ProductTree {
+/// A new empty folder below the temporary folder, removed at the end of the scope.
+class Folder {
  public:
-  ProductTree();
-  ~ProductTree();
-  ProductTree(const ProductTree&) = delete;
-  ProductTree& operator=(const ProductTree&) = delete;
+  Folder();
+  ~Folder();
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
 
   std::filesystem::path Path(const std::string& relative) const { return root_ / relative; }
-  std::filesystem::path Store(const char* name) const { return root_ / "KESAgent" / name; }
+  std::string operator/(const char* name) const { return Path(name).string(); }
+  auto FileCount() const { return std::distance(std::filesystem::directory_iterator(root_), {}); }
+
+ private:
+  std::filesystem::path root_;
+};
+
+/// A product tree: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and KELSysCf. The crypto module of the development
+/// kit is put where the store and the file codec look for it.
+struct ProductTree : Folder {
+  ProductTree();
+
+  std::filesystem::path Store(const char* name) const { return Path("KESAgent") / name; }
 
   /// Copies a DLL of the development kit, or one of the fakes beside the tests, into the tree.
   void AddDevkit(const std::string& file, const std::string& folder) const;
   void AddFake(const std::string& fake, const std::string& relative) const;
-
- private:
-  std::filesystem::path root_;
 };
 
 /// A loaded DLL.
