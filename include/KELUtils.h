@@ -66,6 +66,15 @@ enum {
   KE_UPDATE_FAILED_1567 = 1808          /* the launcher's update exit code 1567 */
 };
 
+/* A proxy: where it is, and who may use it. */
+typedef struct KE_PROXY {
+  char host[256];
+  int32_t port;
+  uint8_t hasCredentials; /* 1 when user and password count, else 0 */
+  char user[256];
+  char password[256];
+} KE_PROXY;
+
 /* ---- Store accessors
  * --------------------
  * The identity and state of the agent live in INTEGRA.DAT, in the KESAgent folder beside the DLL's own folder. Every

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "frame/trace.h"
+#include "frame/waiting.h"
 
 namespace frame {
 namespace {
@@ -29,7 +30,7 @@ KE_RESULT StartAndWait(const SiblingProgram& program, DWORD milliseconds, DWORD 
   const win::Process process = Start(program);
   if (!process) return KE_PROGRAM_NOT_STARTED;
 
-  if (const DWORD waited = process.Wait(milliseconds); waited != WAIT_OBJECT_0) {
+  if (const DWORD waited = WaitForEnd(process, milliseconds); waited != WAIT_OBJECT_0) {
     Trace(kDetail, program.function, "Wait failed [Result = %d]", static_cast<int>(waited));
     return KE_NOT_CREATED;
   }

@@ -1,0 +1,46 @@
+// Plug-ins that other components of the agent host, used by this library for a single call each.
+#pragma once
+
+#include "KELUtils.h"
+#include "KEPlugin.h"
+
+namespace services {
+
+/// A plug-in: where its path is stored, and the code for one that cannot be used.
+struct PluginPlace {
+  const char* folder;    // of the component that hosts it
+  const char* listFile;  // in that folder; its section PLUGINS holds the path
+  const char* key;
+  KE_RESULT unusable;
+};
+
+inline constexpr PluginPlace kRemoteControlPlugin{"KelConf", "Kelconf.ini", "RCM", KE_MODULE_NOT_LOADED};
+inline constexpr PluginPlace kInstallerPlugin{"KelUpg", "KelUpg.ini", "KEC", KE_INSTALLER_PLUGIN_UNUSABLE};
+
+/// The functions of a plug-in; null where it does not offer one.
+struct PluginTable {
+  decltype(&::KE_Initialize) KE_Initialize;
+  decltype(&::KE_Finalize) KE_Finalize;
+  decltype(&::KECONF_SetInfo) KECONF_SetInfo;
+  decltype(&::KEINSTALL_SetInfo) KEINSTALL_SetInfo;
+  decltype(&::KEINSTALL_GetInetConfig) KEINSTALL_GetInetConfig;
+};
+
+/// What is done with an initialised plug-in; answers with the place's code when the plug-in lacks what it needs.
+using PluginUse = KE_RESULT (*)(const PluginTable& plugin, void* context);
+
+/// Loads and initialises the plug-in, has `use(functions, context)` called, finalises and frees it. The result of
+/// `use`; the place's code when the plug-in has no path, cannot be loaded, refuses to initialise, or has no
+/// KE_Finalize. A plug-in that cannot be loaded is traced under `function`.
+KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context);
+
+/// The same for a callable `use(functions)`.
+template <typename Use>
+KE_RESULT UsePlugin(const PluginPlace& place, const char* function, Use use) {
+  return UsePlugin(
+      place, function,
+      [](const PluginTable& plugin, void* context) -> KE_RESULT { return (*static_cast<Use*>(context))(plugin); },
+      &use);
+}
+
+}  // namespace services
