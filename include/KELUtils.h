@@ -140,7 +140,8 @@ KE_RESULT KE_API KE_SetContainer(const char* text);
  *   KE_MISSING_ARGUMENT  key or text is null or empty; nothing was touched */
 KE_RESULT KE_API KE_SetPropertyInIntegra(const char* key, const char* text);
 
-/* Setters of a text that may be empty.
+/* Setters of a text that may be empty. Those of the device identifier and of the remote-control user and password then
+ * tell the plug-ins, as KE_NotifyDeviceID does; what these answer is traced and is not the setter's result.
  *   KE_MISSING_ARGUMENT  text is null; nothing was touched */
 KE_RESULT KE_API KE_SetCustomerId(const char* text);
 KE_RESULT KE_API KE_SetDeviceID(const char* text);
@@ -280,6 +281,122 @@ int32_t KE_API KE_CheckInstallationPassw(const char* password, int32_t stored);
 /* 1 when an uninstall password is configured, else 0: also when the store cannot be read, and when the stored text has
  * more than 2047 characters. No result code. */
 int32_t KE_API KE_IsNeededInstallationPassw(void);
+
+/* ---- Launcher operations
+ * ------------------------
+ * Work that is handed to the launcher module (KELMNAPI.dll, in the Common folder beside the DLL's own), to plug-ins and
+ * to the installer helper. The launcher is bound once per process: callers keep its exports from running at the same
+ * time. */
+
+/* Has the launcher send the report. Always KE_SUCCESS; failures are traced. The launcher is also looked for in the
+ * DLL's own directory. */
+KE_RESULT KE_API KE_SendReport(void);
+
+/* Has the launcher apply the local remote-control configuration. Always KE_SUCCESS; failures are traced. */
+KE_RESULT KE_API KE_AplyLocalRCMCfg(void);
+
+/* Has the launcher update the agent now. After a first update that ended well, it is told every 20 seconds to
+ * continue, for as long as it answers that there is more to do (exit code 1559); the call blocks meanwhile. The result
+ * is what the launcher returned to the first call.
+ *   KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded */
+KE_RESULT KE_API KE_UpdateNow(void);
+
+/* The same, with two values that are the launcher's business. The result is the exit code that ended the update, with
+ * codes of this library for some:
+ *   KE_UPDATE_FAILED_...    the exit codes 1566, 1558, 1565, 5000 and 1567
+ *   KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded
+ *   else the exit code as it stands; without a positive one from the first call, what the launcher returned */
+KE_RESULT KE_API KE_UpdateNowEx(uint32_t first, uint32_t second);
+
+/* A value of the update settings, KesLpMng\UPDNW.DAT: as GetPrivateProfileString reads it into buffer (bufferSize in
+ * bytes), def when it is missing. A null buffer or a size of 0 reads nothing. Always KE_SUCCESS. */
+KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, const char* def, char* buffer,
+                                       uint32_t bufferSize);
+
+/* Sets a value of the update settings, as WritePrivateProfileString does: a null value removes the key, a null key the
+ * section. With a non-zero onlyIfExists a missing file is not created. Always KE_SUCCESS. */
+KE_RESULT KE_API KE_SetUpdateNowConfig(const char* section, const char* key, const char* value, uint32_t onlyIfExists);
+
+/* Whether the agent may be installed beside other products: stored in decimal in KelUpg\KelUpg.ini. A failed write is
+ * not told.
+ *   KE_NOT_CREATED  the DLL's directory is unknown */
+KE_RESULT KE_API KE_SetNoCheckAVValue(int32_t value);
+
+/* Tells the stored device identifier to the plug-ins: to both (target 0), to the installer plug-in (1) or to the
+ * remote-control plug-in (2). May also return the codes of KE_GetDeviceID; identifiers have up to 37 characters.
+ *   KE_MISSING_ARGUMENT           target is none of these
+ *   KE_INSTALLER_PLUGIN_UNUSABLE  the installer plug-in has no path, or cannot be loaded or initialised
+ *   KE_MODULE_NOT_LOADED          the same for the remote-control plug-in
+ *   else what the plug-in returned; of two failures the installer plug-in's */
+KE_RESULT KE_API KE_NotifyDeviceID(int32_t target);
+
+/* Starts the installer helper, KepWInst.exe, from its own folder or from the DLL's directory, and does not wait for it.
+ *   KE_INSTALL_HELPER_NOT_STARTED  it could not be started */
+KE_RESULT KE_API KE_LaunchKEPWInst(void);
+
+/* ---- Scheduling
+ * ---------------
+ * Jobs are kept by the scheduler, the program zumat in the folder Scheduler beside the DLL's own folder, or in the
+ * DLL's own. Each export runs it with one or more command lines, of at most 8198 characters each, and waits for it: up
+ * to 90 seconds per command. Nothing is repeated, and nothing undone. Unless said otherwise they may return:
+ *   KE_SCHEDULER_NOT_STARTED  the scheduler is missing or no program, or the DLL's directory is unknown
+ *   KE_SCHEDULER_FAILED       it ended with an exit code other than 0
+ *   KE_SCHEDULER_TIMEOUT      it did not end in time, and was left running
+ *
+ * A job names the program that the scheduler starts, such as "KEPLPMNG", the module that runs under it and the module's
+ * arguments; null texts are empty. Its task ID names it for later changes. No text may contain a double quote. */
+
+/* A job at a fixed day and time, both in the scheduler's own notation. It is added, never changed.
+ *   KE_MISSING_ARGUMENT  module is null or empty
+ *   KE_OUT_OF_RANGE      startDay or startTime is null, or taskId is below 1 */
+KE_RESULT KE_API KE_SetTask(const char* program, const char* module, const char* arguments, int32_t taskId,
+                            const char* startDay, const char* startTime);
+
+/* A periodic job, created or redefined. Periods of a week or more, and of a day or more, are cut to whole weeks or days;
+ * a shorter one runs on all days or, with a non-zero randomWeekday, on one from Monday to Friday that is drawn. Then the
+ * boot jobs of the module are activated.
+ *   KE_OUT_OF_RANGE      periodMinutes or taskId is below 1
+ *   KE_MISSING_ARGUMENT  module is null or empty; the job is written all the same */
+KE_RESULT KE_API KE_SetPeriodicTask(const char* program, const char* module, const char* arguments, int32_t taskId,
+                                    int32_t periodMinutes, int32_t randomWeekday);
+
+/* A periodic job of the plug-in manager that starts within a window of the day, in minutes since midnight, which is
+ * brought between 00:29 and 23:59. Then the boot jobs of the module are deactivated.
+ *   KE_MISSING_ARGUMENT  module is null or empty
+ *   KE_OUT_OF_RANGE      periodMinutes or taskId is below 1, a minute is negative, or endMinute is before startMinute */
+KE_RESULT KE_API KE_SetPeriodicTaskEx(const char* module, const char* arguments, int32_t taskId, int32_t periodMinutes,
+                                      int32_t startMinute, int32_t endMinute, int32_t randomWeekday);
+
+/* The same with a recurrence in the scheduler's own notation, periodicData, in place of the period, which is only
+ * checked. A window of which one end is 0 is left out. Codes as above. */
+KE_RESULT KE_API KE_SetPeriodicTaskRangeDate(const char* module, const char* arguments, int32_t taskId,
+                                             int32_t periodMinutes, int32_t startMinute, int32_t endMinute,
+                                             const char* periodicData);
+
+/* Has the plug-in manager run a command once, delaySeconds after the next boot. *result is set to 0 and means nothing.
+ *   KE_OUT_OF_RANGE           command is null or empty, delaySeconds is negative, or result is null; *result stays
+ *   KE_SCHEDULER_NOT_STARTED  any failure of the scheduler */
+KE_RESULT KE_API KE_ScheduleTaskReboot(const char* command, int32_t delaySeconds, uint32_t* result);
+
+/* Does nothing; KE_SUCCESS. */
+KE_RESULT KE_API KE_RemoveScheduleTaskReboot(uint32_t unused);
+
+/* Schedules all jobs of the agent, other ones for an integrated computer than for one that is not, and starts the
+ * installer helper. Some 25 commands. The last failure counts.
+ *   KE_INSTALL_HELPER_NOT_STARTED  the installer helper could not be started */
+KE_RESULT KE_API KE_ScheduleDefaultTasks(void);
+
+/* Completes an upgrade: on a computer that is not integrated runs the integration test and waits for it, up to three
+ * minutes; schedules the jobs anew; stores the version when resultCode, that of the platform's installer, is 0 or 3010;
+ * has the plug-in manager do the rest; keeps the store as its own start copy. Only the storing of the version and the
+ * start of the plug-in manager can fail; the scheduler's failures are traced.
+ *   KE_PROGRAM_NOT_STARTED  the plug-in manager could not be started
+ *   else the codes of KE_SetAgentVersion */
+KE_RESULT KE_API KE_UpgradeComplete(uint32_t resultCode, const char* version);
+
+/* Has the plug-in manager complete the upgrade, and does not wait for it. Its arguments are cut at 1023 characters.
+ *   KE_PROGRAM_NOT_STARTED  the plug-in manager could not be started */
+KE_RESULT KE_API KE_ScheduleUpgradeComplete(int32_t resultCode, const char* version);
 
 #ifdef __cplusplus
 }

@@ -7,6 +7,7 @@
 #include "frame/decimal.h"
 #include "frame/export_call.h"
 #include "frame/text.h"
+#include "services/plugin_notification.h"
 #include "store/ini_store.h"
 #include "store/integra_store.h"
 
@@ -81,6 +82,21 @@ bool IsRefused(const char* text, TextRefused refused) noexcept {
   return true;
 }
 
+// Tells the plug-ins about a changed value.
+KE_RESULT TellPlugins(PluginValue value, const char* text) {
+  switch (value) {
+    case PluginValue::kUser:
+      return services::NotificarUserRCM(text);
+    case PluginValue::kPassword:
+      return services::NotificarPasswordRCM(text);
+    case PluginValue::kDeviceId:
+      return services::NotificarDeviceID(text);
+    case PluginValue::kNone:
+      break;
+  }
+  return KE_SUCCESS;
+}
+
 }  // namespace
 
 const std::string* FindValue(const char* section, const char* key) {
@@ -103,9 +119,14 @@ KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexce
 }
 
 KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
-  return ExportCall(row.exportName.data(), [&](Export&) -> KE_RESULT {
+  return ExportCall(row.exportName.data(), [&](Export& self) -> KE_RESULT {
     if (IsRefused(text, row.refused)) return KE_MISSING_ARGUMENT;
-    return StoreText(row.section, row.key, text ? text : "");
+    const KE_RESULT result = StoreText(row.section, row.key, text ? text : "");
+    if (result == KE_SUCCESS && row.told != PluginValue::kNone) {
+      const KE_RESULT told = TellPlugins(row.told, text);  // without the lock: a plug-in may call back
+      Trace(frame::kDetail, self.name, "Plug-ins notified. Return code (%i)", static_cast<int>(told));
+    }
+    return result;
   });
 }
 

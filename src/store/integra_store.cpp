@@ -150,15 +150,15 @@ KE_RESULT ReadUnderLock(const StorePaths& paths) {
   return KE_SUCCESS;
 }
 
-// True when the backup holds a whole store.
-bool BackupIsWhole(const StorePaths& paths) {
-  const win::FileHandle file = win::OpenForUpdate(paths.Backup());
+// True when a file of the store holds a whole one.
+bool IsWhole(const std::string& path, const StorePaths& paths) {
+  const win::FileHandle file = win::OpenForUpdate(path);
   if (!file) return false;
   auto content = ReadContent(file);
   if (!content || DecipherContent(*content, paths.CryptoFolder().c_str()) != Deciphering::kDone) return false;
-  IniStore backup;
-  ParseIni(*content, backup);
-  return backup.sections.size() >= kFewestSections;
+  IniStore store;
+  ParseIni(*content, store);
+  return store.sections.size() >= kFewestSections;
 }
 
 KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
@@ -171,7 +171,7 @@ KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
   const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), function);
   // Sections are never taken out of a store. One that has too few, while its backup has them all, has lost them by
   // damage: the backup is then the last good copy.
-  const bool keepBackup = StoreIsDamaged() && BackupIsWhole(paths);
+  const bool keepBackup = StoreIsDamaged() && IsWhole(backup, paths);
   win::FileHandle file = win::CreateForUpdate(live);
   if (!file) return KE_STORE_UNUSABLE;
   const bool good = WriteContent(file, content, function);
@@ -230,6 +230,14 @@ KE_RESULT WriteIntegraDat() {
 KE_RESULT RestoreIntegraDat() { return Restore(__func__, &StorePaths::Backup); }
 
 KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start); }
+
+KE_RESULT KeepAsStartCopy() {
+  return WithStoreLocked(__func__, [](const StorePaths& paths) -> KE_RESULT {
+    const std::string live = paths.Live(), start = paths.Start();
+    if (!IsWhole(live, paths) && IsWhole(start, paths)) return KE_STORE_UNUSABLE;
+    return win::CopyOver(live, start) ? KE_SUCCESS : KE_STORE_UNUSABLE;
+  });
+}
 
 void CheckIntegrity() {
   char certificate[512] = {};

@@ -8,6 +8,7 @@
 #include "frame/process_action.h"
 #include "frame/sibling_program.h"
 #include "frame/trace.h"
+#include "support/handles.h"
 #include "support/inner_module.h"
 
 namespace {
@@ -57,14 +58,6 @@ struct Sink : frame::ILogSink {
   std::wstring lines;
 };
 
-// The platform's own count is always 0 under Wine.
-DWORD OpenHandles() {
-  DWORD count = 0, flags = 0;
-  for (std::uintptr_t value = 4; value < 0x4000; value += 4)
-    count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0;
-  return count;
-}
-
 }  // namespace
 
 TEST_CASE("sink: levels decide what is written, and long texts are cut") {
@@ -107,7 +100,7 @@ TEST_CASE("LanzarProceso: command line, result, handles and sink lines") {
     CHECK(frame::LanzarProceso(nullptr, Wide(tree.own).c_str(), L"-sleep", nullptr, false, nullptr, 0, 0) == 0);
     const frame::SiblingProgram sibling{"KE_Ask", "a -exit:1", {.application = tree.own.c_str()}};
     CHECK(frame::StartAndWait(sibling, INFINITE, 2, count) == KE_SUCCESS);
-    count = OpenHandles();
+    count = support::OpenHandles();
   }
   CHECK(handles[2] == handles[0]);
 }

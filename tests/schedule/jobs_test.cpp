@@ -1,0 +1,231 @@
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "KELUtils.h"
+#include "frame/trace.h"
+#include "schedule/jobs.h"
+#include "schedule/scheduler.h"
+#include "support/agent_tree.h"
+#include "support/handles.h"
+#include "support/recorded_program.h"
+
+using schedule::CallZumAT;
+using support::AgentTree;
+using support::HeldTime;
+using support::RecordedProgram;
+
+namespace {
+
+constexpr char kScheduler[] = "Scheduler/zumat.exe";
+
+// What adding and then editing a job writes.
+std::string Twice(const std::string& taskId, const std::string& rest) {
+  return "-TaskID:" + taskId + " -addjob:" + rest + "\n-TaskID:" + taskId + " -editjob:0:" + rest + "\n";
+}
+
+void Integrate(const AgentTree&) {
+  const KE_TIME time{};
+  REQUIRE(KE_SetDeviceID("device") == KE_SUCCESS);
+  REQUIRE(KE_Integrate(&time) == KE_SUCCESS);
+}
+
+}  // namespace
+
+TEST_CASE("scheduler: its two places, its answers, and the command line that reaches it") {
+  const AgentTree tree;
+  const frame::TraceScope scope;
+  CHECK(CallZumAT("") == KE_MISSING_ARGUMENT);
+  CHECK(CallZumAT("zumat") == KE_BAD_SCHEDULER_COMMAND);
+  CHECK(CallZumAT("zumat\t-x") == KE_BAD_SCHEDULER_COMMAND);
+  CHECK(CallZumAT("zumat -x") == KE_SCHEDULER_NOT_STARTED);
+  CHECK(tree.Traced("CallZumAT;\"Function end. Return code (1786)\""));
+  const RecordedProgram second(tree, "KELUtils/zumat.exe");
+  CHECK(CallZumAT("zumat -x  y ") == KE_SUCCESS);
+  CHECK(second.Lines() == "-x  y \n");
+  std::filesystem::create_directories(tree.Path("Scheduler"));
+  support::WriteFile(tree.Path(kScheduler), "no program");
+  CHECK(CallZumAT("zumat -x") == KE_SUCCESS);
+  CHECK(second.Lines() == "-x\n");
+  std::filesystem::remove(tree.Path(kScheduler));
+
+  const RecordedProgram first(tree, kScheduler);
+  CHECK(CallZumAT("zumat\t-x y") == KE_SUCCESS);
+  CHECK(HeldTime::waited == 90000);
+  CHECK(first.Lines().find("zumat\"\t-x y\n") != std::string::npos);
+  const std::string start = "\"" + tree.Path("KELUtils").string() + "\\..\\Scheduler\\zumat\" ";
+  CHECK(CallZumAT("zumat " + std::string(9000, 'x')) == KE_SUCCESS);
+  CHECK(first.Lines() == std::string(8198 - start.size(), 'x') + "\n");
+  for (const int exitCode : {1, 3, 259, -1}) {
+    first.EndWith(exitCode);
+    CHECK(CallZumAT("zumat -x") == KE_SCHEDULER_FAILED);
+  }
+  CHECK(tree.Traced("CallZumAT;\"ZumAt finished with exit code: 3\""));
+  HeldTime::inTime = false;
+  CHECK(CallZumAT("zumat -x") == KE_SCHEDULER_TIMEOUT);
+  CHECK(second.Lines().empty());
+}
+
+TEST_CASE("scheduler: 1,000 commands, whatever comes of them, leave no handle behind") {
+  const AgentTree tree;
+  const RecordedProgram program(tree, kScheduler);
+  support::WriteFile(tree.Path("Scheduler/text.exe"), "no program");
+  const auto round = [&] {
+    HeldTime::inTime = true;
+    program.EndWith(0);
+    CHECK(CallZumAT("zumat -x") == KE_SUCCESS);
+    CHECK(CallZumAT("none -x") == KE_SCHEDULER_NOT_STARTED);
+    CHECK(CallZumAT("text -x") == KE_SCHEDULER_NOT_STARTED);
+    program.EndWith(7);
+    CHECK(CallZumAT("zumat -x") == KE_SCHEDULER_FAILED);
+    HeldTime::inTime = false;
+    CHECK(CallZumAT("zumat -x") == KE_SCHEDULER_TIMEOUT);
+  };
+  round();
+  const unsigned long before = support::OpenHandles();
+  for (int i = 0; i < 200; ++i) round();
+  CHECK(support::OpenHandles() <= before);
+}
+
+TEST_CASE("jobs: what each export writes, and what it refuses") {
+  const AgentTree tree;
+  const RecordedProgram scheduler(tree, kScheduler);
+  HeldTime::random = 8;  // Thursday
+  const auto check = [&](KE_RESULT result, KE_RESULT expected, const std::string& lines) {
+    CHECK(result == expected);
+    CHECK(scheduler.Lines() == lines);
+  };
+  check(KE_SetTask("P", "M", "-a", 3, "1/1", "10:00"), 0,
+        "-TaskID:3 -addjob:P:\"M -a\" -StartDay:1/1 -StartTime:10:00\n");
+  check(KE_SetTask(nullptr, "M", nullptr, 3, "", ""), 0, "-TaskID:3 -addjob::\"M\" -StartDay: -StartTime:\n");
+  check(KE_SetTask("P", "", "-a", 0, nullptr, nullptr), KE_MISSING_ARGUMENT, "");
+  check(KE_SetTask("P", "M", "-a", 3, nullptr, "10:00"), KE_OUT_OF_RANGE, "");
+  check(KE_SetTask("P", "M", "-a", 3, "1/1", nullptr), KE_OUT_OF_RANGE, "");
+  check(KE_SetTask("P", "M", "-a", 0, "1/1", "10:00"), KE_OUT_OF_RANGE, "");
+
+  const std::string spread = " -EveryHoursMins:1:0 -Every:Th -StartTime:00:04 -StartTimeRnd:01:03";
+  check(KE_SetPeriodicTask("P", "kelupd", "-a", 4, 60, 1), 0,
+        Twice("4", "P:\"kelupd -a\"" + spread) + "-TaskID:8 -activate:0\n");
+  check(KE_SetPeriodicTask("P", "", "-a", 4, 60, 1), KE_MISSING_ARGUMENT, Twice("4", "P:\" -a\"" + spread));
+  check(KE_SetPeriodicTask("P", "M", "", 4, 0, 1), KE_OUT_OF_RANGE, "");
+  check(KE_SetPeriodicTask("P", "M", "", 0, 1, 1), KE_OUT_OF_RANGE, "");
+
+  check(KE_SetPeriodicTaskEx("KELSNET", "", 4, 1440, 0, 60, 0), 0,
+        Twice("4", "KEPLPMNG:\"KELSNET\" -Every:Days:1 -StartTime:00:29 -StartTimeRnd:01:00") +
+            "-TaskID:14 -deactivate:0\n");
+  check(KE_SetPeriodicTaskRangeDate("M", "-a", 4, 1, 600, 700, "-Every:M"), 0,
+        Twice("4", "KEPLPMNG:\"M -a\" -Every:M -StartTime:10:00 -StartTimeRnd:11:40"));
+  check(KE_SetPeriodicTaskRangeDate("M", "-a", 4, 1, 0, 700, nullptr), 0, Twice("4", "KEPLPMNG:\"M -a\" "));
+  struct Windowed {
+    const char* module;
+    int32_t taskId, period, start, end;
+    KE_RESULT expected;
+  };
+  const Windowed refused[] = {{"", 0, 0, -1, -1, KE_MISSING_ARGUMENT},  {nullptr, 1, 1, 1, 1, KE_MISSING_ARGUMENT},
+                              {"KELSNET", 1, 0, 1, 1, KE_OUT_OF_RANGE}, {"KELSNET", 1, 1, -1, 1, KE_OUT_OF_RANGE},
+                              {"KELSNET", 1, 1, 2, 1, KE_OUT_OF_RANGE}, {"KELSNET", 0, 1, 1, 1, KE_OUT_OF_RANGE}};
+  for (const Windowed& row : refused) {
+    check(KE_SetPeriodicTaskEx(row.module, "", row.taskId, row.period, row.start, row.end, 0), row.expected, "");
+    check(KE_SetPeriodicTaskRangeDate(row.module, "", row.taskId, row.period, row.start, row.end, ""), row.expected,
+          "");
+  }
+
+  uint32_t word = 7;
+  check(KE_ScheduleTaskReboot("", 1, &word), KE_OUT_OF_RANGE, "");
+  check(KE_ScheduleTaskReboot("c", -1, &word), KE_OUT_OF_RANGE, "");
+  check(KE_ScheduleTaskReboot("c", 1, nullptr), KE_OUT_OF_RANGE, "");
+  CHECK(word == 7);
+  check(KE_ScheduleTaskReboot("KELUPG -X", 0, &word), 0, "-addjob:KEPLPMNG:\"KELUPG -X\" -Next:Boot:0\n");
+  CHECK(word == 0);
+  check(KE_RemoveScheduleTaskReboot(1), 0, "");
+  check(schedule::KE_DeleteSheduledTask(0), KE_MISSING_ARGUMENT, "");
+
+  scheduler.EndWith(3);
+  check(KE_ScheduleTaskReboot("c", 1, &word), KE_SCHEDULER_NOT_STARTED, "-addjob:KEPLPMNG:\"c\" -Next:Boot:1\n");
+  check(schedule::KE_ActivateRebootTasks("KELUPD"), 0, "-TaskID:8 -activate:0\n");
+  check(schedule::KE_DeactivateRebootTasks("KELUPD"), KE_SCHEDULER_FAILED, "-TaskID:8 -deactivate:0\n");
+  check(schedule::KE_DeactivateRebootTasks(""), KE_MISSING_ARGUMENT, "");
+}
+
+TEST_CASE("default tasks: the jobs of a computer that is not integrated, and of one that is") {
+  const AgentTree tree;
+  const RecordedProgram scheduler(tree, kScheduler), helper(tree, "KepWInst/KepWInst.exe");
+  const std::string all = " -Every:Su,M,T,W,Th,F,S -StartTime:";
+  const auto expected = [&](bool integrated, int delay) {
+    return Twice("8", "KEPLPMNG:\"KELUPD\" -Every:Boot:" + std::to_string(delay)) +
+           Twice("13", "KEPWINST:\" -FORCE\" -Every:Boot:90") +
+           Twice("14", "KEPLPMNG:\"KELSNET -CONTINUE\" -Every:Boot:300") +
+           (integrated ? Twice("2", "KEPLPMNG:\"KELTEST\" -EveryHoursMins:1:0" + all + "00:02 -StartTimeRnd:01:01")
+                       : Twice("2", "KEPLPMNG:\"KELTEST\" -EveryHoursMins:0:5" + all + "00:02 -StartTimeRnd:00:29")) +
+           Twice("4",
+                 "KEPLPMNG:\"KELQTINE -A:GETINFO\" -EveryHoursMins:1:0 -Every:M -StartTime:00:04 -StartTimeRnd:01:03") +
+           Twice("12", "KEPLPMNG:\"KELREPORT -R\" -EveryHoursMins:1:0" + all + "00:12 -StartTimeRnd:01:11") +
+           Twice("7", "KEPLPMNG:\"KELCONF\" -EveryHoursMins:1:0" + all + "00:07 -StartTimeRnd:01:06") +
+           Twice("9", "KEPLPMNG:\"KELUPD\" -EveryHoursMins:1:0" + all + "00:09 -StartTimeRnd:01:08") +
+           "-TaskID:8 -activate:0\n" +
+           Twice("11", "KEPLPMNG:\"KELUPG -CONTINUE\" -EveryHoursMins:1:0" + all + "00:11 -StartTimeRnd:01:10") +
+           Twice("15", "KEPLPMNG:\"KELREPORT -M\" -EveryHoursMins:1:0" + all + "00:00 -StartTimeRnd:00:59") +
+           (integrated ? Twice("16", "KEPLPMNG:\"KELNTF\" -EveryHoursMins:0:15" + all + "00:01 -StartTimeRnd:00:29")
+                       : "");
+  };
+  HeldTime::random = 0;
+  CHECK(KE_ScheduleDefaultTasks() == KE_SUCCESS);
+  CHECK(scheduler.Lines() == expected(false, 300));
+  CHECK(helper.LateLines() == "-FORCE\n");
+  Integrate(tree);
+  HeldTime::random = 32765;  // a Monday, and all but the longest delay
+  scheduler.EndWith(5);
+  CHECK(KE_ScheduleDefaultTasks() == KE_SCHEDULER_FAILED);
+  CHECK(scheduler.Lines() == expected(true, 3600));
+  CHECK(helper.LateLines() == "-FORCE\n");
+  helper.Remove();
+  CHECK(KE_ScheduleDefaultTasks() == KE_INSTALL_HELPER_NOT_STARTED);
+}
+
+TEST_CASE("upgrade: every step runs, in order, and only the last two count") {
+  const AgentTree tree;
+  const RecordedProgram scheduler(tree, kScheduler), manager(tree, "KesLpmng/KEPLPMNG.exe");
+  const std::string whole = "[INTEGRATION]\r\nCERTIFICATE=c\r\n[AGENT]\r\n[INSTALL]\r\n[AGENTRCM]\r\n";
+  support::WriteFile(tree.Store("INTEGRA.DAT"), whole);
+  HeldTime::random = 0;
+  scheduler.EndWith(4);
+  CHECK(KE_UpgradeComplete(3010, "2.0") == KE_SUCCESS);
+  std::string lines = scheduler.Lines();
+  CHECK(lines.find("-TaskID:8 ") < lines.find("-TaskID:2 "));
+  CHECK(lines.find("-DeleteJob -TaskID:5 -YES\n-TaskID:15 -addjob") != std::string::npos);
+  CHECK(lines.find("-TaskID:4 -addjob", lines.find("-TaskID:15 ")) < lines.find("-DeleteJob"));
+  for (const char* failure : {"Reprogramming ZUMat task error, not possible edit KELUpdTask [TaskId:8]",
+                              "Reprogramming ZUMat periodic tasks error",
+                              "Reprogramming ZUMat task error, not possible edit KELQtineTask [TaskId:4]",
+                              "Deleting ZUMat task error, not possible delete KELReportTask -S [TaskId:5]",
+                              "Reprogramming ZUMat task error, not possible edit KELReportTask [TaskId:15]"}) {
+    CHECK(tree.Traced("KE_UpgradeComplete;\"" + std::string(failure) + " - Error Code: 1787\""));
+  }
+  CHECK(HeldTime::waited == 90000);
+  CHECK(manager.LateLines(2) == "KELTest -FORCE \nKELUpg -FORCE -CONTINUE -UPGCOMPLETE:3010 -VERSION:2.0\n");
+  char version[16] = {};
+  CHECK(KE_GetAgentVersion(version, sizeof version) == KE_SUCCESS);
+  CHECK(std::string(version) == "2.0");
+  CHECK(support::ReadFile(tree.Store("INTEGRA.START")) == support::ReadFile(tree.Store("INTEGRA.DAT")));
+
+  Integrate(tree);
+  CHECK(KE_UpgradeComplete(1603, "3.0") == KE_SUCCESS);
+  CHECK(manager.LateLines() == "KELUpg -FORCE -CONTINUE -UPGCOMPLETE:1603 -VERSION:3.0\n");
+  CHECK(tree.Traced("IntegrateComputerKelTest;\"We are integrated, no need to launch keltest\""));
+  CHECK(KE_GetAgentVersion(version, sizeof version) == KE_SUCCESS);
+  CHECK(std::string(version) == "2.0");
+  CHECK(KE_UpgradeComplete(0, "") == KE_MISSING_ARGUMENT);
+  CHECK(KE_ScheduleUpgradeComplete(-1, std::string(1100, 'v').c_str()) == KE_SUCCESS);
+  CHECK(manager.LateLines().size() == 1023 + 1);
+  manager.Remove();
+  CHECK(KE_UpgradeComplete(0, "3.0") == KE_PROGRAM_NOT_STARTED);
+
+  // Neither a damaged store nor one in use replaces a whole start copy.
+  support::WriteFile(tree.Store("INTEGRA.START"), whole);
+  support::WriteFile(tree.Store("INTEGRA.DAT"), "[AGENT]\r\nID=left\r\n");
+  CHECK(store::KeepAsStartCopy() == KE_STORE_UNUSABLE);
+  const support::LockedFile inUse(tree.Store("INTEGRA.DAT"));
+  KE_UpgradeComplete(1603, "3.0");
+  CHECK(tree.Traced("KE_UpgradeComplete;\"Error copying from Integra.start\""));
+  CHECK(support::ReadFile(tree.Store("INTEGRA.START")) == whole);
+}
