@@ -6,13 +6,14 @@
 
 #include "cng.h"
 #include "file_cipher.h"
-#include "files.h"
 #include "key_blob.h"
+#include "sharedfile/replacement.h"
 
 namespace apicr {
 namespace {
 
 using namespace std::string_view_literals;
+using namespace sharedfile;
 
 constexpr std::uint32_t kVersion = 1u << 16 | 0u;
 

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
-#include "files.h"
 #include "key_blob.h"
+#include "sharedfile/replacement.h"
 
 namespace apicr {
 namespace {
 
 using namespace std::string_view_literals;
+using namespace sharedfile;
 
 constexpr char kMagic[8] = {'A', 'p', 'i', 'C', 'r', 'F', '0', '1'};
 constexpr std::size_t kPieceSize = 16 * 1024;

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "KEAction.h"
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 #include "settings/own_settings.h"
 #include "win/file.h"
 #include "win/owner.h"
@@ -49,7 +49,7 @@ Outcome CallAction(const std::string& path, std::uint32_t second) {
 
 Outcome RunComponent(const ComponentCommand& command, std::uint32_t second) {
   char ownFolder[MAX_PATH];
-  if (!logfile::FindBeside("", ownFolder)) return {kNoComponent, {}};
+  if (!sharedfile::FindBeside("", ownFolder)) return {kNoComponent, {}};
   const std::string stem = StemOf(ownFolder, command.component), program = stem + ".exe", module = stem + ".dll";
   if (win::Exists(program)) return RunProgram(program, command.rest);
   return win::Exists(module) ? CallAction(module, second) : Outcome{kNoComponent, {}};

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "logfile/log_file.h"
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 #include "win/last_error.h"
 
 namespace logfile {
@@ -13,7 +13,7 @@ constexpr std::uint32_t kMaximumSize = 64 * 1024;
 
 bool LocateLog(LogFile& file) noexcept {
   char path[MAX_PATH];
-  return FindWithExtension(".log", path) && Locate(path, sizeof path, kMaximumSize, file);
+  return sharedfile::FindWithExtension(".log", path) && Locate(path, sizeof path, kMaximumSize, file);
 }
 
 }  // namespace
@@ -22,7 +22,7 @@ bool LogBesideModule(const char* text) noexcept {
   const win::KeptLastError keep;
   char module[MAX_PATH];
   LogFile file;
-  if (!FindOwnPath(module) || !LocateLog(file)) return false;
+  if (!sharedfile::FindOwnPath(module) || !LocateLog(file)) return false;
   SYSTEMTIME now;
   GetLocalTime(&now);
   char line[1024];

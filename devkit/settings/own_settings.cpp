@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 #include "settings/numbers.h"
 #include "win/last_error.h"
 #include "win/wipe.h"
@@ -13,7 +13,7 @@ Reading ReadText(const char* section, const char* key, char* text, std::size_t s
   const win::KeptLastError kept;
   text[0] = '\0';
   char path[MAX_PATH];
-  if (!logfile::FindWithExtension(".ini", path)) return Reading::kUnusable;
+  if (!sharedfile::FindWithExtension(".ini", path)) return Reading::kUnusable;
   // The platform cuts what does not fit: one byte more than the longest text shows that it did.
   char value[kLongestText + 2];
   const win::WipeAtEnd wipe(value, sizeof value);

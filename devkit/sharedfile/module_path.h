@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-namespace logfile {
+namespace sharedfile {
 
 /// The full path of the module itself. False when it is too long.
 bool FindOwnPath(char (&path)[MAX_PATH]) noexcept;
@@ -15,4 +15,4 @@ bool FindWithExtension(const char* extension, char (&path)[MAX_PATH]) noexcept;
 /// The path of the file `name` in the module's folder. False when it is too long.
 bool FindBeside(const char* name, char (&path)[MAX_PATH]) noexcept;
 
-}  // namespace logfile
+}  // namespace sharedfile

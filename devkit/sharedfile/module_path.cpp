@@ -1,9 +1,9 @@
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 
 #include <cstdio>
 #include <cstring>
 
-namespace logfile {
+namespace sharedfile {
 namespace {
 
 /// Puts `tail` where `end` points to in the path; false when that does not fit.
@@ -39,4 +39,4 @@ bool FindBeside(const char* name, char (&path)[MAX_PATH]) noexcept {
   return FindOwnPath(path) && Replace(path, NameIn(path), name);
 }
 
-}  // namespace logfile
+}  // namespace sharedfile

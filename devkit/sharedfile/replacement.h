@@ -7,7 +7,7 @@
 
 #include "win/owner.h"
 
-namespace apicr {
+namespace sharedfile {
 
 /// Opens an existing file for reading. Nobody can write to it meanwhile.
 win::FileHandle OpenSource(const char* path) noexcept;
@@ -34,4 +34,4 @@ class Replacement {
   win::FileHandle file_;
 };
 
-}  // namespace apicr
+}  // namespace sharedfile

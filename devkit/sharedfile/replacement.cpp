@@ -1,8 +1,8 @@
-#include "files.h"
+#include "sharedfile/replacement.h"
 
 #include <cstring>
 
-namespace apicr {
+namespace sharedfile {
 
 win::FileHandle OpenSource(const char* path) noexcept {
   return win::FileHandle(
@@ -25,7 +25,7 @@ Replacement::Replacement(const char* target) noexcept {
   if (length == 0 || length >= sizeof target_ || name == nullptr) return;
   char folder[MAX_PATH] = {};
   std::memcpy(folder, target_, static_cast<std::size_t>(name - target_));
-  if (GetTempFileNameA(folder, "acr", 0, path_) == 0) {
+  if (GetTempFileNameA(folder, "new", 0, path_) == 0) {
     path_[0] = '\0';
     return;
   }
@@ -50,4 +50,4 @@ bool Replacement::PutInPlace() noexcept {
   return true;
 }
 
-}  // namespace apicr
+}  // namespace sharedfile
