@@ -18,11 +18,42 @@ int KE_SIBLING_CALL KE_AGAPI_Initialize(void);
 int KE_SIBLING_CALL KE_AGAPI_Finalize(void);
 
 /* Reads or writes a configuration record as a whole; 0 on success. Class and item select the record, size is its size
- * in bytes. */
+ * in bytes. KELUtils uses the items of one class that are named here. */
 uint32_t KE_SIBLING_CALL KE_AGAPI_GetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 
-/* Reads or writes the proxy record of 532 bytes; 0 on success. */
+enum {
+  KE_AGENT_CONFIG_CLASS = 1,
+  KE_AGENT_PROXY_ITEM = 7,        /* a KE_AGENT_PROXY_RECORD */
+  KE_AGENT_STATIC_PROXY_ITEM = 10 /* a KE_STATIC_PROXY_RECORD */
+};
+
+/* The proxy of the agent: 532 bytes. Texts end in a zero; what is not used is zero. */
+typedef struct KE_AGENT_PROXY_RECORD {
+  uint32_t flags;    /* a sum of the values below */
+  uint8_t inUse;     /* 1: the proxy is in use */
+  char address[256]; /* host, ":" and port */
+  char user[128];    /* in UTF-8 */
+  char password[128];
+  uint8_t reserved[15];
+} KE_AGENT_PROXY_RECORD;
+
+enum { KE_PROXY_IN_USE = 1, KE_PROXY_HAS_ADDRESS = 2, KE_PROXY_HAS_USER = 4, KE_PROXY_HAS_PASSWORD = 8 };
+
+/* The static proxy, by host name or addresses: 8536 bytes. Texts end in a zero; what is not used is zero. */
+typedef struct KE_STATIC_PROXY_RECORD {
+  uint32_t flags; /* a sum of the values below */
+  uint8_t reserved[20];
+  uint8_t enabled; /* 1: a host or an address list is given */
+  char host[256];
+  char addresses[320];
+  uint8_t reserved2[7935];
+} KE_STATIC_PROXY_RECORD;
+
+enum { KE_STATIC_PROXY = 32 /* always */, KE_STATIC_PROXY_HAS_HOST = 64, KE_STATIC_PROXY_HAS_ADDRESSES = 128 };
+
+/* Reads or writes the proxy as a KE_AGENT_PROXY_RECORD, size being its size; 0 on success. An empty address makes
+ * KELUtils read the stored record with KE_AGAPI_GetConfig. */
 uint32_t KE_SIBLING_CALL KE_AGAPI_GetProxyConfig(void* record, uint32_t size);
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetProxyConfig(void* record, uint32_t size);
 
