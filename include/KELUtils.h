@@ -397,6 +397,48 @@ KE_RESULT KE_API KE_UpgradeComplete(uint32_t resultCode, const char* version);
 /* Has the plug-in manager complete the upgrade, and does not wait for it. Its arguments are cut at 1023 characters.
  *   KE_PROGRAM_NOT_STARTED  the plug-in manager could not be started */
 KE_RESULT KE_API KE_ScheduleUpgradeComplete(int32_t resultCode, const char* version);
+/* ---- Proxy
+ * ----------
+ * How the agent reaches its server. The settings are records of the agent module KELAGAPI.dll, which is loaded from the
+ * Common folder, else from the DLL's own directory, and freed again. Every export below may return:
+ *   KE_AGENT_NOT_LOADED  the module could not be loaded
+ *   KE_AGENT_INCOMPLETE  the module lacks a function
+ * A proxy's user and password are the bytes of the record, which KE_SetAgentProxyInfo stores in UTF-8. */
+
+/* The proxy in use; when there is none, the stored one. Host and port are filled only from an address with a ":": the
+ * host is what stands before the first one, the port the decimal number behind it, 0 when there is none. Nothing
+ * stored is a success too.
+ *   KE_MISSING_ARGUMENT   proxy is null
+ *   KE_AGENT_READ_FAILED  a record could not be read; the proxy is cleared
+ *   with any other code but KE_EXCEPTION the proxy stays as it was */
+KE_RESULT KE_API KE_GetConfiguratedProxy(KE_PROXY* proxy);
+
+/* Stores the proxy and puts it in use. An empty port means 80. user and password are setting texts of at most 1023
+ * characters; an empty one is not stored, and without a user there is no password either. Server with port is cut at
+ * 255 characters, the deciphered user and password at 127 bytes each. The arguments are traced as they are given.
+ *   KE_MISSING_ARGUMENT     server, port, user or password is null, or server is empty
+ *   KE_NO_MODULE_DIRECTORY  the DLL's directory is unknown
+ *   KE_OUT_OF_RANGE         user or password is too long
+ *   KE_REGISTRY_UNUSABLE    the agent module could not store the record
+ *   else the code of KE_DecryptSetting for user or password; with any of them nothing was stored */
+KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, const char* user, const char* password);
+
+/* Stores the static proxy: a host name, cut at 255 characters, and a list of addresses, cut at 319. Either may be null
+ * or empty; without both the static proxy is switched off.
+ *   KE_AGENT_WRITE_FAILED  the agent module could not store the record */
+KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips);
+
+/* The proxy to use on the internet, as the installer plug-in tells: proxy and size are handed to it as they are, and
+ * its answer is the result. The plug-in's path is in KelUpg.ini, section PLUGINS, key KEC. When it is not usable, the
+ * agent module is asked: the host is then the address up to its first ":", the port the number behind that, 80 when it
+ * is missing or 0. size is that of proxy in bytes.
+ *   KE_MISSING_ARGUMENT   proxy is null
+ * without a usable plug-in:
+ *   KE_BUFFER_TOO_SMALL   size does not cover all fields of a KE_PROXY
+ *   KE_NOT_CREATED        the agent module could not find out the proxy
+ *   KE_AGENT_READ_FAILED  the agent module could not hand out the proxy
+ *   with any of them the proxy stays as it was */
+KE_RESULT KE_API KE_GetInetConfig(KE_PROXY* proxy, uint32_t size);
 
 #ifdef __cplusplus
 }

@@ -28,10 +28,28 @@ unsigned OpenAgentApi();
 
 /// Takes a reference as `OpenAgentApi` does and looks at the configuration functions: KE_SUCCESS when all five are
 /// bound, KE_AGENT_NOT_LOADED when there is no module, KE_AGENT_INCOMPLETE when one is missing. The caller gives the
-/// reference back with `FreeAgentApi` in every case.
+/// reference back with `FreeAgentApi`, unless there is no module.
 KE_RESULT CheckAgentProxyApi();
 
 /// Internal result of `OpenAgentApi`; no export returns it.
 constexpr unsigned kAgentModuleNotLoaded = 5102;
+
+/// Owns the reference that `OpenAgentApi` or `CheckAgentProxyApi` took, and gives it back at the end of the scope.
+class AgentApiScope {
+ public:
+  /// `opened` is what one of the two returned.
+  explicit AgentApiScope(unsigned opened) noexcept : result_(opened) {}
+  ~AgentApiScope() {
+    if (result_ != kAgentModuleNotLoaded && result_ != KE_AGENT_NOT_LOADED) FreeAgentApi();
+  }
+  AgentApiScope(const AgentApiScope&) = delete;
+  AgentApiScope& operator=(const AgentApiScope&) = delete;
+
+  /// The result of the opening, 0 for success.
+  unsigned Result() const noexcept { return result_; }
+
+ private:
+  unsigned result_;
+};
 
 }  // namespace frame

@@ -1,0 +1,138 @@
+#include "services/proxy.h"
+
+#include <windows.h>
+
+#include <cstring>
+
+#include "frame/agent_api.h"
+#include "frame/trace.h"
+#include "services/plugin.h"
+#include "services/proxy_records.h"
+#include "win/wipe.h"
+
+namespace services {
+namespace {
+
+constexpr std::size_t kSettingSize = 1024;  // bytes, with the terminating zero; a longer setting text is not taken
+
+using frame::AgentApi;
+
+KE_RESULT OpenAgent(const char* function) {
+  const KE_RESULT result = frame::CheckAgentProxyApi();
+  if (result != KE_SUCCESS) {
+    Trace(frame::kAlways, function, "Could not load required library, KELAGAPI. Return Error Code : [%i]",
+          static_cast<int>(result));
+  }
+  return result;
+}
+
+/// Reads the proxy in use into a cleared record.
+KE_RESULT ReadProxyInUse(const char* function, KE_AGENT_PROXY_RECORD& record) {
+  const std::uint32_t error = AgentApi().KE_AGAPI_GetProxyConfig(&record, sizeof record);
+  if (error == 0) return KE_SUCCESS;
+  Trace(frame::kDetail, function, "Error reading the proxy: [%d]", static_cast<int>(error));
+  return KE_AGENT_READ_FAILED;
+}
+
+KE_RESULT ReadStoredProxy(const char* function, KE_AGENT_PROXY_RECORD& record) {
+  std::memset(&record, 0, sizeof record);
+  const std::uint32_t error =
+      AgentApi().KE_AGAPI_GetConfig(KE_AGENT_CONFIG_CLASS, KE_AGENT_PROXY_ITEM, &record, sizeof record);
+  if (error == 0) return KE_SUCCESS;
+  Trace(frame::kDetail, function, "Error reading the proxy configuration: [%d]", static_cast<int>(error));
+  return KE_AGENT_READ_FAILED;
+}
+
+/// Deciphers a setting text into `plain`.
+KE_RESULT Decipher(const char* setting, char (&plain)[kSettingSize]) {
+  const std::size_t length = strnlen(setting, kSettingSize);
+  if (length == kSettingSize) return KE_OUT_OF_RANGE;
+  std::memcpy(plain, setting, length + 1);
+  return KE_DecryptSetting(plain, kSettingSize);
+}
+
+KE_RESULT AddCredentials(const ProxySettings& settings, KE_AGENT_PROXY_RECORD& record) {
+  if (*settings.user == '\0') return KE_SUCCESS;
+  char plain[kSettingSize] = {};
+  const win::WipeAtEnd wipe(plain, sizeof plain);
+  KE_RESULT result = Decipher(settings.user, plain);
+  if (result != KE_SUCCESS) return result;
+  SetUser(record, plain);
+  if (*settings.password == '\0') return KE_SUCCESS;
+  result = Decipher(settings.password, plain);
+  if (result == KE_SUCCESS) SetPassword(record, plain);
+  return result;
+}
+
+KE_RESULT AskInstallerPlugin(const char* function, KE_PROXY& proxy, std::uint32_t size) {
+  return UsePlugin(kInstallerPlugin, function, [&](const PluginTable& plugin) -> KE_RESULT {
+    if (plugin.KEINSTALL_GetInetConfig == nullptr) return KE_INSTALLER_PLUGIN_UNUSABLE;
+    return static_cast<KE_RESULT>(plugin.KEINSTALL_GetInetConfig(&proxy, size));
+  });
+}
+
+KE_RESULT AskAgent(const char* function, KE_PROXY& proxy) {
+  const frame::AgentApiScope agent(OpenAgent(function));
+  if (agent.Result() != KE_SUCCESS) return agent.Result();
+  const std::uint32_t error = AgentApi().KE_AGAPI_AskProxyConfig();
+  if (error != 0) {
+    Trace(frame::kDetail, function, "Error asking for the proxy: [%d]", static_cast<int>(error));
+    return KE_NOT_CREATED;
+  }
+  KE_AGENT_PROXY_RECORD record{};
+  const win::WipeAtEnd wipe(&record, sizeof record);
+  const KE_RESULT result = ReadProxyInUse(function, record);
+  if (result != KE_SUCCESS) return result;
+  ClearProxy(proxy);
+  FillInternetProxy(record, proxy);
+  return KE_SUCCESS;
+}
+
+const char* OrEmpty(const char* text) noexcept { return text ? text : ""; }
+
+}  // namespace
+
+KE_RESULT GetConfiguredProxy(const char* function, KE_PROXY& proxy) {
+  const frame::AgentApiScope agent(OpenAgent(function));
+  if (agent.Result() != KE_SUCCESS) return agent.Result();
+  ClearProxy(proxy);
+  KE_AGENT_PROXY_RECORD record{};
+  const win::WipeAtEnd wipe(&record, sizeof record);
+  KE_RESULT result = ReadProxyInUse(function, record);
+  if (result == KE_SUCCESS && record.address[0] == '\0') result = ReadStoredProxy(function, record);
+  if (result == KE_SUCCESS) FillConfiguredProxy(record, proxy);
+  return result;
+}
+
+KE_RESULT SetAgentProxy(const char* function, const ProxySettings& settings) {
+  const frame::AgentApiScope agent(OpenAgent(function));
+  if (agent.Result() != KE_SUCCESS) return agent.Result();
+  KE_AGENT_PROXY_RECORD record = MakeProxyRecord(settings.server, settings.port);
+  const win::WipeAtEnd wipe(&record, sizeof record);
+  const KE_RESULT result = AddCredentials(settings, record);
+  if (result != KE_SUCCESS) return result;
+  const std::uint32_t error =
+      AgentApi().KE_AGAPI_SetConfig(KE_AGENT_CONFIG_CLASS, KE_AGENT_PROXY_ITEM, &record, sizeof record);
+  if (error == 0) return KE_SUCCESS;
+  Trace(frame::kAlways, function, "Error during proxy configuration: [%d]", static_cast<int>(error));
+  return KE_REGISTRY_UNUSABLE;
+}
+
+KE_RESULT SetStaticProxy(const char* function, const char* host, const char* addresses) {
+  const frame::AgentApiScope agent(OpenAgent(function));
+  if (agent.Result() != KE_SUCCESS) return agent.Result();
+  KE_STATIC_PROXY_RECORD record = MakeStaticProxyRecord(OrEmpty(host), OrEmpty(addresses));
+  const std::uint32_t error =
+      AgentApi().KE_AGAPI_SetConfig(KE_AGENT_CONFIG_CLASS, KE_AGENT_STATIC_PROXY_ITEM, &record, sizeof record);
+  if (error == 0) return KE_SUCCESS;
+  Trace(frame::kAlways, function, "Error during StaticKeProxy configuration: [%d]", static_cast<int>(error));
+  return KE_AGENT_WRITE_FAILED;
+}
+
+KE_RESULT GetInternetProxy(const char* function, KE_PROXY& proxy, std::uint32_t size) {
+  const KE_RESULT result = AskInstallerPlugin(function, proxy, size);
+  if (result != KE_INSTALLER_PLUGIN_UNUSABLE) return result;
+  return size < kProxyExtent ? static_cast<KE_RESULT>(KE_BUFFER_TOO_SMALL) : AskAgent(function, proxy);
+}
+
+}  // namespace services
