@@ -200,5 +200,9 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   check("KE_SetEncryptedFileValue", CALL(dll, KE_SetEncryptedFileValue)(nullptr, nullptr, nullptr, nullptr));
   check("KE_SetUninstallPass", CALL(dll, KE_SetUninstallPass)("x", 0));
   check("KE_CheckInstallationPassw", CALL(dll, KE_CheckInstallationPassw)("x", 1) == 1 ? 0 : 1);
+  check("KE_GetConfiguratedProxy", CALL(dll, KE_GetConfiguratedProxy)(nullptr));
+  check("KE_SetAgentProxyInfo", CALL(dll, KE_SetAgentProxyInfo)(nullptr, nullptr, nullptr, nullptr));
+  check("KE_SetStaticProxyInfo", CALL(dll, KE_SetStaticProxyInfo)(nullptr, nullptr));
+  check("KE_INSTALL_GetInetConfig", CALL(dll, KE_GetInetConfig)(nullptr, 0));
   check("KE_IsNeededInstallationPassw", CALL(dll, KE_IsNeededInstallationPassw)() == 1 ? 0 : 1);
 }

@@ -11,18 +11,6 @@ using support::LockedFile;
 
 namespace {
 
-// The setting text of `text`, in the size that is asked for.
-std::string Encrypted(const LoadedDll& dll, const std::string& text, int32_t length) {
-  int32_t size = 0, tooSmall;
-  CHECK(CALL(dll, KE_EncryptSetting)(text.c_str(), length, nullptr, &size) == KE_BUFFER_TOO_SMALL);
-  std::string output(static_cast<size_t>(size), '~');
-  CHECK(CALL(dll, KE_EncryptSetting)(text.c_str(), length, output.data(), &(tooSmall = size - 1)) ==
-        KE_BUFFER_TOO_SMALL);
-  CHECK(CALL(dll, KE_EncryptSetting)(text.c_str(), length, output.data(), &size) == KE_SUCCESS);
-  CHECK(output[static_cast<size_t>(size)] == '~');  // no terminator
-  return output.substr(0, static_cast<size_t>(size));
-}
-
 // The plain setting, or the result code in brackets.
 std::string Decrypted(const LoadedDll& dll, const std::string& text, int32_t size) {
   std::string buffer = text + std::string(99, '\0');

@@ -1,6 +1,8 @@
 // A product tree for the exports, with the forms that a store's text takes in its files.
 #pragma once
 
+#include <doctest/doctest.h>
+
 #include <memory>
 #include <string>
 
@@ -44,4 +46,16 @@ inline std::string AgentId(const support::LoadedDll& dll) {
   char buffer[256] = "untouched";
   const KE_RESULT result = CALL(dll, KE_GetAgentID)(buffer, sizeof buffer);
   return result == KE_SUCCESS ? buffer : "(" + std::to_string(result) + ")";
+}
+
+// The setting text of `text`, in the size that is asked for.
+inline std::string Encrypted(const support::LoadedDll& dll, const std::string& text, int32_t length) {
+  int32_t size = 0, tooSmall;
+  CHECK(CALL(dll, KE_EncryptSetting)(text.c_str(), length, nullptr, &size) == KE_BUFFER_TOO_SMALL);
+  std::string output(static_cast<size_t>(size), '~');
+  CHECK(CALL(dll, KE_EncryptSetting)(text.c_str(), length, output.data(), &(tooSmall = size - 1)) ==
+        KE_BUFFER_TOO_SMALL);
+  CHECK(CALL(dll, KE_EncryptSetting)(text.c_str(), length, output.data(), &size) == KE_SUCCESS);
+  CHECK(output[static_cast<size_t>(size)] == '~');  // no terminator
+  return output.substr(0, static_cast<size_t>(size));
 }

@@ -41,6 +41,9 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"password set secret", 0, ""},
       {"password check secret", 0, "the password matches\n"},
       {"password check Secret", 1, "the password does not match\n"},
+      {"proxy set h 3128 --user u --password s\xE9", 0, ""},
+      {"proxy show", 0, "host      h\nport      3128\nuser      u\npassword  ********\n"},
+      {"proxy set h:1", kUsage, "a host alone"},
       {"get property:Site", kUsage, "can only be set"},
       {"get agent", kUsage, "no value \"agent\"; the names are agent-id, "},
       {"set integrated 1", kUsage, "integrated is read only"},
@@ -50,6 +53,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"set property:a=b 1", kUsage, "key"},
   };
   const Tool tool;
+  tool.tree.AddDevkit("KELAGAPI.dll", "Common");
   for (const auto& row : rows) {
     CAPTURE(row.arguments);
     const auto run = tool.Run(row.arguments);
@@ -61,6 +65,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   CHECK(shown.find("agent-id            A-1\n") != std::string::npos);
   CHECK(shown.find("device-id           (no value: 1782 KE_STORE_UNUSABLE)\n") != std::string::npos);
   CHECK(shown.find("certificate         ********\n") != std::string::npos);
+  CHECK(tool.Run("proxy inet --json --reveal").output.find("\"password\": \"s\xC3\xA9\"\n") != std::string::npos);
   const std::string json = tool.Run("show --json").output;
   CHECK(json.find("\"install-state\": {\n    \"value\": 200,\n    \"result\": 0\n") != std::string::npos);
 }

@@ -14,7 +14,17 @@ struct FakeCipherState {
   std::int32_t error;  // what the next calls report, leaving the buffer alone
 };
 
+/// The calls of one function.
+struct FakeCallState {
+  const char* name;
+  int count;
+  int answer;         // what the next calls return, 0 unless set
+  const void* first;  // the first two arguments of the last call
+  std::uint32_t second;
+};
+
 extern "C" {
+FakeCallState* FakeCall(const char* name);
 /// How often the function was called.
 int FakeCalls(const char* name);
 FakeCipherState* FakeCipher();

@@ -20,6 +20,7 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddFileCommand(kelctl, session);
   AddIntegrationCommands(kelctl, session);
   AddPasswordCommand(kelctl, session);
+  AddProxyCommand(kelctl, session);
   AddOsCommand(kelctl, session);
 }
 

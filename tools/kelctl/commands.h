@@ -29,6 +29,7 @@ void AddSettingCommand(CLI::App& kelctl, Session& session);
 void AddFileCommand(CLI::App& kelctl, Session& session);
 void AddIntegrationCommands(CLI::App& kelctl, Session& session);
 void AddPasswordCommand(CLI::App& kelctl, Session& session);
+void AddProxyCommand(CLI::App& kelctl, Session& session);
 void AddOsCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl

@@ -14,17 +14,6 @@ bool IsMasked(const ReadStoreValue& read, bool reveal) {
   return read.value->secret && !reveal && !read.reading.text.empty();
 }
 
-std::string WithoutControlCharacters(const std::string& text) {
-  std::string printable;
-  for (const char character : text) {
-    const auto code = static_cast<unsigned char>(character);
-    char escape[] = "\\xNN";
-    if (code < 0x20 || code == 0x7f) std::snprintf(escape, sizeof escape, "\\x%02X", code);
-    printable += code < 0x20 || code == 0x7f ? std::string(escape) : std::string(1, character);
-  }
-  return printable;
-}
-
 std::string ReasonOf(KE_RESULT result) {
   const ResultCode code = FindResultCode(result);
   const std::string number = std::to_string(result) + " " + code.name;
@@ -60,6 +49,17 @@ nlohmann::ordered_json JsonMember(const ReadStoreValue& read, bool reveal) {
 }
 
 }  // namespace
+
+std::string WithoutControlCharacters(const std::string& text) {
+  std::string printable;
+  for (const char character : text) {
+    const auto code = static_cast<unsigned char>(character);
+    char escape[] = "\\xNN";
+    if (code < 0x20 || code == 0x7f) std::snprintf(escape, sizeof escape, "\\x%02X", code);
+    printable += code < 0x20 || code == 0x7f ? std::string(escape) : std::string(1, character);
+  }
+  return printable;
+}
 
 std::string PlainText(const ReadStoreValue& read, bool reveal) {
   if (read.value->yesNo) return read.reading.number != 0 ? "yes" : "no";

@@ -11,6 +11,9 @@ namespace kelctl {
 /// What is shown in place of a secret.
 inline constexpr char kMask[] = "********";
 
+/// The text with every control character as \xNN, for a line of a table.
+std::string WithoutControlCharacters(const std::string& text);
+
 /// A value with what its getter answered.
 struct ReadStoreValue {
   const StoreValue* value;
