@@ -18,7 +18,7 @@ int KE_SIBLING_CALL KE_AGAPI_Initialize(void);
 int KE_SIBLING_CALL KE_AGAPI_Finalize(void);
 
 /* Reads or writes a configuration record as a whole; 0 on success. Class and item select the record, size is its size
- * in bytes. KELUtils uses the items of one class that are named here. */
+ * in bytes. The proxy records are described below. */
 uint32_t KE_SIBLING_CALL KE_AGAPI_GetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 
