@@ -1,7 +1,11 @@
-# Header-only libraries of the tests and tools. They are reached through a folder of links in the build tree, so that a cross
-# compiler never gets the host's own include folder on its path.
+# Header-only libraries of the tests, tools and development siblings. They are reached through a folder of links in the build tree,
+# so that a cross compiler never gets the host's own include folder on its path.
 
+# Several folders may ask for the same library.
 function(kelutils_add_header_library target header)
+  if(TARGET ${target})
+    return()
+  endif()
   find_path(KELUTILS_${target}_DIR ${header} HINTS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED
     DOC "Folder that holds ${header}")
   get_filename_component(_top ${header} DIRECTORY)

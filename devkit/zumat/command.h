@@ -1,0 +1,37 @@
+// The commands of this program.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "zumat/clauses.h"
+#include "zumat/results.h"
+
+namespace zumat {
+
+enum class Action { kNone, kAdd, kEdit, kDelete, kActivate, kDeactivate, kList, kHelp };
+
+struct Command {
+  Action action = Action::kNone;
+  int taskId = 0;       // 0: none was given
+  std::string program;  // this and what follows belong to kAdd and kEdit
+  std::string text;     // what stood in quotes
+  Clauses clauses;
+  bool json = false;  // kList
+};
+
+/// Reads a command line without the program's name. Unless it succeeds, `command` is not to be used; the result is one
+/// of the codes of commands that were not understood.
+Outcome ReadCommand(std::string_view arguments, Command& command);
+
+/// What -help shows.
+extern const char kHelpText[];
+
+/// True for a text that may name a program: 1 to kMaximumProgram characters, none of them a blank, a control character,
+/// a colon or a double quote.
+bool IsProgram(std::string_view text) noexcept;
+
+/// True for a text that may be a job's command: at most kMaximumCommandText bytes, none of them a double quote.
+bool IsCommandText(std::string_view text) noexcept;
+
+}  // namespace zumat
