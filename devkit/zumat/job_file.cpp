@@ -1,6 +1,6 @@
 #include "zumat/job_file.h"
 
-#include "files/files.h"
+#include "sharedfile/replacement.h"
 #include "zumat/jobs_text.h"
 
 namespace zumat {
@@ -57,7 +57,7 @@ Outcome FileFailure(const std::string& what, DWORD error) {
 bool Replace(const std::string& path, const std::string& text) noexcept {
   DWORD error = ERROR_SUCCESS;
   {
-    files::Replacement file(path.c_str(), "job");
+    sharedfile::Replacement file(path.c_str());
     if (file.Write(text.data(), text.size()) && file.PutInPlace()) return true;
     error = GetLastError();  // before the file is deleted
   }
@@ -90,7 +90,7 @@ Outcome JobFile::Lock() {
 Outcome JobFile::Read(Jobs& jobs) const {
   win::FileHandle file;
   const bool opened = Attempt(kForReading, [&] {
-    file = files::OpenSource(path_.c_str());
+    file = sharedfile::OpenSource(path_.c_str());
     return static_cast<bool>(file);
   });
   if (!opened && GetLastError() == ERROR_FILE_NOT_FOUND) {
@@ -99,7 +99,7 @@ Outcome JobFile::Read(Jobs& jobs) const {
   }
   std::string text(kMaximumJobsText + 1, '\0');
   std::size_t length = 0;
-  if (!opened || !files::ReadFully(file, text.data(), text.size(), length))
+  if (!opened || !sharedfile::ReadFully(file, text.data(), text.size(), length))
     return FileFailure(path_ + " cannot be read", GetLastError());
   return ReadJobs(std::string_view(text).substr(0, length), jobs);
 }
