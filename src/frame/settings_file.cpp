@@ -1,7 +1,5 @@
 #include "frame/settings_file.h"
 
-#include <windows.h>
-
 #include <cstring>
 #include <optional>
 
@@ -9,6 +7,7 @@
 #include "frame/paths.h"
 #include "frame/text.h"
 #include "frame/trace.h"
+#include "win/profile.h"
 
 namespace frame {
 namespace {
@@ -27,7 +26,7 @@ KE_RESULT Write(const char* section, const char* key, const char* value, const c
   if (section == nullptr) return KE_MISSING_ARGUMENT;
   const auto path = PathOf(file);
   if (!path) return KE_NOT_CREATED;
-  WritePrivateProfileStringA(section, key, value, path->c_str());
+  win::WriteProfile(*path, section, key, value);
   return KE_SUCCESS;
 }
 
@@ -36,9 +35,7 @@ KE_RESULT Write(const char* section, const char* key, const char* value, const c
 std::string GetMyConfigIniValue(const char* section, const char* key, const char* file) {
   const auto path = PathOf(file);
   if (!path) return {};
-  char value[kValueSize] = {};
-  GetPrivateProfileStringA(section, key, "", value, sizeof value, path->c_str());
-  return value;
+  return win::ReadProfile(*path, section, key, "", kValueSize);
 }
 
 KE_RESULT SetMyConfigIniValue(const char* section, const char* key, const char* value, const char* file) {

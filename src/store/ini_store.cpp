@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "frame/text.h"
+
 namespace store {
 namespace {
-
-char LowerAscii(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 
@@ -13,7 +13,7 @@ bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 template <typename Element>
 Element* FindNamed(std::vector<Element>& elements, std::string Element::*name, std::string_view wanted) noexcept {
   const auto found =
-      std::ranges::find_if(elements, [&](const Element& element) { return SameName(element.*name, wanted); });
+      std::ranges::find_if(elements, [&](const Element& element) { return frame::SameName(element.*name, wanted); });
   return found == elements.end() ? nullptr : &*found;
 }
 
@@ -47,10 +47,6 @@ void ParseLine(std::string_view line, IniStore& store) {
 }
 
 }  // namespace
-
-bool SameName(std::string_view left, std::string_view right) noexcept {
-  return std::ranges::equal(left, right, {}, LowerAscii, LowerAscii);
-}
 
 IniSection* FindSection(IniStore& store, const char* name) noexcept {
   return name ? FindNamed(store.sections, &IniSection::name, name) : nullptr;

@@ -27,9 +27,6 @@ struct IniStore {
   std::vector<IniSection> sections;
 };
 
-/// True when two names are the same but for ASCII letter case.
-bool SameName(std::string_view left, std::string_view right) noexcept;
-
 /// The first section of that name; null when there is none or `name` is null.
 IniSection* FindSection(IniStore& store, const char* name) noexcept;
 

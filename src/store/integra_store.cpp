@@ -13,6 +13,7 @@
 #include "store/store_file.h"
 #include "win/critical_section.h"
 #include "win/file.h"
+#include "win/profile.h"
 
 namespace store {
 
@@ -57,7 +58,7 @@ bool StoreIsDamaged() noexcept { return IntegraStore != nullptr && IntegraStore-
 void ResetPolicies(const StorePaths& paths) {
   const std::string policies = paths.Policies();
   for (const char* key : {"POLICY_101", "POLICY_200"}) {
-    WritePrivateProfileStringA("POLICIES", key, "{00000000-0000-0000-0000-000000000000}", policies.c_str());
+    win::WriteProfile(policies, "POLICIES", key, "{00000000-0000-0000-0000-000000000000}");
   }
 }
 

@@ -44,6 +44,8 @@ FileStatus StatusOf(const std::string& path) noexcept {
 
 bool Exists(const std::string& path) noexcept { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
+void MakeFolder(const std::string& path) noexcept { CreateDirectoryA(path.c_str(), nullptr); }
+
 FileHandle OpenForUpdate(const std::string& path) noexcept { return Open(path, OPEN_EXISTING); }
 
 FileHandle CreateForUpdate(const std::string& path) noexcept {

@@ -26,6 +26,9 @@ FileStatus StatusOf(const std::string& path) noexcept;
 /// True when a file or folder of that name exists.
 bool Exists(const std::string& path) noexcept;
 
+/// Creates a folder in an existing one. One that exists, and one that cannot be created, changes nothing.
+void MakeFolder(const std::string& path) noexcept;
+
 /// Opens an existing file for reading and writing, as the C mode "r+b" does: others may read and write meanwhile.
 FileHandle OpenForUpdate(const std::string& path) noexcept;
 
