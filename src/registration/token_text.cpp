@@ -1,0 +1,43 @@
+#include "registration/token_text.h"
+
+#include <initializer_list>
+
+namespace registration {
+namespace {
+
+constexpr std::string_view kPluginModules[] = {"KELREPORT", "KELSCAN",  "KELTASK",  "KELTEST",  "KELUPD",  "KELUPG",
+                                               "KELCONF",   "KELLNCHR", "KELQTINE", "KELTVEVT", "KELSNET", "KELNTF"};
+
+void Append(std::string& text, std::initializer_list<std::string_view> parts) {
+  for (const auto part : parts) text += part;
+}
+
+}  // namespace
+
+std::string InstallRoot(const char* folder) {
+  std::string root = folder ? folder : "";
+  if (root.ends_with('\\')) root.pop_back();
+  return root;
+}
+
+std::string QuotedPath(std::string_view root, std::string_view folder, std::string_view file) {
+  std::string path;
+  Append(path, {"\"", root, "\\", folder, "\\", file, "\""});
+  return path;
+}
+
+std::string PluginTokens(std::string_view root) {
+  std::string text;
+  for (const auto module : kPluginModules) Append(text, {module, "=", root, "\\", module, "\\", module, ".dll\r\n"});
+  return text;
+}
+
+std::string SchedulerTokens(std::string_view root) {
+  std::string text;
+  for (const auto& program : kScheduledPrograms) {
+    Append(text, {program.name, "=e", QuotedPath(root, program.folder, program.file), "\r\n"});
+  }
+  return text;
+}
+
+}  // namespace registration

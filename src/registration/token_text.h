@@ -1,0 +1,44 @@
+// What the token files tell the agent's other programs: where plug-in modules, programs and services lie below the
+// installation folder. Lines end in CR LF; folders and names are spelt as their readers expect them.
+//
+// A `root` is an installation folder as `InstallRoot` gives it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace registration {
+
+/// The installation folder without one trailing backslash; empty when there is none, or nothing else in it.
+std::string InstallRoot(const char* folder);
+
+/// `root` + "\" + `folder` + "\" + `file` in double quotes.
+std::string QuotedPath(std::string_view root, std::string_view folder, std::string_view file);
+
+/// The content of plugins.tok: for each plug-in module its name and its library.
+std::string PluginTokens(std::string_view root);
+
+/// A program that has an entry of its own: the name others know it by, and where it lies below the root.
+struct ProgramEntry {
+  const char* name;
+  const char* folder;
+  const char* file;
+};
+
+/// The programs that scheduler jobs may name.
+inline constexpr ProgramEntry kScheduledPrograms[] = {
+    {"KEPLPMNG", "KESLPMNG", "KepLpMng.exe"},
+    {"KEPWINST", "KEPWINST", "KEPWINST.exe"},
+};
+
+/// The content of tokens.tok: a line for each of kScheduledPrograms.
+std::string SchedulerTokens(std::string_view root);
+
+/// The services that the watchdog supervises.
+inline constexpr ProgramEntry kWatchedServices[] = {
+    {"KesAgent", "KesAgent", "KesAgent.exe"},
+    {"ZumAt3Scheduler", "Scheduler", "ZumSched.exe"},
+    {"ZumKesLpMng", "KesLpMng", "KesLpMng.exe"},
+};
+
+}  // namespace registration
