@@ -439,6 +439,60 @@ KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips);
  *   KE_AGENT_READ_FAILED  the agent module could not hand out the proxy
  *   with any of them the proxy stays as it was */
 KE_RESULT KE_API KE_GetInetConfig(KE_PROXY* proxy, uint32_t size);
+/* ---- Registration
+ * -----------------
+ * What the agent's programs find each other by: INI files of the modules that host plug-ins, and the token files of the
+ * plug-in manager, the scheduler and the watchdog. Nothing is cached: every call edits the files, and what it did before
+ * it failed stays. Keys, values and types go to the platform's profile functions as they are given. The exports for
+ * plug-ins, versions and subscriptions work on folders beside the DLL's own, and may return:
+ *   KE_NO_MODULE_DIRECTORY  the DLL's directory is unknown
+ *   KE_STORE_UNUSABLE       the platform reports that a write or a removal failed, as it does for a missing folder */
+
+/* Writes all registration files of an installation below its folder root, a full path whose one trailing backslash does
+ * not count: the token files, then the standard plug-ins of the configuration, update and upgrade module. Creates the
+ * folders for them, but not root. Before that, whatever root is, every protection plug-in in the registry is asked to
+ * register itself anew. Stops at the first file that fails. Repeating it leaves the same files.
+ *   KE_MISSING_ARGUMENT  root is null, empty or a lone backslash
+ *   KE_STORE_UNUSABLE    a file could not be opened or written */
+KE_RESULT KE_API KE_InitializeSystem(const char* root);
+
+/* The same for an installation that ends with a reboot: when rebootRequired is "TRUE" in any letter case, the upgrade
+ * module's file, beside the DLL's own folder, first receives that text as REBOOT_REQUIRED; whether it could be written
+ * does not count. Any other text, and null, writes nothing.
+ *   KE_MISSING_ARGUMENT, KE_STORE_UNUSABLE  as KE_InitializeSystem */
+KE_RESULT KE_API KE_InitializeSystemEx(const char* root, const char* rebootRequired);
+
+/* Enters a plug-in, by key and value, into the file of the module that hosts it: host\host.ini. A null value takes the
+ * key out.
+ *   KE_MISSING_ARGUMENT  key or host is null or empty */
+KE_RESULT KE_API KE_AddPlugin(const char* key, const char* host, const char* value);
+
+/* Takes a plug-in out of its host's file. For the host KELUpg, in any letter case, the file then says that the
+ * component is not installed. For the host KELUpd the launcher KELMNAPI.dll, from the Common folder, runs the command
+ * "KELUPD -REMOVEINFO:" with the key; callers let no other export use the launcher meanwhile.
+ *   KE_MISSING_ARGUMENT     key or host is null or empty
+ *   KE_LAUNCHER_NOT_LOADED  KELUpd: the launcher could not be loaded
+ *   KE_PROGRAM_NOT_STARTED  KELUpd: the launcher could not run the command
+ *   KE_STORE_UNUSABLE       also: KELUpd: the command ended with another exit code than 0 */
+KE_RESULT KE_API KE_RemovePlugin(const char* key, const char* host);
+
+/* Records the installed version of a component in the upgrade module's file. For the component KEAGENT, in any letter
+ * case, the action of the upgrade module runs afterwards; its result does not count.
+ *   KE_MISSING_ARGUMENT  key or version is null or empty */
+KE_RESULT KE_API KE_SetVersion(const char* key, const char* version);
+
+/* Subscribe a plug-in to a policy type, or withdraw it, in the configuration module's file. The console's plug-in, KEC
+ * in just these letters, displaces the configuration module's own, KELSYSCF, when it comes, and hands the type back
+ * when it goes.
+ *   KE_MISSING_ARGUMENT  key or type is null or empty */
+KE_RESULT KE_API KE_AddPolicyTypeSuscription(const char* key, const char* type);
+KE_RESULT KE_API KE_RemovePolicyTypeSuscription(const char* key, const char* type);
+
+/* 1 when the command, such as "KELUpd" in any letter case, may run in the present installation state, else 0. In a
+ * complete installation every command may, also a null one. Set to 0 before anything is read. Reads the store and may
+ * return the codes of the store accessors.
+ *   KE_MISSING_ARGUMENT  allowed is null */
+KE_RESULT KE_API KE_CanRunCommand(const char* command, uint32_t* allowed);
 
 #ifdef __cplusplus
 }

@@ -50,7 +50,7 @@ KE_RESULT WriteWatchdogServices(const std::string& root) {
   const std::string file = FileIn(folder, "KesWD.conf");
   for (const auto& service : kWatchedServices) {
     win::MakeFolder(FileIn(root, service.folder));
-    const std::string program = QuotedPath(root, service.folder, service.file);
+    const std::string program = QuotedPath(root, service);
     if (!win::WriteProfile(file, "SERVICES", service.name, program.c_str())) return KE_STORE_UNUSABLE;
   }
   return KE_SUCCESS;

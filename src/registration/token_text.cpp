@@ -20,9 +20,9 @@ std::string InstallRoot(const char* folder) {
   return root;
 }
 
-std::string QuotedPath(std::string_view root, std::string_view folder, std::string_view file) {
+std::string QuotedPath(std::string_view root, const InstalledFile& installed) {
   std::string path;
-  Append(path, {"\"", root, "\\", folder, "\\", file, "\""});
+  Append(path, {"\"", root, "\\", installed.folder, "\\", installed.file, "\""});
   return path;
 }
 
@@ -35,7 +35,7 @@ std::string PluginTokens(std::string_view root) {
 std::string SchedulerTokens(std::string_view root) {
   std::string text;
   for (const auto& program : kScheduledPrograms) {
-    Append(text, {program.name, "=e", QuotedPath(root, program.folder, program.file), "\r\n"});
+    Append(text, {program.name, "=e", QuotedPath(root, program), "\r\n"});
   }
   return text;
 }

@@ -12,21 +12,21 @@ namespace registration {
 /// The installation folder without one trailing backslash; empty when there is none, or nothing else in it.
 std::string InstallRoot(const char* folder);
 
-/// `root` + "\" + `folder` + "\" + `file` in double quotes.
-std::string QuotedPath(std::string_view root, std::string_view folder, std::string_view file);
-
-/// The content of plugins.tok: for each plug-in module its name and its library.
-std::string PluginTokens(std::string_view root);
-
-/// A program that has an entry of its own: the name others know it by, and where it lies below the root.
-struct ProgramEntry {
+/// A program or library below the installation folder, with the name that other programs know it by.
+struct InstalledFile {
   const char* name;
   const char* folder;
   const char* file;
 };
 
+/// The path of an installed file in double quotes: `root` + "\" + its folder + "\" + its file.
+std::string QuotedPath(std::string_view root, const InstalledFile& installed);
+
+/// The content of plugins.tok: for each plug-in module its name and its library.
+std::string PluginTokens(std::string_view root);
+
 /// The programs that scheduler jobs may name.
-inline constexpr ProgramEntry kScheduledPrograms[] = {
+inline constexpr InstalledFile kScheduledPrograms[] = {
     {"KEPLPMNG", "KESLPMNG", "KepLpMng.exe"},
     {"KEPWINST", "KEPWINST", "KEPWINST.exe"},
 };
@@ -35,7 +35,7 @@ inline constexpr ProgramEntry kScheduledPrograms[] = {
 std::string SchedulerTokens(std::string_view root);
 
 /// The services that the watchdog supervises.
-inline constexpr ProgramEntry kWatchedServices[] = {
+inline constexpr InstalledFile kWatchedServices[] = {
     {"KesAgent", "KesAgent", "KesAgent.exe"},
     {"ZumAt3Scheduler", "Scheduler", "ZumSched.exe"},
     {"ZumKesLpMng", "KesLpMng", "KesLpMng.exe"},
