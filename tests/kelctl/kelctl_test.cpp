@@ -24,6 +24,14 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
     unsigned exitCode;
     const char* output;  // all of it after a success, else a part
   } rows[] = {
+      {"can-run keltvevt", 0, "yes\n"},
+      {"can-run other", 1, "no\n"},
+      {"plugin add K KELUtils v", 0, ""},
+      {"plugin remove K KELUtils", 0, ""},
+      {"plugin add K KELUtils \"a\nb\"", kUsage, "line break"},
+      {"version set a=b 1", kUsage, "key"},
+      {"subscribe KEC 101", 1, "KE_AddPolicyTypeSuscription failed with 1782"},
+      {"init ..\\none\\none", 1, "KE_InitializeSystem failed with 1782"},
       {"set agent-id A-1", 0, ""},
       {"get agent-id", 0, "A-1\n"},
       {"set container -- -x", 0, ""},
@@ -61,6 +69,8 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
     if (row.exitCode == 0) CHECK(run.output == row.output);
     CHECK(run.output.find(row.output) != std::string::npos);
   }
+  CHECK(tool.Run("init --reboot-required \"" + (tool.tree / "Common") + "\"").exitCode == 0);
+  CHECK(std::filesystem::exists(tool.tree.Path("Common/KELUPG/KELUPG.INI")));
   const std::string shown = tool.Run("show").output;
   CHECK(shown.find("agent-id            A-1\n") != std::string::npos);
   CHECK(shown.find("device-id           (no value: 1782 KE_STORE_UNUSABLE)\n") != std::string::npos);

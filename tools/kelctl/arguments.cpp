@@ -1,8 +1,11 @@
 #include "arguments.h"
 
+#include <windows.h>
+
 #include <charconv>
 #include <system_error>
 
+#include "code_page.h"
 #include "errors.h"
 
 namespace kelctl {
@@ -26,7 +29,7 @@ std::int32_t ParseNumber(std::string_view text) {
 }
 
 void CheckOneLine(std::string_view text) {
-  if (text.find_first_of("\r\n") != text.npos) throw UsageError("a value of the store cannot hold a line break");
+  if (text.find_first_of("\r\n") != text.npos) throw UsageError("a value cannot hold a line break");
 }
 
 bool IsPropertyName(std::string_view name) { return name.starts_with(kPropertyPrefix); }
@@ -35,8 +38,14 @@ std::string PropertyKey(std::string_view name) { return std::string(name.substr(
 
 void CheckPropertyKey(std::string_view key) {
   if (key.empty() || key.front() == '[' || key.find_first_of("=\r\n") != key.npos) {
-    throw UsageError("a property's key is one line that is not empty, has no \"=\" and does not begin with \"[\"");
+    throw UsageError("a key is one line that is not empty, has no \"=\" and does not begin with \"[\"");
   }
+}
+
+std::string FullPath(const std::string& path) {
+  std::wstring full(kLongestPath, L'\0');
+  full.resize(GetFullPathNameW(WideFromUtf8(path).c_str(), kLongestPath, full.data(), nullptr));
+  return Utf8FromWide(full);
 }
 
 }  // namespace kelctl

@@ -11,7 +11,7 @@ namespace kelctl {
 /// 32 bits.
 std::int32_t ParseNumber(std::string_view text);
 
-/// Throws UsageError when `text` has a line break: the store keeps one line per value and would lose the rest.
+/// Throws UsageError when `text` has a line break: a value is one line of its file, and the rest would be lost.
 void CheckOneLine(std::string_view text);
 
 /// True for "property:KEY", which names a free property, whatever KEY is.
@@ -20,8 +20,14 @@ bool IsPropertyName(std::string_view name);
 /// The KEY of "property:KEY".
 std::string PropertyKey(std::string_view name);
 
-/// Throws UsageError when the store would not find `key` again: it is empty, has a line break or "=", or begins with
+/// Throws UsageError when the store, or an INI file, would not find `key` again: it is empty, has a line break or "=", or begins with
 /// "[".
 void CheckPropertyKey(std::string_view key);
+
+/// The longest path of Windows, in characters with the terminating zero.
+inline constexpr unsigned kLongestPath = 32768;
+
+/// The full path of a path that starts in the current directory. Both UTF-8.
+std::string FullPath(const std::string& path);
 
 }  // namespace kelctl

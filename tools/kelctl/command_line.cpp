@@ -21,6 +21,7 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddIntegrationCommands(kelctl, session);
   AddPasswordCommand(kelctl, session);
   AddProxyCommand(kelctl, session);
+  AddRegistrationCommands(kelctl, session);
   AddOsCommand(kelctl, session);
 }
 

@@ -30,6 +30,7 @@ void AddFileCommand(CLI::App& kelctl, Session& session);
 void AddIntegrationCommands(CLI::App& kelctl, Session& session);
 void AddPasswordCommand(CLI::App& kelctl, Session& session);
 void AddProxyCommand(CLI::App& kelctl, Session& session);
+void AddRegistrationCommands(CLI::App& kelctl, Session& session);
 void AddOsCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl

@@ -1,5 +1,6 @@
 #include "library.h"
 
+#include "arguments.h"
 #include "code_page.h"
 #include "errors.h"
 
@@ -8,9 +9,6 @@ namespace {
 
 constexpr wchar_t kLibraryName[] = L"KELUtils.dll";
 
-// The longest path of Windows, in characters with the terminating zero.
-constexpr DWORD kLongestPath = 32768;
-
 std::wstring BesideThisProgram() {
   std::wstring path(kLongestPath, L'\0');
   path.resize(GetModuleFileNameW(nullptr, path.data(), kLongestPath));
@@ -18,19 +16,13 @@ std::wstring BesideThisProgram() {
 }
 
 // A full path, so that the platform does not search its own folders for a bare name.
-std::wstring FullPath(const std::wstring& path) {
-  std::wstring full(kLongestPath, L'\0');
-  full.resize(GetFullPathNameW(path.c_str(), kLongestPath, full.data(), nullptr));
-  return full;
-}
-
-std::wstring PathOf(const std::string& path) {
-  return path.empty() ? BesideThisProgram() : FullPath(WideFromUtf8(path));
+std::string PathOf(const std::string& path) {
+  return path.empty() ? Utf8FromWide(BesideThisProgram()) : FullPath(path);
 }
 
 }  // namespace
 
-Library::Library(const std::string& path) : path_(Utf8FromWide(PathOf(path))) {
+Library::Library(const std::string& path) : path_(PathOf(path)) {
   module_.Reset(LoadLibraryExW(WideFromUtf8(path_).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module_) throw LibraryError("cannot load " + path_ + " (Windows error " + std::to_string(GetLastError()) + ")");
 }
