@@ -198,6 +198,14 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   }
   check("KE_GetEncryptedFileValue", CALL(dll, KE_GetEncryptedFileValue)(nullptr, nullptr, nullptr, 0, nullptr));
   check("KE_SetEncryptedFileValue", CALL(dll, KE_SetEncryptedFileValue)(nullptr, nullptr, nullptr, nullptr));
+  check("KE_InitializeSystem", CALL(dll, KE_InitializeSystem)(nullptr));
+  check("KE_InitializeSystemEx", CALL(dll, KE_InitializeSystemEx)("", nullptr));
+  check("KE_UTIL_AddPlugin", CALL(dll, KE_AddPlugin)("K", "", "v"));
+  check("KE_RemovePlugin", CALL(dll, KE_RemovePlugin)("", "H"));
+  check("KE_UTIL_SetVersion", CALL(dll, KE_SetVersion)("K", nullptr));
+  check("KE_AddPolicyTypeSuscription", CALL(dll, KE_AddPolicyTypeSuscription)(nullptr, "1"));
+  check("KE_RemovePolicyTypeSuscription", CALL(dll, KE_RemovePolicyTypeSuscription)("K", ""));
+  check("KE_CanRunCommand", CALL(dll, KE_CanRunCommand)("K", nullptr));
   check("KE_SetUninstallPass", CALL(dll, KE_SetUninstallPass)("x", 0));
   check("KE_CheckInstallationPassw", CALL(dll, KE_CheckInstallationPassw)("x", 1) == 1 ? 0 : 1);
   check("KE_GetConfiguratedProxy", CALL(dll, KE_GetConfiguratedProxy)(nullptr));

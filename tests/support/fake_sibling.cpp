@@ -1,9 +1,11 @@
 // A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS), each of which notes its calls and answers 0, or
-// what it is told to.
-// Plain C functions: arguments are the caller's to clean up. Only the two ciphers of a crypto module look at theirs.
+// what it is told to. Plain C functions: arguments are the caller's to clean up. Only the ciphers of a crypto module, the
+// configuration of an agent module and the launcher's Run look at theirs.
 #include "support/fake_sibling.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "frame/sibling_names.h"
 
@@ -16,21 +18,17 @@ namespace {
 FakeCallState g_calls[] = {FAKE_FUNCTIONS(FAKE_ROW, FAKE_ROW)};
 #undef FAKE_ROW
 FakeCipherState g_cipher{};
+FakeLauncherState g_launcher{};
+FakeConfigState g_config{};
 
-FakeCallState& Find(const char* name) {
+FakeCallState& Find(std::string_view name) {
   for (FakeCallState& call : g_calls) {
-    if (std::strcmp(call.name, name) == 0) return call;
+    if (call.name == name) return call;
   }
   return g_calls[0];
 }
 
-int Answer(const char* name, char* buffer, std::uint32_t length, const char* keyBlob, std::int32_t* error) {
-  FakeCallState& call = Find(name);
-  ++call.count;
-  call.first = buffer;
-  call.second = length;
-  if (std::strcmp(name, "APIcr_EncryptBuffer") != 0 && std::strcmp(name, "APIcr_DecryptBuffer") != 0)
-    return call.answer;
+int AnswerCipher(char* buffer, std::uint32_t length, const char* keyBlob, std::int32_t* error) {
   ++g_cipher.calls;
   g_cipher.lastLength = length;
   g_cipher.lastKeyBlob = keyBlob;
@@ -38,16 +36,54 @@ int Answer(const char* name, char* buffer, std::uint32_t length, const char* key
   return *error = g_cipher.error;
 }
 
+int AnswerRun(const char* command, std::int32_t* exitCode) {
+  std::strncpy(g_launcher.command, command, sizeof g_launcher.command - 1);
+  if (g_launcher.exitCode != 0) *exitCode = g_launcher.exitCode;
+  return g_launcher.result;
+}
+
+int AnswerConfig(bool writes, std::uint32_t cls, std::uint32_t item, char* record, std::uint32_t size) {
+  g_config.cls = cls;
+  g_config.item = item;
+  g_config.size = size;
+  if (!writes) std::memcpy(&g_config.firstWord, record, sizeof g_config.firstWord);
+  const std::uint32_t error = writes ? g_config.writeError : g_config.readError;
+  if (error != 0) return static_cast<int>(error);
+  char* const own = g_config.record;
+  std::copy_n(writes ? record : own, std::min<std::size_t>(size, sizeof g_config.record), writes ? own : record);
+  return 0;
+}
+
+int Answer(std::string_view name, void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) {
+  FakeCallState& call = Find(name);
+  ++call.count;
+  call.first = first;
+  call.second = second;
+  if (name == "APIcr_EncryptBuffer" || name == "APIcr_DecryptBuffer") {
+    return AnswerCipher(static_cast<char*>(first), second, static_cast<char*>(third),
+                        static_cast<std::int32_t*>(fifth));
+  }
+  if (name == "Run") return AnswerRun(static_cast<char*>(first), reinterpret_cast<std::int32_t*>(second));
+  if (call.answer == 0 && (name == "KE_AGAPI_GetConfig" || name == "KE_AGAPI_SetConfig")) {
+    const auto cls = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(first));
+    return AnswerConfig(name == "KE_AGAPI_SetConfig", cls, second, static_cast<char*>(third), fourth);
+  }
+  return call.answer;
+}
+
 }  // namespace
 
-// The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports them all.
-#define FAKE_FUNCTION(name, presence)                                                                            \
-  extern "C" int Fake_##name(char*, std::uint32_t, const char*, std::uint32_t, std::int32_t*) asm("_" #name);    \
-  int Fake_##name(char* buffer, std::uint32_t length, const char* keyBlob, std::uint32_t, std::int32_t* error) { \
-    return Answer(#name, buffer, length, keyBlob, error);                                                        \
+// The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports them all. Each
+// takes as many words as the longest of them.
+#define FAKE_FUNCTION(name, presence)                                                                  \
+  extern "C" int Fake_##name(void*, std::uint32_t, void*, std::uint32_t, void*) asm("_" #name);        \
+  int Fake_##name(void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) { \
+    return Answer(#name, first, second, third, fourth, fifth);                                         \
   }
 FAKE_FUNCTIONS(FAKE_FUNCTION, FAKE_FUNCTION)
 
 FakeCallState* FakeCall(const char* name) { return &Find(name); }
 int FakeCalls(const char* name) { return Find(name).count; }
 FakeCipherState* FakeCipher() { return &g_cipher; }
+FakeLauncherState* FakeLauncher() { return &g_launcher; }
+FakeConfigState* FakeConfig() { return &g_config; }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 /// The fake cipher combines each byte with this by exclusive or, so that enciphered texts can be seen through.
 inline constexpr char kFakeCipherMask = 0x55;
@@ -16,11 +17,25 @@ struct FakeCipherState {
 
 /// The calls of one function.
 struct FakeCallState {
-  const char* name;
+  std::string_view name;
   int count;
   int answer;         // what the next calls return, 0 unless set
   const void* first;  // the first two arguments of the last call
   std::uint32_t second;
+};
+
+struct FakeLauncherState {
+  char command[256];      // the last one that was run, cut
+  int result;             // what the next runs report,
+  std::int32_t exitCode;  // and the exit code they tell
+};
+
+/// The configuration of a fake agent module: one record, whatever class and item are asked for.
+struct FakeConfigState {
+  std::uint32_t cls, item, size;        // of the last call
+  std::uint32_t firstWord;              // of the record that the last reading was given
+  std::uint32_t readError, writeError;  // what the calls report, leaving the record alone
+  char record[2564];
 };
 
 extern "C" {
@@ -28,6 +43,8 @@ FakeCallState* FakeCall(const char* name);
 /// How often the function was called.
 int FakeCalls(const char* name);
 FakeCipherState* FakeCipher();
+FakeLauncherState* FakeLauncher();
+FakeConfigState* FakeConfig();
 }
 
 /// A marked file as the fake cipher writes it.

@@ -1,0 +1,181 @@
+#include <doctest/doctest.h>
+
+#include <string>
+
+#include "exports/store_tree.h"
+#include "registration/token_text.h"
+
+using support::LoadedDll;
+
+namespace {
+
+// The files of an installation, in the order in which they are written.
+constexpr const char* kFiles[] = {"Scheduler/Config/tokens.tok", "KESLPMNG/Config/plugins.tok", "KESWD/KesWD.conf",
+                                  "KELCONF/KELCONF.INI",         "KELUPD/KELUPD.INI",           "KELUPG/KELUPG.INI"};
+
+// What an installation below `root` holds, in one text.
+std::string Installed(const support::Folder& root) {
+  std::string text;
+  for (const char* file : kFiles) text += support::ReadFile(root.Path(file));
+  return text;
+}
+
+// A tree with the folders of the modules that host plug-ins, and the DLL in it.
+struct RegistrationTree : StoreTree {
+  RegistrationTree() {
+    for (const char* host : {"KELUpg", "KELUpd", "KELConf"}) std::filesystem::create_directory(tree.Path(host));
+  }
+  std::string Ini(std::string module) const { return support::ReadFile(tree.Path(module + "/" + module + ".ini")); }
+  const LoadedDll dll = Load();
+};
+
+}  // namespace
+
+TEST_CASE("initialisation: writes every file; again, with or without a backslash behind the root, the same ones") {
+  const RegistrationTree with;
+  const support::Folder root;
+  const std::string path = root / "";
+  const auto initialise = CALL(with.dll, KE_InitializeSystem);
+  CHECK(initialise("\\") == KE_MISSING_ARGUMENT);
+  CHECK(root.FileCount() == 0);
+  CHECK(initialise((path + "\\").c_str()) == KE_SUCCESS);  // one backslash is dropped, the other one counts
+  REQUIRE(initialise(path.c_str()) == KE_SUCCESS);
+  const std::string bare = path.substr(0, path.size() - 1), first = Installed(root);
+  std::string expected =
+      "[SERVICES]\r\nKesAgent=\"@KesAgent\\KesAgent.exe\"\r\nZumAt3Scheduler=\"@Scheduler\\ZumSched.exe\"\r\n"
+      "ZumKesLpMng=\"@KesLpMng\\KesLpMng.exe\"\r\n"
+      "[PLUGINS]\r\nKELSYSCF=\"@KELSYSCF\\KELSYSCF.dll\"\r\nKELTASK=\"@KELTASK\\KELTASK.dll\"\r\n"
+      "[PLUGINS]\r\nKEAGENT=\"@KELSYSUD\\KelSysUd.dll\"\r\n[PLUGINS]\r\nKEAGENT=\"@KELSYSIN\\KelSysIn.dll\"\r\n";
+  for (size_t at; (at = expected.find('@')) != std::string::npos;) expected.replace(at, 1, path);
+  CHECK(first == registration::SchedulerTokens(bare) + registration::PluginTokens(bare) + expected);
+  for (const char* folder : {"KELSYSCF", "KELTASK", "KELSYSUD", "KELSYSIN", "KesAgent", "KEPWINST"})
+    CHECK(std::filesystem::is_directory(root.Path(folder)));
+  CHECK(initialise(bare.c_str()) == KE_SUCCESS);
+  CHECK(Installed(root) == first);
+}
+
+TEST_CASE("initialisation: stops at the first file that cannot be written; the ones before it stay") {
+  const RegistrationTree with;
+  for (const char* blocked : kFiles) {
+    CAPTURE(blocked);
+    const support::Folder root;
+    std::filesystem::create_directories(root.Path(blocked));
+    CHECK(CALL(with.dll, KE_InitializeSystem)((root / "").c_str()) == KE_STORE_UNUSABLE);
+    bool before = true;
+    for (const char* file : kFiles) {
+      before = before && file != blocked;
+      CHECK(std::filesystem::is_regular_file(root.Path(file)) == before);
+    }
+  }
+}
+
+TEST_CASE("initialisation: other keys stay; plug-ins register anew whatever the root; a pending reboot is noted") {
+  const RegistrationTree with;
+  const support::Folder root;
+  const std::string path = root / "", protection = with.tree / "Protection";
+  const auto initialise = CALL(with.dll, KE_InitializeSystemEx);
+  with.tree.AddFake("FakeKERegister", "Protection/KERegister.dll");
+  const LoadedDll plugin(with.tree.Path("Protection/KERegister.dll"));
+  RegSetKeyValueA(HKEY_LOCAL_MACHINE, "Software\\Tavrin Security\\Orvane\\Protections", "P", REG_SZ, protection.c_str(),
+                  static_cast<DWORD>(protection.size()));
+  std::filesystem::create_directory(root.Path("KESWD"));
+  support::WriteFile(root.Path("KESWD/KesWD.conf"), "[OTHER]\r\nA=1\r\n[SERVICES]\r\nMine=2\r\n");
+  for (const char* other : {"TRUE ", "", "1"}) CHECK(initialise(path.c_str(), other) == KE_SUCCESS);
+  CHECK(support::ReadFile(root.Path("KESWD/KesWD.conf")).starts_with("[OTHER]\r\nA=1\r\n[SERVICES]\r\nMine=2\r\nKes"));
+  CHECK(with.Ini("KELUpg").empty());
+  CHECK(initialise("", "true") == KE_MISSING_ARGUMENT);
+  CHECK(CALL(plugin, FakeCalls)("KE_ReloadPlugins") == 4);
+  RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavrin Security");
+  CHECK(with.Ini("KELUpg") == "[GENERAL]\r\nREBOOT_REQUIRED=true\r\n");
+  std::filesystem::remove_all(with.tree.Path("KELUpg"));
+  CHECK(initialise(path.c_str(), "TRUE") == KE_SUCCESS);
+}
+
+TEST_CASE("plug-ins, versions and subscriptions: what each call leaves in its file") {
+  const RegistrationTree with;
+  const auto addPlugin = CALL(with.dll, KE_AddPlugin);
+  const auto removePlugin = CALL(with.dll, KE_RemovePlugin);
+  const auto setVersion = CALL(with.dll, KE_SetVersion);
+  const auto subscribe = CALL(with.dll, KE_AddPolicyTypeSuscription);
+  const auto withdraw = CALL(with.dll, KE_RemovePolicyTypeSuscription);
+  const auto edit = [&](KE_RESULT result, const char* module, const std::string& text) {
+    CHECK(result == KE_SUCCESS);
+    CHECK(with.Ini(module) == text);
+  };
+  edit(addPlugin("K", "KELConf", "\"a b\""), "KELConf", "[PLUGINS]\r\nK=\"a b\"\r\n");
+  edit(addPlugin("k", "kelconf", "c"), "KELConf", "[PLUGINS]\r\nK=c\r\n");
+  edit(removePlugin("K", "KELConf"), "KELConf", "[PLUGINS]\r\n");
+  edit(addPlugin("K", "KELConf", nullptr), "KELConf", "[PLUGINS]\r\n");
+  const std::string type = "[PLUGINS]\r\n[TYPES_101]\r\n";
+  edit(subscribe("KELSYSCF", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
+  edit(subscribe("kec", "101"), "KELConf", type + "KELSYSCF=YES\r\nkec=YES\r\n");
+  edit(withdraw("kec", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
+  edit(subscribe("KEC", "101"), "KELConf", type + "KEC=YES\r\n");
+  edit(withdraw("KEC", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
+  with.tree.AddDevkit("KELUPG.dll", "KELUpg");
+  edit(setVersion("X", "2"), "KELUpg", "[INSTALLED]\r\nX=2\r\n");
+  CHECK_FALSE(std::filesystem::exists(with.tree.Path("KELUpg/KELUPG.log")));
+  edit(setVersion("keagent", "3"), "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n");
+  CHECK(support::ReadFile(with.tree.Path("KELUpg/KELUPG.log")).ends_with(";1;0\r\n"));
+  edit(addPlugin("X", "KELUpg", "x"), "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n[PLUGINS]\r\nX=x\r\n");
+  edit(removePlugin("X", "kelupg"), "KELUpg", "[INSTALLED]\r\nX=NOT\r\nkeagent=3\r\n[PLUGINS]\r\n");
+  using TwoTexts = decltype(&KE_SetVersion);
+  const char* const none = nullptr;
+  for (const TwoTexts change : {removePlugin, setVersion, subscribe, withdraw}) {
+    for (const auto& [key, text] : {std::pair{none, "KELConf"}, {"", "1"}, {"K", none}, {"K", ""}}) {
+      CHECK(change(key, text) == KE_MISSING_ARGUMENT);
+      CHECK(addPlugin(key, text, "v") == KE_MISSING_ARGUMENT);
+    }
+  }
+  for (const char* file : {"KELUpg", "KELConf/KELConf.ini"}) std::filesystem::remove_all(with.tree.Path(file));
+  std::filesystem::create_directory(with.tree.Path("KELConf/KELConf.ini"));  // a folder in the file's place
+  for (const char* key : {"KEC", "K"}) {
+    for (const TwoTexts change : {setVersion, subscribe, withdraw}) CHECK(change(key, "101") == KE_STORE_UNUSABLE);
+    for (const char* host : {"KELUpg", "KELConf"}) CHECK(removePlugin(key, host) == KE_STORE_UNUSABLE);
+  }
+  CHECK(addPlugin("K", "KELConf", "v") == KE_STORE_UNUSABLE);
+}
+
+TEST_CASE("removing a plug-in of the update module: what the launcher makes of it; the plug-in is out in any case") {
+  const RegistrationTree with;
+  const auto remove = [&] {
+    support::WriteFile(with.tree.Path("KELUpd/KELUpd.ini"), "[PLUGINS]\r\nX=x\r\n");
+    const KE_RESULT result = CALL(with.dll, KE_RemovePlugin)("X", "kelupd");
+    CHECK(with.Ini("KELUpd") == "[PLUGINS]\r\n");
+    return result;
+  };
+  with.tree.AddDevkit("TvLogSys.dll", "Common");
+  support::WriteFile(with.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
+  CHECK(remove() == KE_LAUNCHER_NOT_LOADED);
+  with.tree.AddFake("FakeKELMNAPI", "Common/KELMNAPI.dll");
+  CHECK(remove() == KE_SUCCESS);
+  CHECK(GetModuleHandleA("KELMNAPI.dll") == nullptr);
+  const LoadedDll fake(with.tree.Path("Common/KELMNAPI.dll"));
+  FakeLauncherState& launcher = *CALL(fake, FakeLauncher)();
+  launcher.exitCode = 7;
+  CHECK(remove() == KE_STORE_UNUSABLE);
+  launcher.result = -3;
+  CHECK(remove() == KE_PROGRAM_NOT_STARTED);
+  CHECK(std::string(launcher.command) == "KELUPD -REMOVEINFO:X");
+  const std::string log = support::ReadFile(with.tree.Path("KELUtils/KELUtils.log"));
+  for (const char* text : {";0;KELUtils;KE_RemovePlugin;\"Could not load KELMNAPI\"",
+                           ";20;KELUtils;KE_RemovePlugin;\"Could not Run KELUPD. KELUPD Run returned code :7\"",
+                           "KE_RemovePlugin;\"Could not Run KELUPD. Launcher function returned code :-3\""})
+    CHECK_MESSAGE(log.find(text) != std::string::npos, text);
+}
+
+TEST_CASE("command gate: asks the installation state, and allows nothing when it cannot be read") {
+  const RegistrationTree with;
+  uint32_t allowed = 7;
+  const auto check = [&](int32_t state, const char* command, uint32_t expected) {
+    REQUIRE(CALL(with.dll, KE_SetInstallState)(&state, 0) == KE_SUCCESS);
+    CHECK(CALL(with.dll, KE_CanRunCommand)(command, &allowed) == KE_SUCCESS);
+    CHECK(allowed == expected);
+  };
+  check(45, "keltest", 0);
+  check(199, nullptr, 0);
+  check(200, nullptr, 1);
+  const support::LockedFile locked(with.tree.Store("INTEGRA.DAT"));
+  CHECK(CALL(with.Load(), KE_CanRunCommand)("KELTVEVT", &allowed) == KE_STORE_UNUSABLE);
+  CHECK(allowed == 0);
+}
