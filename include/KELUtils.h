@@ -451,9 +451,10 @@ KE_RESULT KE_API KE_GetInetConfig(KE_PROXY* proxy, uint32_t size);
 /* Writes all registration files of an installation below its folder root, a full path whose one trailing backslash does
  * not count: the token files, then the standard plug-ins of the configuration, update and upgrade module. Creates the
  * folders for them, but not root. Before that, whatever root is, every protection plug-in in the registry is asked to
- * register itself anew. Stops at the first file that fails. Repeating it leaves the same files.
+ * register itself anew. Stops at the first file that fails. Repeating it leaves the same files. Never from two threads
+ * at once.
  *   KE_MISSING_ARGUMENT  root is null, empty or a lone backslash
- *   KE_STORE_UNUSABLE    a file could not be opened or written */
+ *   KE_STORE_UNUSABLE    a token file could not be opened, or a value of an INI file not be written */
 KE_RESULT KE_API KE_InitializeSystem(const char* root);
 
 /* The same for an installation that ends with a reboot: when rebootRequired is "TRUE" in any letter case, the upgrade

@@ -24,7 +24,7 @@ std::string MakeConfigFolder(const std::string& root, const char* folder) {
   return config;
 }
 
-// A text that does not fit on the disk is not told.
+// A write that fails, as on a full disk, is not told.
 void WriteText(const win::FileHandle& file, const std::string& text) { win::Write(file, text.data(), text.size()); }
 
 KE_RESULT WritePluginTokens(const std::string& root) {

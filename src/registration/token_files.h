@@ -2,7 +2,7 @@
 // folder itself, writes its file from constants and the folder's name, and traces its start and end.
 //
 // KE_SUCCESS; KE_MISSING_ARGUMENT when `root` is null, empty or a lone backslash; KE_STORE_UNUSABLE when the file could
-// not be opened or written; KE_EXCEPTION. One trailing backslash of `root` does not count.
+// not be opened, or a value of KesWD.conf not written; KE_EXCEPTION. One trailing backslash of `root` does not count.
 #pragma once
 
 #include "KELUtils.h"
