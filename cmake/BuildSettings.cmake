@@ -1,4 +1,4 @@
-# The build-time settings of the product, checked here, and the source file that carries them into the library.
+# The build-time settings of the product, checked here, and the source files that carry them into the library.
 
 # The development key blobs spell out that they are no secret: "KELUtils development key blob ..." in base64.
 set(_development_file_blob
@@ -29,4 +29,6 @@ if(KELUTILS_FILE_KEY_BLOB STREQUAL _development_file_blob OR KELUTILS_SETTING_KE
   message(STATUS "KELUtils: building with development key blobs: for development only, never ship this build")
 endif()
 
-configure_file(${CMAKE_SOURCE_DIR}/cmake/key_blobs.cpp.in ${CMAKE_BINARY_DIR}/generated/key_blobs.cpp @ONLY)
+foreach(_source key_blobs service_address)
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/${_source}.cpp.in ${CMAKE_BINARY_DIR}/generated/${_source}.cpp @ONLY)
+endforeach()

@@ -494,6 +494,32 @@ KE_RESULT KE_API KE_RemovePolicyTypeSuscription(const char* key, const char* typ
  * return the codes of the store accessors.
  *   KE_MISSING_ARGUMENT  allowed is null */
 KE_RESULT KE_API KE_CanRunCommand(const char* command, uint32_t* allowed);
+/* ---- Server endpoints
+ * ---------------------
+ * Which message goes to which SOAP action, and to which server, stands in the plain INI file KE_AGPRX.dat in the
+ * KESAgent folder of the product. These exports take no lock: the caller keeps other writers of the same files away. */
+
+/* Sets the server of the two integration actions in KE_AGPRX.dat beside the DLL's own folder, and with it the SOAP
+ * namespace and action address, which are those of the product. A null server removes the two servers. Writes nothing
+ * to the trace log.
+ *   KE_NO_MODULE_DIRECTORY  the DLL's directory is unknown
+ *   KE_STORE_UNUSABLE       a write failed; all were tried */
+KE_RESULT KE_API KE_SetURLSecureServer(const char* server);
+
+/* Stores the server address in the configuration of the agent module, KELAGAPI.dll, which is bound for the call. The
+ * address is cut at 511 characters.
+ *   KE_MISSING_ARGUMENT    server is null; nothing was bound
+ *   KE_AGENT_NOT_LOADED    the agent module could not be loaded, or lacks a function that is needed
+ *   KE_AGENT_READ_FAILED   the agent module refused to give its configuration record
+ *   KE_AGENT_WRITE_FAILED  the agent module refused the changed record */
+KE_RESULT KE_API KE_SetURLServer(const char* server);
+
+/* Brings the configuration files of the product installed in installDir up to the current layout: message types, event
+ * settings, module tokens, settings of update, upgrade and policies. Message types that exist stay as they are. The
+ * folders of the product must exist. The directory is cut at 511 characters; one trailing backslash is dropped.
+ *   KE_MISSING_ARGUMENT  installDir is null, empty or a single backslash; nothing was touched
+ *   KE_STORE_UNUSABLE    a file could not be written; everything else was still done */
+KE_RESULT KE_API KE_UpgradeStart(const char* installDir);
 
 #ifdef __cplusplus
 }

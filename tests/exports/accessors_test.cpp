@@ -207,6 +207,7 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   check("KE_RemovePolicyTypeSuscription", CALL(dll, KE_RemovePolicyTypeSuscription)("K", ""));
   check("KE_CanRunCommand", CALL(dll, KE_CanRunCommand)("K", nullptr));
   check("KE_SetUninstallPass", CALL(dll, KE_SetUninstallPass)("x", 0));
+  for (const char* name : {"KE_SetURLServer", "KE_UpgradeStart"}) check(name, dll.Get<Setter>(name)(nullptr));
   check("KE_CheckInstallationPassw", CALL(dll, KE_CheckInstallationPassw)("x", 1) == 1 ? 0 : 1);
   check("KE_GetConfiguratedProxy", CALL(dll, KE_GetConfiguratedProxy)(nullptr));
   check("KE_SetAgentProxyInfo", CALL(dll, KE_SetAgentProxyInfo)(nullptr, nullptr, nullptr, nullptr));

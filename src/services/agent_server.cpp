@@ -1,0 +1,65 @@
+#include "services/agent_server.h"
+
+#include <cstring>
+#include <string>
+
+#include "frame/agent_api.h"
+#include "frame/module.h"
+#include "frame/paths.h"
+#include "frame/trace.h"
+#include "services/message_types.h"
+#include "services/service_address.h"
+#include "win/profile.h"
+
+namespace services {
+namespace {
+
+using frame::kDetail;
+using frame::Trace;
+
+/// Holds the agent module for the length of a scope. Freed even when it could not be opened: an incomplete module stays
+/// loaded.
+struct AgentScope {
+  ~AgentScope() { frame::FreeAgentApi(); }
+  const bool opened = frame::OpenAgentApi() == 0;
+};
+
+}  // namespace
+
+KE_RESULT SetAgentServer(const char* server) {
+  const AgentScope agent;
+  const frame::AgentApiTable& api = frame::AgentApi();
+  if (!agent.opened || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) return KE_AGENT_NOT_LOADED;
+  AgentServerRecord record{};
+  const auto read = api.KE_AGAPI_GetConfig(kServerRecordClass, kServerRecordItem, &record, sizeof record);
+  if (read != 0) {
+    Trace(kDetail, "KE_SetURLServer", "Error reading the agent's configuration: [%d]", static_cast<int>(read));
+    return KE_AGENT_READ_FAILED;
+  }
+  std::strncpy(record.server, server, sizeof record.server - 1);
+  record.server[sizeof record.server - 1] = '\0';
+  const auto written = api.KE_AGAPI_SetConfig(kServerRecordClass, kServerRecordItem, &record, sizeof record);
+  if (written != 0) {
+    Trace(kDetail, "KE_SetURLServer", "Error writing the agent's configuration: [%d]", static_cast<int>(written));
+    return KE_AGENT_WRITE_FAILED;
+  }
+  return KE_SUCCESS;
+}
+
+KE_RESULT SetIntegrationServer(const char* server) {
+  const auto directory = frame::KeptModuleDirectory();
+  if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
+  const std::string file = frame::SiblingFolder(directory, "KESAgent") + "KE_AGPRX.dat";
+  const std::string dispatcher =
+      std::string(kServiceBaseAddress) + "/Orvane/Services/Agents/Facade/SecureMessageDispatcher";
+  const std::string address = dispatcher + "/ISecureMessages";
+  bool good = true;
+  for (const char* section : {"IntegrationMessage", "IntegrationMessageInstall"}) {
+    good &= win::WriteProfile(file, section, kServerKey, server);
+    good &= win::WriteProfile(file, section, kNamespaceKey, dispatcher.c_str());
+    good &= win::WriteProfile(file, section, kAddressKey, address.c_str());
+  }
+  return good ? KE_SUCCESS : KE_STORE_UNUSABLE;
+}
+
+}  // namespace services
