@@ -23,6 +23,8 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddProxyCommand(kelctl, session);
   AddRegistrationCommands(kelctl, session);
   AddOsCommand(kelctl, session);
+  AddServerCommand(kelctl, session);
+  AddUpgradeCommand(kelctl, session);
 }
 
 void SetUp(CLI::App& kelctl, Session& session) {

@@ -32,5 +32,7 @@ void AddPasswordCommand(CLI::App& kelctl, Session& session);
 void AddProxyCommand(CLI::App& kelctl, Session& session);
 void AddRegistrationCommands(CLI::App& kelctl, Session& session);
 void AddOsCommand(CLI::App& kelctl, Session& session);
+void AddServerCommand(CLI::App& kelctl, Session& session);
+void AddUpgradeCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl
