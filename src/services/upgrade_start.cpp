@@ -9,6 +9,7 @@
 #include "frame/settings_file.h"
 #include "frame/trace.h"
 #include "registration/token_files.h"
+#include "registration/token_text.h"
 #include "services/message_types.h"
 #include "services/upgrade_settings.h"
 #include "win/profile.h"
@@ -97,7 +98,7 @@ bool UpdateOptionalFiles(const std::string& root) {
 
 KE_RESULT StartUpgrade(const char* installDir) {
   const std::string directory(installDir, strnlen(installDir, kLongestDirectory));
-  const std::string root = directory.substr(0, directory.size() - directory.ends_with('\\'));
+  const std::string root = registration::InstallRoot(directory.c_str());
   if (root.empty()) return KE_MISSING_ARGUMENT;
   bool good = UpdateMessages(root);
   good &= UpdateSettings(root, EventAndTokenSettings());

@@ -52,6 +52,9 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"proxy set h 3128 --user u --password s\xE9", 0, ""},
       {"proxy show", 0, "host      h\nport      3128\nuser      u\npassword  ********\n"},
       {"proxy set h:1", kUsage, "a host alone"},
+      {"server set https://s --secure", 0, ""},
+      {"server set https://s", 1, "KE_SetURLServer failed with 1790 KE_AGENT_NOT_LOADED"},
+      {"upgrade start absent", kUsage, "Directory does not exist"},
       {"get property:Site", kUsage, "can only be set"},
       {"get agent", kUsage, "no value \"agent\"; the names are agent-id, "},
       {"set integrated 1", kUsage, "integrated is read only"},
@@ -71,6 +74,11 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   }
   CHECK(tool.Run("init --reboot-required \"" + (tool.tree / "Common") + "\"").exitCode == 0);
   CHECK(std::filesystem::exists(tool.tree.Path("Common/KELUPG/KELUPG.INI")));
+  const auto upgrade = tool.Run("upgrade start \"" + tool.tree.Path("KESAgent").parent_path().string() + "\"");
+  CHECK(upgrade.output.find("KE_UpgradeStart failed with 1782") != std::string::npos);  // not all folders are there
+  const std::string messages = support::ReadFile(tool.tree.Path("KESAgent/KE_AGPRX.dat"));
+  CHECK(messages.find("SERVER=https://s\r\n") != std::string::npos);
+  CHECK(messages.find("KE_AGM_NETINFO=1009\r\n") != std::string::npos);
   const std::string shown = tool.Run("show").output;
   CHECK(shown.find("agent-id            A-1\n") != std::string::npos);
   CHECK(shown.find("device-id           (no value: 1782 KE_STORE_UNUSABLE)\n") != std::string::npos);

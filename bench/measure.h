@@ -1,0 +1,79 @@
+// Measuring two ways of doing the same side by side: their runs alternate, so that whatever else the machine does meets
+// both.
+#pragma once
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace bench {
+
+/// What several runs gave: the middle one, and the bounds of the middle half.
+struct Spread {
+  double median;
+  double lower;
+  double upper;
+};
+
+inline Spread SpreadOf(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t count = values.size();
+  return {values[count / 2], values[count / 4], values[count - 1 - count / 4]};
+}
+
+/// Milliseconds that `work()` takes.
+template <typename Work>
+double Milliseconds(Work work) {
+  LARGE_INTEGER frequency, start, end;
+  QueryPerformanceFrequency(&frequency);
+  QueryPerformanceCounter(&start);
+  work();
+  QueryPerformanceCounter(&end);
+  return 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
+}
+
+/// One side: its name in the output, what is done before each run without being measured, and the run.
+template <typename Prepare, typename Run>
+struct Side {
+  const char* name;
+  Prepare prepare;
+  Run run;
+};
+template <typename Prepare, typename Run>
+Side(const char*, Prepare, Run) -> Side<Prepare, Run>;
+
+inline void PrintTimes(const char* name, const Spread& times) {
+  std::printf("  %-24s median %8.3f ms, half of the runs %8.3f to %8.3f ms\n", name, times.median, times.lower,
+              times.upper);
+}
+
+/// Runs both sides `rounds` times, of which there are at least 7, after one run of each that does not count; the sides
+/// take turns in being first. Prints how many times as long `measured` takes as `reference`, as the median of the
+/// rounds, and both sides' times. True when that ratio is at most `limit`.
+template <typename Measured, typename Reference>
+bool Compare(const Measured& measured, const Reference& reference, std::size_t rounds, double limit) {
+  const auto run = [](const auto& side) {
+    side.prepare();
+    return Milliseconds(side.run);
+  };
+  run(measured);
+  run(reference);
+  std::vector<double> ratios, times[2];
+  for (std::size_t round = 0; round < rounds; ++round) {
+    const bool first = round % 2 == 0;
+    if (first) times[0].push_back(run(measured));
+    times[1].push_back(run(reference));
+    if (!first) times[0].push_back(run(measured));
+    ratios.push_back(times[0].back() / times[1].back());
+  }
+  const Spread ratio = SpreadOf(ratios);
+  std::printf("ratio %.3f (at most %.2f: %s), median of %u rounds, half of them %.3f to %.3f\n", ratio.median, limit,
+              ratio.median <= limit ? "met" : "NOT MET", static_cast<unsigned>(rounds), ratio.lower, ratio.upper);
+  PrintTimes(measured.name, SpreadOf(times[0]));
+  PrintTimes(reference.name, SpreadOf(times[1]));
+  return ratio.median <= limit;
+}
+
+}  // namespace bench

@@ -1,0 +1,62 @@
+// KE_UpgradeStart on an installation of an older version, beside the bare profile calls that its rows demand, on the
+// same files. Beyond them it traces and writes the token file.
+#include <cstdio>
+
+#include "KELUtils.h"
+#include "bench/installation.h"
+#include "bench/measure.h"
+#include "bench/profile_calls.h"
+#include "win/owner.h"
+
+namespace {
+
+constexpr std::size_t kRounds = 31;
+constexpr double kLimit = 1.1;
+
+struct Library {
+  explicit Library(const bench::Installation& installation)
+      : module(LoadLibraryW(installation.Library().c_str())),
+        upgradeStart(reinterpret_cast<decltype(&KE_UpgradeStart)>(
+            reinterpret_cast<void*>(GetProcAddress(module.Get(), "KE_UpgradeStart")))) {}
+
+  win::ModuleHandle module;
+  decltype(&KE_UpgradeStart) upgradeStart;
+};
+
+// One upgrade, with its calls counted and its result compared with that of the bare calls.
+bool CheckCalls(const bench::Installation& installation, const std::vector<bench::ProfileCall>& demanded) {
+  const Library library(installation);
+  bench::CountCallsOf(library.module.Get());
+  installation.Reset();
+  const KE_RESULT result = library.upgradeStart(installation.Root().c_str());
+  const bench::CallCounts made = bench::CountedCalls();
+  const auto upgraded = installation.Files();
+  installation.Reset();
+  for (const auto& call : demanded) bench::Make(call);
+  const bool same = installation.Files() == upgraded;
+  std::printf("profile calls: %u made, %u demanded by the rows; %u more by the trace system, on its own file\n",
+              made.others, static_cast<unsigned>(demanded.size()), made.own);
+  if (result != KE_SUCCESS) std::printf("KE_UpgradeStart FAILED with %u\n", static_cast<unsigned>(result));
+  if (!same) std::printf("the bare calls do NOT give the same files\n");
+  return result == KE_SUCCESS && same && made.others == demanded.size();
+}
+
+}  // namespace
+
+int main() {
+  const bench::Installation installation;
+  const std::string root = installation.Root();
+  const auto demanded = bench::DemandedCalls(root);
+  if (!CheckCalls(installation, demanded)) return 1;
+  const Library library(installation);
+  // Loading the trace library anew costs every export the same. It is told apart, and the host has it here.
+  std::printf("an export that does nothing takes %.3f ms, for it loads the trace library\n",
+              bench::Milliseconds([&] { library.upgradeStart(""); }));
+  const win::ModuleHandle traceLibrary(LoadLibraryW(installation.TraceLibrary().c_str()));
+  const auto reset = [&] { installation.Reset(); };
+  const bench::Side upgrade{"KE_UpgradeStart", reset, [&] { library.upgradeStart(root.c_str()); }};
+  const bench::Side bare{"bare profile calls", reset, [&] {
+                           for (const auto& call : demanded) bench::Make(call);
+                         }};
+  return bench::Compare(upgrade, bare, kRounds, kLimit) ? 0 : 1;
+}
