@@ -31,7 +31,7 @@ class Installation {
   std::map<std::string, std::string> before_;  // by the path below the root
 };
 
-// What is known of the messages in KE_AGPRX.dat before the upgrade.
+/// What KE_AGPRX.dat holds before the upgrade: whether a message is listed, whether an action section has a server.
 bool IsListed(const std::string& message);
 bool HasServer(const std::string& actionSection);
 

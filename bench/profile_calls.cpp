@@ -1,5 +1,6 @@
 #include "bench/profile_calls.h"
 
+#include <span>
 #include <string_view>
 
 #include "bench/installation.h"

@@ -21,6 +21,7 @@ struct ProfileCall {
 /// The calls that the rows of an upgrade demand for an installation as it was before.
 std::vector<ProfileCall> DemandedCalls(const std::string& root);
 
+/// Makes the call, whatever comes of it.
 void Make(const ProfileCall& call);
 
 /// Lets `module` count its calls of the profile functions, until it is unloaded. One module at a time.
