@@ -8,6 +8,7 @@ packages=(
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
   wine64 libz-mingw-w64 libgnutls30                # running 32-bit Windows programs (GnuTLS carries their CNG)
+  xvfb                                             # a display for programs with windows
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests, kelctl and zumat
   libssl-dev                                       # an independent base64 codec for the native tests
   clang-format                                     # the formatting check
