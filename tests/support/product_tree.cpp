@@ -48,7 +48,7 @@ ProductTree::ProductTree() {
   AddDevkit("ApiCr.dll", "Common");
 }
 
-void ProductTree::AddDevkit(const std::string& file, const std::string& folder) const {
+void Folder::AddDevkit(const std::string& file, const std::string& folder) const {
   fs::create_directories(Path(folder));
   fs::copy_file(BuildFolder() / "devkit" / file, Path(folder) / file, fs::copy_options::overwrite_existing);
 }
@@ -84,6 +84,15 @@ ProgramRun RunProgram(std::string commandLine) {
   CloseHandle(process.hProcess);
   std::erase(run.output, '\r');
   return run;
+}
+
+unsigned long RunAtOnce(int processes, const std::string& name) {
+  char self[MAX_PATH];
+  GetModuleFileNameA(nullptr, self, sizeof self);
+  const std::string one = "\"" + std::string(self) + "\" --no-skip -tc=\"" + name + "\"";
+  std::string all = "cmd /c \"";
+  for (int i = 1; i < processes; ++i) all += "start /b \"\" " + one + " & ";
+  return RunProgram(all + one + "\"").exitCode;
 }
 
 LoadedDll::LoadedDll(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {

@@ -25,6 +25,9 @@ struct ProgramRun {
 /// Runs a command line as a user does and waits for its end, for at most a minute.
 ProgramRun RunProgram(std::string commandLine);
 
+/// Runs the case `name` of this test program, which may be a skipped one, in so many processes at once. The exit code of the last one.
+unsigned long RunAtOnce(int processes, const std::string& name);
+
 /// A new empty folder below the temporary folder, removed at the end of the scope.
 class Folder {
  public:
@@ -35,6 +38,8 @@ class Folder {
 
   std::filesystem::path Path(const std::string& relative) const { return root_ / relative; }
   std::string operator/(const char* name) const { return Path(name).string(); }
+  /// Copies a file of the development kit into a folder below this one, which is made if it is missing.
+  void AddDevkit(const std::string& file, const std::string& folder) const;
   auto FileCount() const { return std::distance(std::filesystem::directory_iterator(root_), {}); }
 
  private:
@@ -48,8 +53,7 @@ struct ProductTree : Folder {
 
   std::filesystem::path Store(const char* name) const { return Path("KESAgent") / name; }
 
-  /// Copies a DLL of the development kit, or one of the fakes beside the tests, into the tree.
-  void AddDevkit(const std::string& file, const std::string& folder) const;
+  /// Copies one of the fakes beside the tests into the tree.
   void AddFake(const std::string& fake, const std::string& relative) const;
 };
 
