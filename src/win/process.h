@@ -19,6 +19,9 @@ class Process {
 
   explicit operator bool() const noexcept { return static_cast<bool>(process_); }
 
+  /// The identifier of the process; 0 for none.
+  DWORD Id() const noexcept { return processId_; }
+
   /// Waits for the end of the process: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
   DWORD Wait(DWORD milliseconds) const noexcept;
 

@@ -1,0 +1,14 @@
+// The dialogs.
+#pragma once
+
+#include <windows.h>
+
+#include "kepires/prompt.h"
+
+namespace kepires {
+
+/// Shows the prompt's dialog and waits for its end: a button, the end of its time, or `closing`, an event that closes
+/// the dialog with kYes; null for none. Returns an answer, or kNoDialog.
+ExitCode ShowDialog(const Prompt& prompt, HANDLE closing) noexcept;
+
+}  // namespace kepires

@@ -1,0 +1,11 @@
+// Numbers of the resources, for the program and the resource compiler. A dialog's buttons have the numbers of the
+// platform: IDYES, IDNO, IDCANCEL ("later") and IDOK.
+#pragma once
+
+#define DIALOG_QUESTION 101
+#define DIALOG_COUNT_DOWN 102
+#define DIALOG_INSTALLATION 104
+
+#define TEXT_QUESTION 1001 /* what is asked */
+#define TEXT_TIME 1002     /* how long the dialog stays; hidden when it stays as long as it takes */
+#define TEXT_NUMBER 1003   /* the number of -RebootMsg */
