@@ -42,7 +42,7 @@ std::uint64_t Checksum(const Header& header, const void* record) noexcept {
 
 bool LocateRecord(RecordKey key, char (&path)[MAX_PATH]) noexcept {
   char module[MAX_PATH];
-  if (!sharedfile::FindModulePath(module)) return false;
+  if (!sharedfile::FindOwnPath(module)) return false;
   const char* const name = std::strrchr(module, '\\');
   const int folder = name ? static_cast<int>(name + 1 - module) : 0;
   const int length = std::snprintf(path, sizeof path, "%.*sKELAGAPI-%lu-%lu.rec", folder, module,

@@ -9,7 +9,7 @@
 #include "kepires/install_event.h"
 #include "kepires/settings.h"
 #include "logfile/module_log.h"
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 
 namespace kepires {
 namespace {
@@ -42,7 +42,7 @@ End AnswerAutomatically(const Prompt& prompt, const Automatic& automatic, HANDLE
 
 End Run(const char* commandLine) noexcept {
   char path[MAX_PATH];
-  if (!logfile::FindOwnPath(path)) path[0] = '\0';
+  if (!sharedfile::FindOwnPath(path)) path[0] = '\0';
   const char* const separator = std::strrchr(path, '\\');
   Prompt prompt;
   if (const auto problem = ReadSwitches(SwitchesOf(commandLine, separator ? separator + 1 : path), prompt))

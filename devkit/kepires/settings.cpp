@@ -1,7 +1,7 @@
 #include "kepires/settings.h"
 
 #include "kepires/prompt.h"
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 
 namespace kepires {
 namespace {
@@ -23,7 +23,7 @@ Found ReadKey(const char* path, const char* key, std::uint32_t highest, std::uin
 
 std::optional<ExitCode> ReadSettings(std::optional<Automatic>& automatic) noexcept {
   char path[MAX_PATH];
-  if (!logfile::FindWithExtension(".ini", path)) return std::nullopt;
+  if (!sharedfile::FindWithExtension(".ini", path)) return std::nullopt;
   Automatic read;
   const Found mode = ReadKey(path, "Answer", 255, read.answer);
   for (const Found found :

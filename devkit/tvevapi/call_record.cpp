@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "logfile/log_file.h"
-#include "logfile/module_path.h"
+#include "sharedfile/module_path.h"
 #include "tvevapi/results.h"
 
 namespace tvevapi {
@@ -30,7 +30,7 @@ void AddTime(JsonLine& line) noexcept {
 
 int FailureSetFor(const char* name) noexcept {
   char path[MAX_PATH];
-  if (!logfile::FindWithExtension(".ini", path)) return 0;
+  if (!sharedfile::FindWithExtension(".ini", path)) return 0;
   return static_cast<int>(GetPrivateProfileIntA("FAIL", name, 0, path));
 }
 
@@ -67,7 +67,7 @@ int CallRecord::Write(int result) noexcept {
   const std::string_view bytes = line_.Finish();
   char path[MAX_PATH];
   logfile::LogFile file;
-  if (!logfile::FindBeside("events.jsonl", path) || !logfile::Locate(path, sizeof path, kMaximumFileSize, file) ||
+  if (!sharedfile::FindBeside("events.jsonl", path) || !logfile::Locate(path, sizeof path, kMaximumFileSize, file) ||
       !logfile::Append(file, bytes.data(), static_cast<std::uint32_t>(bytes.size()))) {
     return kNotRecorded;
   }
