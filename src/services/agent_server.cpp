@@ -17,19 +17,12 @@ namespace {
 using frame::kDetail;
 using frame::Trace;
 
-/// Holds the agent module for the length of a scope. Freed even when it could not be opened: an incomplete module stays
-/// loaded.
-struct AgentScope {
-  ~AgentScope() { frame::FreeAgentApi(); }
-  const bool opened = frame::OpenAgentApi() == 0;
-};
-
 }  // namespace
 
 KE_RESULT SetAgentServer(const char* server) {
-  const AgentScope agent;
+  const frame::AgentApiScope agent(frame::OpenAgentApi());
   const frame::AgentApiTable& api = frame::AgentApi();
-  if (!agent.opened || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) return KE_AGENT_NOT_LOADED;
+  if (agent.Result() != 0 || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) return KE_AGENT_NOT_LOADED;
   AgentServerRecord record{};
   const auto read = api.KE_AGAPI_GetConfig(kServerRecordClass, kServerRecordItem, &record, sizeof record);
   if (read != 0) {

@@ -59,7 +59,7 @@ TEST_CASE("zumat: commands that are refused, each with its code") {
       {"-TaskID:4 -addjob:P:\"M\"", kMissing},
   };
   for (const Row& row : rows) {
-    CAPTURE(row.line);
+    CAPTURE(std::string(row.line));
     Command command;
     CHECK(ReadCommand(row.line, command).result == row.result);
   }
@@ -121,7 +121,7 @@ TEST_CASE("zumat: time clauses, as they are read, written and told") {
       {"-Next:Boot:1 -Every:M", kClash},
   };
   for (const Row& row : rows) {
-    CAPTURE(row.text);
+    CAPTURE(std::string(row.text));
     Clauses clauses, again;
     REQUIRE(ReadClauses(row.text, clauses).result == row.result);
     if (row.result != kSuccess) continue;
@@ -159,7 +159,7 @@ TEST_CASE("zumat: the next start") {
       {"-Every:Boot:60", "17/05/2024 10:30", ""},
   };
   for (const Row& row : rows) {
-    CAPTURE(row.clauses);
+    CAPTURE(std::string(row.clauses));
     CAPTURE(row.now);
     Jobs jobs;
     REQUIRE(Run("-TaskID:1 -addjob:P:\"\" " + row.clauses, jobs).Succeeded());
@@ -234,8 +234,8 @@ TEST_CASE("zumat: the jobs file reads as it was written, and damage is seen") {
       {"\\t", "\\\""},
   };
   for (const Row& row : rows) {
-    CAPTURE(row.good);
-    CAPTURE(row.bad);
+    CAPTURE(std::string(row.good));
+    CAPTURE(std::string(row.bad));
     std::string text = good;
     text.replace(text.find(row.good), row.good.size(), row.bad);
     CHECK(ReadJobs(text, read).result == kDamaged);

@@ -122,7 +122,7 @@ TEST_CASE("zumat.exe: what is refused says so in one line and changes nothing") 
       {"", add, zumat::kDamaged},
   };
   for (const Row& row : rows) {
-    CAPTURE(row.arguments);
+    CAPTURE(std::string(row.arguments));
     support::WriteFile(scheduler.file, row.jobs);
     const auto run = support::RunProgram(scheduler.Line(row.arguments));
     CHECK(run.exitCode == row.result);

@@ -48,7 +48,7 @@ std::string StoreText(const char* section, const char* key, const std::string& v
 
 TEST_CASE("text accessors: a value goes to its key and comes back, when the buffer has room for its terminator") {
   for (const TextValue& row : kTexts) {
-    CAPTURE(row.getter);
+    CAPTURE(std::string(row.getter));
     const StoreTree tree;
     const LoadedDll dll = tree.Load();
     const auto get = dll.Get<Getter>(row.getter);
@@ -73,7 +73,7 @@ TEST_CASE("text accessors: a value goes to its key and comes back, when the buff
 
 TEST_CASE("text accessors: each getter's answer to a missing value, and each setter's to null and empty texts") {
   for (const TextValue& row : kTexts) {
-    CAPTURE(row.getter);
+    CAPTURE(std::string(row.getter));
     const StoreTree tree;
     const LoadedDll dll = tree.Load();
     const auto get = dll.Get<Getter>(row.getter);

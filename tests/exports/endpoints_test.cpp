@@ -143,7 +143,7 @@ TEST_CASE("upgrade start: settings that exist are overwritten, kept or removed, 
   for (const auto& row : rows) support::WriteFile(tree.Path(row.file), row.before);
   CHECK(tree.Upgrade() == KE_SUCCESS);
   for (const auto& row : rows) {
-    CAPTURE(row.file);
+    CAPTURE(std::string(row.file));
     CHECK(tree.Lines(row.file).substr(0, row.after.size()) == row.after);
   }
 }

@@ -14,7 +14,7 @@ TEST_CASE("log configuration: settings texts become level and size") {
   for (const Row& row : {Row{"10", 10, 10240}, Row{"0", 0, k3MB}, Row{"-5", 0, k3MB}, Row{"", 0, k3MB},
                          Row{"many", 0, k3MB}, Row{" 7x", 7, 7168}, Row{"2097151", 2097151, 2147482624},
                          Row{"2097152", 2097152, k3MB}, Row{"99999999999999999999", 2147483647, k3MB}}) {
-    CAPTURE(row.text);
+    CAPTURE(std::string(row.text));
     CHECK(frame::LogLevelFromText(row.text) == row.level);
     CHECK(frame::LogSizeFromText(row.text) == row.size);
   }

@@ -53,7 +53,16 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"proxy show", 0, "host      h\nport      3128\nuser      u\npassword  ********\n"},
       {"proxy set h:1", kUsage, "a host alone"},
       {"server set https://s --secure", 0, ""},
-      {"server set https://s", 1, "KE_SetURLServer failed with 1790 KE_AGENT_NOT_LOADED"},
+      {"server set https://s", 0, ""},
+      {"jobs period 9 60 KELUPD", 1, "KE_SetPeriodicTask failed with 1786 KE_SCHEDULER_NOT_STARTED"},
+      {"jobs window 9 60 12:00 24:00 KELUPD", kUsage, "24:00 is out of range"},
+      {"jobs next-boot \"a\\\"b\"", kUsage, "double quote"},
+      {"jobs list", 2, "cannot start "},
+      {"update config set UPDATE SOURCE server --only-if-exists", 0, ""},
+      {"update config get UPDATE SOURCE", 0, "\n"},
+      {"update now --values 1 2", 1, "KE_UpdateNowEx failed with 1799 KE_LAUNCHER_NOT_LOADED"},
+      {"notify installer", 1, "KE_NotifyDeviceID failed with 1782"},
+      {"launch report", 0, ""},
       {"upgrade start absent", kUsage, "Directory does not exist"},
       {"get property:Site", kUsage, "can only be set"},
       {"get agent", kUsage, "no value \"agent\"; the names are agent-id, "},
@@ -66,7 +75,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   const Tool tool;
   tool.tree.AddDevkit("KELAGAPI.dll", "Common");
   for (const auto& row : rows) {
-    CAPTURE(row.arguments);
+    CAPTURE(std::string(row.arguments));
     const auto run = tool.Run(row.arguments);
     CHECK(run.exitCode == row.exitCode);
     if (row.exitCode == 0) CHECK(run.output == row.output);

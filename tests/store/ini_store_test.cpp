@@ -41,7 +41,7 @@ TEST_CASE("ini store: texts are parsed by the stated rules") {
       {"a section twice keeps both", "[X]\r\na=1\r\n[x]\r\na=2\r\n", "[X]\r\na=1\r\n[x]\r\na=2\r\n"},
   };
   for (const Row& row : rows) {
-    CAPTURE(row.name);
+    CAPTURE(std::string(row.name));
     const std::string written = store::Serialise(Parsed(row.text));
     CHECK(written == row.written);
     CHECK(store::Serialise(Parsed(written)) == written);

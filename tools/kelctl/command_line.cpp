@@ -22,6 +22,8 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddPasswordCommand(kelctl, session);
   AddProxyCommand(kelctl, session);
   AddRegistrationCommands(kelctl, session);
+  AddJobsCommand(kelctl, session);
+  AddLauncherCommands(kelctl, session);
   AddOsCommand(kelctl, session);
   AddServerCommand(kelctl, session);
   AddUpgradeCommand(kelctl, session);

@@ -31,6 +31,8 @@ void AddIntegrationCommands(CLI::App& kelctl, Session& session);
 void AddPasswordCommand(CLI::App& kelctl, Session& session);
 void AddProxyCommand(CLI::App& kelctl, Session& session);
 void AddRegistrationCommands(CLI::App& kelctl, Session& session);
+void AddJobsCommand(CLI::App& kelctl, Session& session);
+void AddLauncherCommands(CLI::App& kelctl, Session& session);
 void AddOsCommand(CLI::App& kelctl, Session& session);
 void AddServerCommand(CLI::App& kelctl, Session& session);
 void AddUpgradeCommand(CLI::App& kelctl, Session& session);

@@ -17,6 +17,9 @@ class Library {
   /// is empty. Throws LibraryError.
   explicit Library(const std::string& path);
 
+  /// The folder of the DLL (UTF-8), without a trailing backslash.
+  std::string Folder() const { return path_.substr(0, path_.rfind('\\')); }
+
   /// The export of that name, never null. Throws LibraryError when the library lacks it.
   AnyFunction Find(const char* exportName) const;
 

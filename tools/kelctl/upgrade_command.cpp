@@ -1,25 +1,33 @@
-#include <windows.h>
-
 #include "KELUtils.h"
+#include "arguments.h"
 #include "calls.h"
-#include "code_page.h"
 #include "commands.h"
 
 namespace kelctl {
 namespace {
 
-// The platform looks for settings files of relative paths in its own folder.
-std::string FullPath(const std::string& path) {
-  const std::wstring relative = WideFromUtf8(path);
-  std::wstring full(GetFullPathNameW(relative.c_str(), 0, nullptr, nullptr), L'\0');
-  full.resize(GetFullPathNameW(relative.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
-  return Utf8FromWide(full);
-}
-
 void Start(Session& session, const std::string& directory) {
   const auto library = session.OpenTheLibrary();
   auto* const start = KELCTL_EXPORT(*library, KE_UpgradeStart);
   ThrowUnlessSuccess("KE_UpgradeStart", start(library->ToCodePage(FullPath(directory)).c_str()));
+}
+
+struct CompletionOptions {
+  std::uint32_t resultCode = 0;
+  std::string version;
+  bool onlyStart = false;
+};
+
+void Complete(Session& session, const CompletionOptions& options) {
+  const auto library = session.OpenTheLibrary();
+  const std::string version = library->ToCodePage(options.version);
+  if (options.onlyStart) {
+    auto* const start = KELCTL_EXPORT(*library, KE_ScheduleUpgradeComplete);
+    return ThrowUnlessSuccess("KE_ScheduleUpgradeComplete",
+                              start(static_cast<std::int32_t>(options.resultCode), version.c_str()));
+  }
+  auto* const complete = KELCTL_EXPORT(*library, KE_UpgradeComplete);
+  ThrowUnlessSuccess("KE_UpgradeComplete", complete(options.resultCode, version.c_str()));
 }
 
 void AddStart(CLI::App* command, Session& session) {
@@ -33,6 +41,16 @@ void AddStart(CLI::App* command, Session& session) {
   start->callback([&session, directory] { Start(session, *directory); });
 }
 
+void AddComplete(CLI::App* command, Session& session) {
+  CLI::App* const complete = command->add_subcommand("complete", "Schedules the jobs anew and records the version");
+  const auto options = std::make_shared<CompletionOptions>();
+  complete->add_option("CODE", options->resultCode, "The installer's result code")->required()->type_name("");
+  complete->add_option("VERSION", options->version, "The new version")->required()->type_name("");
+  complete->add_flag("--only-start", options->onlyStart, "Only start the plug-in manager");
+  complete->footer("Example: kelctl upgrade complete 0 2.1.0");
+  complete->callback([&session, options] { Complete(session, *options); });
+}
+
 }  // namespace
 
 void AddUpgradeCommand(CLI::App& kelctl, Session& session) {
@@ -40,6 +58,7 @@ void AddUpgradeCommand(CLI::App& kelctl, Session& session) {
   command->require_subcommand(1);
   command->footer("Example: kelctl upgrade start C:\\Agent");
   AddStart(command, session);
+  AddComplete(command, session);
 }
 
 }  // namespace kelctl
