@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "win/last_error.h"
+
 namespace frame {
 namespace {
 
@@ -25,5 +27,10 @@ bool CallKernel32(const char* name, Argument argument) noexcept {
 bool DisableFsRedirection(void** old) noexcept { return CallKernel32("Wow64DisableWow64FsRedirection", old); }
 
 bool RevertFsRedirection(void* old) noexcept { return CallKernel32("Wow64RevertWow64FsRedirection", old); }
+
+UnredirectedFiles::~UnredirectedFiles() {
+  const win::KeptLastError keep;
+  if (off_) RevertFsRedirection(old_);
+}
 
 }  // namespace frame

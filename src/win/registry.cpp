@@ -1,6 +1,8 @@
 #include "win/registry.h"
 
 #include <cstring>
+#include <cwchar>
+#include <iterator>
 
 #include "win/owner.h"
 
@@ -47,6 +49,73 @@ bool CanOpenKey(HKEY root, const char* path) noexcept {
   HKEY opened = nullptr;
   return static_cast<bool>(
       RegistryKey(RegOpenKeyExA(root, path, 0, KEY_QUERY_VALUE, &opened) == ERROR_SUCCESS ? opened : nullptr));
+}
+
+LSTATUS OpenKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept {
+  HKEY opened = nullptr;
+  const LSTATUS status = RegOpenKeyExW(parent, path.c_str(), 0, access, &opened);
+  if (status == ERROR_SUCCESS) key.Reset(opened);
+  return status;
+}
+
+LSTATUS CreateKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept {
+  HKEY opened = nullptr;
+  const LSTATUS status =
+      RegCreateKeyExW(parent, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, access, nullptr, &opened, nullptr);
+  if (status == ERROR_SUCCESS) key.Reset(opened);
+  return status;
+}
+
+LSTATUS DeleteKey(HKEY parent, const std::wstring& name) noexcept {
+  const LSTATUS status = RegDeleteKeyW(parent, name.c_str());
+  return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
+}
+
+LSTATUS SubkeyNames(HKEY key, std::vector<std::wstring>& names) {
+  wchar_t name[256];  // a key's name has at most 255 characters
+  for (DWORD index = 0;; ++index) {
+    DWORD length = std::size(name);
+    const LSTATUS status = RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    if (status != ERROR_SUCCESS) return status == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : status;
+    names.emplace_back(name, length);
+  }
+}
+
+bool HasValue(HKEY key, const wchar_t* name) noexcept {
+  return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+}
+
+std::optional<std::wstring> ReadText(HKEY key, const wchar_t* name) {
+  std::wstring text;
+  DWORD size = 0, type = 0;
+  LSTATUS status = ERROR_MORE_DATA;
+  while (status == ERROR_MORE_DATA) {  // also when the value has grown since it was asked for its size
+    text.resize(size / sizeof(wchar_t) + 1);
+    size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    status = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
+  }
+  if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return std::nullopt;
+  text.resize(wcsnlen(text.data(), size / sizeof(wchar_t)));
+  return text;
+}
+
+std::optional<DWORD> ReadNumber(HKEY key, const wchar_t* name) noexcept {
+  DWORD number = 0, type = 0, size = sizeof number;
+  const LSTATUS status = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&number), &size);
+  if (status != ERROR_SUCCESS || type != REG_DWORD || size != sizeof number) return std::nullopt;
+  return number;
+}
+
+LSTATUS WriteValue(HKEY key, const wchar_t* name, DWORD type, const void* data, std::size_t size) noexcept {
+  return RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(data), static_cast<DWORD>(size));
+}
+
+LSTATUS WriteText(HKEY key, const wchar_t* name, const std::wstring& text) noexcept {
+  return WriteValue(key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+}
+
+LSTATUS WriteNumber(HKEY key, const wchar_t* name, DWORD number) noexcept {
+  return WriteValue(key, name, REG_DWORD, &number, sizeof number);
 }
 
 }  // namespace win

@@ -1,4 +1,4 @@
-// Reading the registry.
+// Reading and writing the registry.
 #pragma once
 
 #include <windows.h>
@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "win/owner.h"
 
 namespace win {
 
@@ -19,5 +21,28 @@ std::optional<std::vector<std::string>> ValueNames(HKEY root, const char* path, 
 
 /// True when the key can be opened to query its values.
 bool CanOpenKey(HKEY root, const char* path) noexcept;
+
+/// Opens the key `path` below `parent`, or creates it where it is missing; `key` holds it after a success. The result is
+/// the platform's.
+LSTATUS OpenKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept;
+LSTATUS CreateKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept;
+
+/// Deletes a key that has no subkeys; one that is missing is a success.
+LSTATUS DeleteKey(HKEY parent, const std::wstring& name) noexcept;
+
+/// Stores the names of the key's direct subkeys, in the platform's order.
+LSTATUS SubkeyNames(HKEY key, std::vector<std::wstring>& names);
+
+/// True when the key has a value of that name, of any type.
+bool HasValue(HKEY key, const wchar_t* name) noexcept;
+
+/// The text value `name` of any length, up to its first zero; none when it is missing or no text.
+std::optional<std::wstring> ReadText(HKEY key, const wchar_t* name);
+std::optional<DWORD> ReadNumber(HKEY key, const wchar_t* name) noexcept;
+
+/// `size` is in bytes.
+LSTATUS WriteValue(HKEY key, const wchar_t* name, DWORD type, const void* data, std::size_t size) noexcept;
+LSTATUS WriteText(HKEY key, const wchar_t* name, const std::wstring& text) noexcept;
+LSTATUS WriteNumber(HKEY key, const wchar_t* name, DWORD number) noexcept;
 
 }  // namespace win
