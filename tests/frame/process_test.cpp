@@ -10,6 +10,7 @@
 #include "frame/trace.h"
 #include "support/handles.h"
 #include "support/inner_module.h"
+#include "support/recording_sink.h"
 
 namespace {
 
@@ -44,19 +45,7 @@ struct ChildTree : support::ProductTree {
   const support::InnerModule module{*this};
 };
 
-struct Sink : frame::ILogSink {
-  std::uint32_t KE_API FirstSlot() override { return 0; }
-  std::uint32_t KE_API GetLevel(std::uint32_t* wanted) override { return *wanted = level, failure; }
-  void KE_API Write(std::uint32_t at, std::uint32_t, const wchar_t*, const wchar_t* text) override {
-    lines += std::to_wstring(at) + L" " + text + L"\n";
-  }
-  void KE_API WriteError(std::uint32_t at, std::uint32_t, const wchar_t*, std::uint32_t result, std::uint32_t error,
-                         const wchar_t* text) override {
-    Write(at, 1, L"", (text + (L" <" + std::to_wstring(result)) + L" " + std::to_wstring(error) + L">").c_str());
-  }
-  std::uint32_t level = 50, failure = 0;
-  std::wstring lines;
-};
+using Sink = support::RecordingSink;
 
 }  // namespace
 
