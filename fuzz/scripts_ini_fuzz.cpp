@@ -1,0 +1,63 @@
+// Any bytes as scripts.ini, as UTF-16 and as single bytes: what is understood is written back as it was, and adding and
+// taking out a script leaves all others as they were.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "gpscripts/scripts_ini.h"
+
+using namespace gpscripts;
+
+namespace {
+
+const Script kAdded{L"fuzz added.cmd", L"\"a\" b=\"1\" "};
+
+void Require(bool held) {
+  if (!held) std::abort();
+}
+
+ScriptsIni Parsed(const std::wstring& text) {
+  const auto ini = ParseScriptsIni(text);
+  Require(ini && TextOf(*ini) == text);
+  return *ini;
+}
+
+void Change(const ScriptsIni& original, ScriptKind kind) {
+  const auto before = ScriptsOf(original, kind);
+  const auto other = kind == ScriptKind::kStartup ? ScriptKind::kShutdown : ScriptKind::kStartup;
+  ScriptsIni ini = original;
+  AddScript(ini, kind, kAdded);
+  ini = Parsed(TextOf(ini));
+  auto expected = before;
+  expected.push_back(kAdded);
+  Require(ScriptsOf(ini, kind) == expected && ScriptsOf(ini, other) == ScriptsOf(original, other));
+
+  for (const Script& script : before) {
+    const ScriptMatch wanted{script.parameters, script.program};
+    const auto taken = TakeOutScripts(ini, kind, wanted);
+    std::erase_if(expected, [&](const Script& one) { return std::ranges::find(taken, one) != taken.end(); });
+    ini = Parsed(TextOf(ini));
+    Require(ScriptsOf(ini, kind) == expected && ScriptsOf(ini, other) == ScriptsOf(original, other));
+  }
+  Require(TakeOutScripts(ini, kind, {kAdded.parameters, kAdded.program}).size() == 1);
+}
+
+void Check(const std::wstring& text) {
+  const auto ini = ParseScriptsIni(text);
+  if (!ini) return;
+  Require(TextOf(*ini) == text);
+  for (const ScriptKind kind : kScriptKinds) Change(*ini, kind);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  if (const auto text = DecodeUtf16("\xFF\xFE" + bytes)) {
+    Require(EncodeUtf16(*text) == "\xFF\xFE" + bytes);
+    Check(*text);
+  }
+  Check(std::wstring(data, data + size));
+  return 0;
+}

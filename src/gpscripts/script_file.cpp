@@ -1,0 +1,37 @@
+#include "gpscripts/script_file.h"
+
+#include <iterator>
+
+namespace gpscripts {
+namespace {
+
+bool SameLetters(const wchar_t* left, const wchar_t* right, std::size_t length) noexcept {
+  const int count = static_cast<int>(length);
+  return CompareStringOrdinal(left, count, right, count, TRUE) == CSTR_EQUAL;
+}
+
+bool IsFull(const std::wstring& path) noexcept {
+  return path.starts_with(L'\\') || path.starts_with(L'/') || (path.size() > 1 && path[1] == L':');
+}
+
+}  // namespace
+
+std::optional<std::wstring> ProgramPath(const PolicyPlaces& places, ScriptKind kind, const std::wstring& program) {
+  if (program.empty()) return std::nullopt;
+  const std::wstring path = IsFull(program) ? program : ScriptsFolder(places, kind) + L"\\" + program;
+  wchar_t full[MAX_PATH];
+  const DWORD length = GetFullPathNameW(path.c_str(), std::size(full), full, nullptr);
+  if (length == 0 || length >= std::size(full)) return std::nullopt;
+  return std::wstring(full, length);
+}
+
+bool LiesInScriptsFolder(const PolicyPlaces& places, ScriptKind kind, const std::wstring& path) noexcept {
+  const std::wstring folder = ScriptsFolder(places, kind) + L"\\";
+  return path.size() > folder.size() && SameLetters(path.c_str(), folder.c_str(), folder.size());
+}
+
+bool SamePath(const std::wstring& left, const std::wstring& right) noexcept {
+  return left.size() == right.size() && SameLetters(left.c_str(), right.c_str(), left.size());
+}
+
+}  // namespace gpscripts

@@ -1,0 +1,242 @@
+#include "gpscripts/script_removal.h"
+
+#include <doctest/doctest.h>
+
+#include <functional>
+
+#include "gpscripts/gpt_ini.h"
+#include "gpscripts/policy_fixture.h"
+#include "gpscripts/registry_tree.h"
+#include "gpscripts/script_listing.h"
+#include "gpscripts/script_registration.h"
+#include "support/recording_sink.h"
+#include "win/registry.h"
+
+using namespace gpscripts;
+using support::ReadFile;
+using support::TestPolicy;
+
+namespace {
+
+constexpr auto kShutdown = ScriptKind::kShutdown;
+const std::string kRan = std::string("\xE8\x07\x01\0\x02\0\x03\0\x04\0\x05\0\x06\0\x07", 15) + '\0';
+constexpr char kRanShown[] = "e8070100020003000400050006000700", kNeverRan[] = "00000000000000000000000000000000";
+
+KE_RESULT Remove(const TestPolicy& policy, const ScriptMatch& wanted = {L"x"}, frame::ILogSink* sink = nullptr) {
+  return RemoveScripts(sink, policy.places, kShutdown, wanted, ScriptFiles::kDeleted);
+}
+
+std::string Utf16(const std::string& text) { return EncodeUtf16(support::Wide(text)); }
+
+// The scripts a, b and c with the parameters 1, x and 3; c has run.
+struct ThreeScripts : TestPolicy {
+  ThreeScripts() {
+    for (const Script& script : {Script{L"a.cmd", L"1"}, {L"b.cmd", L"x"}, {L"c.cmd", L"3"}})
+      REQUIRE(RegisterScript(nullptr, places, kShutdown, script) == KE_SUCCESS);
+    for (const std::size_t place : {0u, 1u}) Set(Key(place) + "\\0\\2", "ExecTime", REG_QWORD, kRan);
+    for (const char* file : {"a.cmd", "b.cmd", "c.cmd"}) Put(ScriptFile(file), file);
+  }
+  // Everything but the version and the folder's own name; at the end which script files there are.
+  std::string State() const {
+    std::string state = Registry(0) + Registry(1) + Registry(2) + ReadFile(Ini());
+    for (std::size_t at; (at = state.find(folder / "")) != state.npos;) state.erase(at, (folder / "").size());
+    for (const char* file : {"a.cmd", "b.cmd", "c.cmd"})
+      state += std::filesystem::exists(ScriptFile(file)) ? *file : '-';
+    return state;
+  }
+  // Where a removal that ended before it had written scripts.ini leaves the policy.
+  void RemoveAllButIni(bool withFile) const {
+    const std::string ini = ReadFile(Ini());
+    Remove(*this);
+    Put(Ini(), ini);
+    if (!withFile) Put(ScriptFile("b.cmd"), "b");
+  }
+  // Where one that ended while c moved down leaves it: behind the given number of steps.
+  void MoveInPart(int steps) const {
+    const std::string object = Key(0) + "\\0", to = object + "\\1", mark("\2\0\0\0", 4);
+    RegDeleteKeyA(places.root, to.c_str());
+    if (steps > 0) Set(to, "KELUtilsCopying", REG_DWORD, mark), Set(to, "Script", REG_SZ, "half");
+    win::RegistryKey key;
+    win::OpenKey(places.root, support::Wide(object), KEY_ALL_ACCESS, key);
+    if (steps > 1) CopyRegistryTree(nullptr, key.Get(), L"2", L"1"), Set(to, "KELUtilsCopied", REG_DWORD, mark);
+    if (steps > 2) RegDeleteKeyA(key.Get(), "2");
+  }
+};
+
+std::string ScriptLines(std::string key, const char* program, const char* parameters, const char* ran, bool shell) {
+  return key + "ExecTime=11:" + ran + "\n" + (shell ? key + "IsPowershell=4:00000000\n" : "") + key +
+         "Parameters=1:" + parameters + "\n" + key + "Script=1:" + program + "\n";
+}
+
+std::string ObjectLines(const TestPolicy& policy, bool scriptOrder = true) {
+  return "0\\DisplayName=1:Local Group Policy\n0\\FileSysPath=1:" + policy.folder / "GroupPolicy\\Machine" +
+         "\n0\\GPO-ID=1:LocalGPO\n0\\GPOName=1:Local Group Policy\n" +
+         (scriptOrder ? "0\\PSScriptOrder=4:01000000\n" : "") + "0\\SOM-ID=1:Local\n";
+}
+
+}  // namespace
+
+TEST_CASE("policy scripts: registering writes the places of the release, and nothing of a bad script") {
+  const struct {
+    std::uint32_t code;
+    bool vista, windows7;
+  } rows[] = {{frame::kWindowsXp, 0, 0}, {frame::kServer2008, 1, 0}, {frame::kWindows10, 1, 1}, {0, 1, 1}};
+  for (const auto& row : rows) {
+    CAPTURE(row.code);
+    const TestPolicy policy(row.code);
+    for (int i = 0; i < 2; ++i)  // the second time changes nothing
+      CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"a.cmd", L"x"}) == KE_SUCCESS);
+    for (const std::size_t place : {0u, 1u, 2u}) {
+      const std::string script = ScriptLines("0\\0\\", "a.cmd", "x", kNeverRan, place == 0 && row.windows7);
+      const std::string all = "\n" + script + ObjectLines(policy, row.windows7);
+      CHECK(policy.Registry(place) == ((place < 2) == row.vista ? all : ""));
+    }
+    CHECK(ReadFile(policy.Ini()) == Utf16("\r\n[Shutdown]\r\n0CmdLine=a.cmd\r\n0Parameters=x\r\n"));
+    CHECK(ReadFile(policy.Gpt()) == NewGptIni());
+    CHECK((GetFileAttributesW(policy.Ini().c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
+  }
+  const TestPolicy policy;
+  CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"", L"x"}) == KE_MISSING_ARGUMENT);
+  for (const Script& script : {Script{L"a", L"x\r\n1CmdLine=b"}, {std::wstring(260, L'a'), L""}})
+    CHECK(RegisterScript(nullptr, policy.places, kShutdown, script) == KE_OUT_OF_RANGE);
+  CHECK(Remove(policy, {L""}) == KE_MISSING_ARGUMENT);
+  CHECK((policy.folder.FileCount() == 0 && policy.Registry(0).empty()));
+}
+
+TEST_CASE("policy scripts: removing one of three leaves the others renumbered and whole") {
+  const ThreeScripts policy;
+  support::RecordingSink sink;
+  CHECK(Remove(policy, {L"x"}, &sink) == KE_SUCCESS);
+  for (const std::size_t place : {0u, 1u}) {
+    CHECK(policy.Registry(place) == "\n" + ScriptLines("0\\0\\", "a.cmd", "1", kNeverRan, place == 0) +
+                                        ScriptLines("0\\1\\", "c.cmd", "3", kRanShown, place == 0) +
+                                        ObjectLines(policy));
+  }
+  CHECK(ReadFile(policy.Ini()) ==
+        Utf16("\r\n[Shutdown]\r\n0CmdLine=a.cmd\r\n0Parameters=1\r\n1CmdLine=c.cmd\r\n1Parameters=3\r\n"));
+  CHECK(policy.State().ends_with("a-c"));
+  CHECK(ReadFile(policy.Gpt()).ends_with("Version=4\r\n"));
+  CHECK(sink.lines.starts_with(L"50 Function start\n30 Parameter (kind): Shutdown\n30 Parameter (parameters): x\n"));
+  CHECK(sink.lines.ends_with(L"40 Return code (0)\n50 Function end\n"));
+
+  const std::string state = policy.State() + ReadFile(policy.Gpt());
+  CHECK(Remove(policy) == KE_SUCCESS);  // nothing is found any more
+  CHECK((policy.State() + ReadFile(policy.Gpt()) == state));
+  for (const wchar_t* last : {L"1", L"3"}) CHECK(Remove(policy, {last}) == KE_SUCCESS);
+  CHECK(policy.State() == "\n\n---");
+  CHECK_FALSE(std::filesystem::exists(policy.Ini()));
+}
+
+TEST_CASE("policy scripts: a removal that was interrupted anywhere is brought to its end") {
+  const std::pair<std::string, std::function<void(const ThreeScripts&)>> rows[] = {
+      {"nowhere", [](const auto&) {}},
+      {"the script is gone, the others not moved", [](const auto& policy) { policy.MoveInPart(0); }},
+      {"a part was copied", [](const auto& policy) { policy.MoveInPart(1); }},
+      {"all was copied", [](const auto& policy) { policy.MoveInPart(2); }},
+      {"all was copied, and the other one deleted", [](const auto& policy) { policy.MoveInPart(3); }},
+      {"the registry is done", [](const auto& policy) { policy.RemoveAllButIni(false); }},
+      {"the script file is gone too", [](const auto& policy) { policy.RemoveAllButIni(true); }},
+      {"one key is left", [](const auto& policy) { Remove(policy), policy.AddScript(1, "0\\2"); }}};
+  std::string expected;
+  for (const auto& [name, interrupt] : rows) {
+    CAPTURE(name);
+    const ThreeScripts policy;
+    interrupt(policy);
+    REQUIRE((policy.State() != expected));
+    CHECK(Remove(policy) == KE_SUCCESS);
+    if (expected.empty()) expected = policy.State();
+    CHECK((policy.State() == expected));
+  }
+}
+
+TEST_CASE("policy scripts: other policies stay, and move down behind the local one") {
+  const TestPolicy policy;
+  for (const auto& [number, id] : {std::pair{"0", "{domain}"}, {"2", "LocalGPO"}, {"10", "{other}"}, {"n", "LocalGPO"}})
+    policy.AddObject(0, number, id);
+  policy.AddScript(2, "0\\0");  // without an identifier: ours
+  CHECK(Remove(policy) == KE_SUCCESS);
+  const auto object = [](const std::string& key, const char* id) {
+    return key + "0\\Parameters=1:x\n" + key + "0\\Script=1:other.cmd\n" + key + "GPO-ID=1:" + id + "\n";
+  };
+  CHECK(policy.Registry(0) == "\n" + object("0\\", "{domain}") + object("1\\", "{other}") + object("n\\", "LocalGPO"));
+  CHECK(policy.Registry(2) == "\n");
+  std::vector<ListedScript> listed;
+  CHECK(ListScripts(nullptr, policy.places, listed) == KE_SUCCESS);
+  CHECK((listed.size() == 2 && !listed[0].local && listed[0].script == Script{L"other.cmd", L"x"}));
+}
+
+TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
+  const std::string both = "[Shutdown]\r\n0CmdLine=a\r\n0Parameters=x\r\n1CmdLine=\xE4\r\n1Parameters=y\r\n";
+  const std::string left = "[Shutdown]\r\n0CmdLine=\xE4\r\n0Parameters=y\r\n", huge = both + std::string(1100000, ' ');
+  const std::string version = "[General]\r\nVersion=4\r\n", stepped = "[General]\r\nVersion=5\r\n",
+                    bad = "[General]\nVersion=?";
+  const struct {
+    const char* name;
+    std::string ini, gpt, iniAfter, gptAfter;
+  } rows[] = {
+      {"UTF-16", Utf16(both), version, Utf16(left), stepped},
+      {"the system's code page", both, version, Utf16(left), stepped},
+      {"no gpt.ini", both, "", Utf16(left), ""},
+      {"gpt.ini is garbage", both, bad, Utf16(left), bad},
+      {"no match", left, version, left, version},
+      {"no section stays", "\r\n[Shutdown]\r\n0CmdLine=a\r\n0Parameters=x", version, "", stepped},
+      {"refused: UTF-16 without a mark", Utf16(both).substr(2), version, Utf16(both).substr(2), version},
+      {"refused: half a character", Utf16(both) + "x", version, Utf16(both) + "x", version},
+      {"refused: a section twice", both + both, version, both + both, version},
+      {"refused: too large", huge, version, huge, version},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(row.name);
+    const TestPolicy policy;
+    TestPolicy::Put(policy.ScriptFile("other.cmd"), "");
+    TestPolicy::Put(policy.Ini(), row.ini);
+    if (!row.gpt.empty()) TestPolicy::Put(policy.Gpt(), row.gpt);
+    policy.AddObject(0, "0", "LocalGPO");
+    const bool refused = std::string(row.name).starts_with("refused");
+    CHECK(Remove(policy) == (refused || row.gpt == bad ? KE_STORE_UNUSABLE : KE_SUCCESS));
+    CHECK(std::filesystem::exists(policy.ScriptFile("other.cmd")) == refused);  // the text may name it
+    if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"n", L"n"}) == KE_STORE_UNUSABLE);
+    CHECK((ReadFile(policy.Ini()) == row.iniAfter));
+    CHECK(ReadFile(policy.Gpt()) == row.gptAfter);
+    CHECK(policy.Registry(0) == "\n");
+  }
+}
+
+TEST_CASE("policy scripts: only a script file of the policy that nothing else runs is deleted") {
+  const struct {
+    const wchar_t *program, *otherProgram;  // "|" for the folder of the kind
+    const char* file;
+    bool deleted;
+  } rows[] = {{L"s.cmd", L"t.cmd", "s.cmd", true},
+              {L"|\\sub\\..\\S.CMD", L"t.cmd", "s.cmd", true},
+              {L"|\\..\\s.cmd", L"t.cmd", "..\\s.cmd", false},
+              {L"s.cmd", L"|\\S.cmd", "s.cmd", false}};
+  for (const auto& row : rows) {
+    const TestPolicy policy;
+    TestPolicy::Put(policy.ScriptFile("t.cmd"), "");
+    TestPolicy::Put(policy.ScriptFile(row.file), "");
+    for (auto [text, parameters] : {std::pair{std::wstring(row.program), L"x"}, {row.otherProgram, L"y"}}) {
+      if (text[0] == L'|') text.replace(0, 1, ScriptsFolder(policy.places, kShutdown));
+      RegisterScript(nullptr, policy.places, kShutdown, {text, parameters});
+    }
+    CHECK(Remove(policy) == KE_SUCCESS);
+    CHECK(std::filesystem::exists(policy.ScriptFile(row.file)) == !row.deleted);
+  }
+}
+
+TEST_CASE("policy scripts: DeleteShutdownInformation on this machine's policy") {
+  const auto folder = std::filesystem::path(std::getenv("SystemRoot")) / "Sysnative" / "GroupPolicy";
+  const wchar_t* const parameters = L"PROT_AGENTVOSK_UPG_SCRIPT=\"1\"";
+  CHECK(RegisterScript(nullptr, MachinePlaces(), kShutdown, {L"kelutils test.cmd", parameters}) == KE_SUCCESS);
+  const auto script = folder / "Machine\\Scripts\\Shutdown\\kelutils test.cmd";
+  TestPolicy::Put(script, "");
+  CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);
+  CHECK(DeleteShutdownInformation(nullptr, parameters, L"another.cmd", 1) == KE_SUCCESS);
+  std::vector<ListedScript> listed;
+  CHECK(ListScripts(nullptr, MachinePlaces(), listed) == KE_SUCCESS);
+  CHECK((listed.size() == 3 && std::filesystem::exists(script)));  // in the file and in two places of the registry
+  CHECK(DeleteShutdownInformation(nullptr, parameters, L"", 1) == KE_SUCCESS);
+  CHECK((std::filesystem::exists(folder / "gpt.ini") && !std::filesystem::exists(script)));
+  CHECK((ListScripts(nullptr, MachinePlaces(), listed) == KE_SUCCESS && listed.size() == 3));  // no new ones
+  std::filesystem::remove_all(folder);
+}
