@@ -71,6 +71,16 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"set last-install-error 12x", kUsage, "\"12x\" is not a decimal number"},
       {"set container \"a\n[B]\"", kUsage, "line break"},
       {"set property:a=b 1", kUsage, "key"},
+      {"policy add startup run.cmd", 0, ""},
+      {"policy add shutdown run.cmd \"/a \\\"b\\\"\"", 0, ""},
+      {"policy remove shutdown /a", 0, ""},
+      {"policy list", 0,
+       "startup   scripts.ini  local  run.cmd\nstartup   scripts      local  run.cmd\n"
+       "startup   state        local  run.cmd\nshutdown  scripts.ini  local  run.cmd  /a \"b\"\n"
+       "shutdown  scripts      local  run.cmd  /a \"b\"\nshutdown  state        local  run.cmd  /a \"b\"\n"},
+      {"policy remove shutdown \"/a \\\"b\\\"\"", 0, ""},
+      {"policy remove startup \"\"", kUsage, "the text is empty"},
+      {"policy add boot run.cmd", kUsage, "\"boot\" is neither startup nor shutdown"},
   };
   const Tool tool;
   tool.tree.AddDevkit("KELAGAPI.dll", "Common");
@@ -95,6 +105,13 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   CHECK(tool.Run("proxy inet --json --reveal").output.find("\"password\": \"s\xC3\xA9\"\n") != std::string::npos);
   const std::string json = tool.Run("show --json").output;
   CHECK(json.find("\"install-state\": {\n    \"value\": 200,\n    \"result\": 0\n") != std::string::npos);
+  CHECK(tool.Run("policy list --json")
+            .output.starts_with("[\n  {\n    \"kind\": \"startup\",\n    \"place\": \"scripts"));
+  for (const char* path : {"Scripts\\Startup", "State\\Machine\\Scripts\\Startup"}) {
+    const auto key = std::string("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Group Policy\\") + path;
+    CHECK(RegDeleteTreeA(HKEY_LOCAL_MACHINE, key.c_str()) == ERROR_SUCCESS);
+  }
+  std::filesystem::remove_all(std::filesystem::path(std::getenv("SystemRoot")) / "Sysnative" / "GroupPolicy");
 }
 
 TEST_CASE("kelctl: says what is wrong with the library or the store") {

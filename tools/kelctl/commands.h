@@ -36,5 +36,6 @@ void AddLauncherCommands(CLI::App& kelctl, Session& session);
 void AddOsCommand(CLI::App& kelctl, Session& session);
 void AddServerCommand(CLI::App& kelctl, Session& session);
 void AddUpgradeCommand(CLI::App& kelctl, Session& session);
+void AddPolicyCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl

@@ -1,0 +1,135 @@
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "code_page.h"
+#include "command_line.h"
+#include "commands.h"
+#include "errors.h"
+#include "gpscripts/script_listing.h"
+#include "gpscripts/script_registration.h"
+#include "gpscripts/script_removal.h"
+
+namespace kelctl {
+namespace {
+
+using gpscripts::ScriptKind;
+
+struct PolicyOptions {
+  std::string kind;
+  std::string program;
+  std::string parameters;
+  bool json = false;
+};
+
+// Shows the errors of the policy's routines, and nothing else.
+class ErrorSink final : public frame::ILogSink {
+ public:
+  explicit ErrorSink(std::ostream& err) : err_(err) {}
+  std::uint32_t KE_API FirstSlot() override { return 0; }
+  std::uint32_t KE_API GetLevel(std::uint32_t* level) override { return *level = frame::kSinkErrors, 0; }
+  void KE_API Write(std::uint32_t, std::uint32_t, const wchar_t*, const wchar_t*) override {}
+  void KE_API WriteError(std::uint32_t, std::uint32_t, const wchar_t*, std::uint32_t, std::uint32_t,
+                         const wchar_t* text) override {
+    err_ << "kelctl: " << Utf8FromWide(text) << "\n";
+  }
+
+ private:
+  std::ostream& err_;
+};
+
+std::string KindName(ScriptKind kind) { return kind == ScriptKind::kStartup ? "startup" : "shutdown"; }
+
+ScriptKind KindOf(const PolicyOptions& options) {
+  for (const ScriptKind kind : gpscripts::kScriptKinds) {
+    if (options.kind == KindName(kind)) return kind;
+  }
+  throw UsageError("\"" + options.kind + "\" is neither startup nor shutdown");
+}
+
+void Finish(Session& session, KE_RESULT result) {
+  if (result == KE_SUCCESS) return;
+  if (result == KE_MISSING_ARGUMENT) throw UsageError("the text is empty");
+  if (result == KE_OUT_OF_RANGE) throw UsageError("the text is too long for a policy, or has a control character");
+  session.err << "kelctl: the policy could not be read or changed as a whole: result " << result << "\n";
+  session.exitCode = kCallFailed;
+}
+
+std::string AsJson(const std::vector<gpscripts::ListedScript>& scripts) {
+  auto list = nlohmann::ordered_json::array();
+  for (const auto& listed : scripts) {
+    list.push_back({{"kind", KindName(listed.kind)},
+                    {"place", listed.place},
+                    {"local", listed.local},
+                    {"program", Utf8FromWide(listed.script.program)},
+                    {"parameters", Utf8FromWide(listed.script.parameters)}});
+  }
+  return list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+std::string AsTable(const std::vector<gpscripts::ListedScript>& scripts) {
+  std::string table;
+  for (const auto& listed : scripts) {
+    std::string kind = KindName(listed.kind), place = listed.place;
+    kind.resize(10, ' ');
+    place.resize(13, ' ');
+    table += kind + place + (listed.local ? "local  " : "other  ") + Utf8FromWide(listed.script.program);
+    if (!listed.script.parameters.empty()) table += "  " + Utf8FromWide(listed.script.parameters);
+    table += "\n";
+  }
+  return table;
+}
+
+void List(Session& session, const PolicyOptions& options) {
+  ErrorSink sink(session.err);
+  std::vector<gpscripts::ListedScript> scripts;
+  const KE_RESULT result = gpscripts::ListScripts(&sink, gpscripts::MachinePlaces(), scripts);
+  session.out << (options.json ? AsJson(scripts) : AsTable(scripts));
+  Finish(session, result);
+}
+
+void Add(Session& session, const PolicyOptions& options) {
+  ErrorSink sink(session.err);
+  const gpscripts::Script script{WideFromUtf8(options.program), WideFromUtf8(options.parameters)};
+  Finish(session, gpscripts::RegisterScript(&sink, gpscripts::MachinePlaces(), KindOf(options), script));
+}
+
+void Remove(Session& session, const PolicyOptions& options) {
+  ErrorSink sink(session.err);
+  Finish(session, gpscripts::RemoveScripts(&sink, gpscripts::MachinePlaces(), KindOf(options),
+                                           {WideFromUtf8(options.parameters)}, gpscripts::ScriptFiles::kDeleted));
+}
+
+}  // namespace
+
+void AddPolicyCommand(CLI::App& kelctl, Session& session) {
+  CLI::App* const command =
+      kelctl.add_subcommand("policy", "Shows and changes the startup and shutdown scripts of the machine's policy");
+  command->require_subcommand(1);
+  command->footer("Example: kelctl policy list");
+  const auto options = std::make_shared<PolicyOptions>();
+  const auto add = [&](const char* name, const char* description, void (*work)(Session&, const PolicyOptions&),
+                       const char* footer) {
+    CLI::App* const action = command->add_subcommand(name, description);
+    action->footer(footer);
+    action->callback([&session, options, work] { work(session, *options); });
+    return action;
+  };
+  CLI::App* const list = add("list", "Shows every script with each place that notes it", List,
+                             "\"other\" is a script of another policy, such as the domain's; it is never changed.\n"
+                             "Example: kelctl policy list --json");
+  list->add_flag("--json", options->json, "As JSON");
+
+  CLI::App* const adding = add("add", "Adds a script to the local policy; nothing happens when it is there", Add,
+                               "A program without a folder lies in the policy's own folder for the kind.\n"
+                               "Example: kelctl policy add shutdown C:\\Agent\\finish.cmd \"/quiet\"");
+  CLI::App* const removing = add("remove", "Removes the local policy's scripts with exactly these parameters", Remove,
+                                 "Their files in the policy's own folder for the kind are deleted.\n"
+                                 "Example: kelctl policy remove shutdown \"/quiet\"");
+  for (CLI::App* const action : {adding, removing})
+    action->add_option("KIND", options->kind, "startup or shutdown")->required()->type_name("");
+  adding->add_option("PROGRAM", options->program, "The script, or a program")->required()->type_name("");
+  adding->add_option("PARAMETERS", options->parameters, "Its parameters")->type_name("");
+  removing->add_option("PARAMETERS", options->parameters, "The parameters")->required()->type_name("");
+}
+
+}  // namespace kelctl
