@@ -1,6 +1,7 @@
 // The text of gpt.ini: the version of a group policy object, and the extensions that read it.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,7 +9,7 @@
 namespace gpscripts {
 
 /// A text of more characters than this is refused.
-inline constexpr std::size_t kLongestGptIni = 64 * 1024;
+inline constexpr std::size_t kLongestGptIni = std::size_t{64} * 1024;
 
 /// What becomes of the list of machine extensions.
 enum class ScriptsExtension {

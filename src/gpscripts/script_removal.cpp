@@ -72,8 +72,7 @@ KE_RESULT RemoveScripts(frame::ILogSink* sink, const PolicyPlaces& places, Scrip
   TakeOutOfRegistry(removal, wanted);
   // Also when the registry had nothing: the policy engine would bring the script back from the file.
   ScriptsFile file;
-  const KE_RESULT read = ReadScriptsFile(sink, places, file);
-  removal.Note(read);
+  removal.Note(ReadScriptsFile(sink, places, file));
   const auto taken = TakeOutScripts(file.ini, kind, wanted);
   removal.taken.insert(removal.taken.end(), taken.begin(), taken.end());
   // scripts.ini is written after the file is gone: a removal that ends in between finds its name there again.

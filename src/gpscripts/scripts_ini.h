@@ -4,6 +4,7 @@
 // numbered from 0. Readers stop at the first number that is missing.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,7 +15,7 @@
 namespace gpscripts {
 
 /// A text of more characters than this is refused.
-inline constexpr std::size_t kLongestScriptsIni = 512 * 1024;
+inline constexpr std::size_t kLongestScriptsIni = std::size_t{512} * 1024;
 
 /// A section as it stands. Lines that are no part of a script are kept, and keep their place.
 struct ScriptsSection {
