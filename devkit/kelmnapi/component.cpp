@@ -3,8 +3,8 @@
 #include <string>
 
 #include "KEAction.h"
-#include "sharedfile/module_path.h"
 #include "settings/own_settings.h"
+#include "sharedfile/module_path.h"
 #include "win/file.h"
 #include "win/owner.h"
 #include "win/process.h"

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "sharedfile/module_path.h"
 #include "settings/numbers.h"
+#include "sharedfile/module_path.h"
 #include "win/last_error.h"
 #include "win/wipe.h"
 

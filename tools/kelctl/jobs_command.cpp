@@ -127,7 +127,7 @@ void AddSetCommands(CLI::App& jobs, Session& session) {
   set->add_option("TIME", options->time, "The time, in the scheduler's notation")->required()->type_name("");
   AddModule(set, options);
   AddProgram(set, options);
-  set->footer("Example: kelctl jobs set 70 24/12/2024 18:30 KELSCAN -full");
+  set->footer("Example: kelctl jobs set 70 24/12/2024 18:30 KELSCAN -- -full");
   set->callback([&session, options] { SetAtFixedTime(session, *options); });
 
   CLI::App* const period = AddJob(jobs, "period", "Sets a periodic job", options);
@@ -144,7 +144,7 @@ void AddSetCommands(CLI::App& jobs, Session& session) {
   window->add_option("END", options->end, "HH:MM")->required()->type_name("");
   AddModule(window, options);
   window->add_option("--recurrence", options->recurrence, "In the scheduler's notation, in place of the period");
-  window->footer("Example: kelctl jobs window 70 1440 12:00 13:30 KELSCAN -full");
+  window->footer("Example: kelctl jobs window 70 1440 12:00 13:30 KELSCAN -- -full");
   window->callback([&session, options] { SetWindowed(session, *options); });
 }
 

@@ -1,0 +1,93 @@
+// A scheduler command, beside bare CreateProcess, wait and exit code on the same program with the same command line.
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "bench/measure.h"
+#include "frame/module.h"
+#include "frame/trace.h"
+#include "schedule/scheduler.h"
+#include "win/owner.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kRounds = 201;
+constexpr double kLimit = 1.02;
+constexpr char kCommand[] = "zumat -TaskID:9 -addjob:KEPLPMNG:\"KELUPD\" -EveryHoursMins:1:0 -Every:Su,M,T,W,Th,F,S";
+
+// A product tree with a scheduler that ends at once. The runner, linked into this program, takes the DLL in it for
+// itself.
+class Product {
+ public:
+  Product() {
+    fs::create_directories(root_ / "KELUtils");
+    fs::create_directories(root_ / "Scheduler");
+    fs::copy_file(Build() / "bin" / "KELUtils.dll", Dll(), fs::copy_options::overwrite_existing);
+    fs::create_directories(root_ / "Common");
+    fs::copy_file(Build() / "devkit" / "TvLogSys.dll", root_ / "Common" / "TvLogSys.dll",
+                  fs::copy_options::overwrite_existing);
+    fs::copy_file(Build() / "bench" / "idle_program.exe", root_ / "Scheduler" / "zumat.exe",
+                  fs::copy_options::overwrite_existing);
+    module_.Reset(LoadLibraryW(Dll().c_str()));
+    frame::AttachModule(module_.Get());
+  }
+  ~Product() {
+    frame::DetachModule();
+    module_.Reset();
+    std::error_code ignored;
+    fs::remove_all(root_, ignored);
+  }
+
+  std::string BareCommand() const {
+    return "\"" + frame::GetModuleDirectory() + "\\..\\Scheduler\\zumat\"" + std::string(kCommand).substr(5);
+  }
+
+ private:
+  static fs::path Build() {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return fs::path(path).parent_path().parent_path();
+  }
+  fs::path Dll() const { return root_ / "KELUtils" / "KELUtils.dll"; }
+
+  const fs::path root_ = fs::temp_directory_path() / ("kelutils-bench-" + std::to_string(GetCurrentProcessId()));
+  win::ModuleHandle module_;
+};
+
+void RunBare(const std::string& command) {
+  char line[8200] = {};
+  command.copy(line, sizeof line - 1);
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_FORCEOFFFEEDBACK;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, CREATE_NEW_PROCESS_GROUP | DETACHED_PROCESS, nullptr,
+                      nullptr, &startup, &process)) {
+    throw std::runtime_error("the program does not start");
+  }
+  DWORD exitCode = 1;
+  WaitForSingleObject(process.hProcess, 90000);
+  GetExitCodeProcess(process.hProcess, &exitCode);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  if (exitCode != 0) throw std::runtime_error("the program fails");
+}
+
+}  // namespace
+
+int main() {
+  const Product product;
+  const frame::TraceScope scope;  // as in the export around it
+  const std::string bare = product.BareCommand();
+  const auto nothing = [] {};
+  const auto measured = [] {
+    if (schedule::CallZumAT(kCommand) != KE_SUCCESS) throw std::runtime_error("the scheduler fails");
+  };
+  return bench::Compare(bench::Side{"CallZumAT", nothing, measured},
+                        bench::Side{"bare CreateProcess", nothing, [&] { RunBare(bare); }}, kRounds, kLimit)
+             ? 0
+             : 1;
+}

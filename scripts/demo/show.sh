@@ -1,0 +1,65 @@
+# What the steps of the demo share: the product tree, headings, commands that are shown, and checks.
+
+built=$root/build/release
+product=$root/build/demo
+store=KESAgent/INTEGRA   # the store's three files, without their endings; seen from the product's folder
+policies=KELSysCf/KelSysCf.dat
+log=KELUtils/KELUtils.log
+
+steps=0
+checks=0
+
+heading() {
+  steps=$((steps + 1))
+  printf '\n== %d. %s\n\n' "$steps" "$*"
+}
+
+# check WHAT COMMAND...: COMMAND must succeed.
+check() {
+  local what=$1
+  shift
+  if ! "$@" >/dev/null; then
+    printf '\nDEMO FAILED in step %d: not true: %s\n' "$steps" "$what" >&2
+    exit 1
+  fi
+  checks=$((checks + 1))
+  printf '  [ok] %s\n' "$what"
+}
+
+show_command() {
+  local word
+  printf '  $'
+  for word in "$@"; do
+    if [[ $word = *[!A-Za-z0-9_./:=-]* ]]; then printf " '%s'" "$word"; else printf ' %s' "$word"; fi
+  done
+  printf '\n'
+}
+
+run() {
+  show_command "$@"
+  "$@"
+}
+
+# Runs kelctl of the product, prints what it prints and keeps it in $output.
+kelctl() {
+  show_command kelctl "$@"
+  local status=0
+  output=$(run_wine KELUtils/kelctl.exe "$@" | tr -d '\r') || status=$?
+  [ -z "$output" ] || printf '%s\n' "$output" | sed 's/^/  /'
+  if [ "$status" -ne 0 ]; then
+    printf '\nDEMO FAILED in step %d: kelctl ended with exit code %d\n' "$steps" "$status" >&2
+    exit 1
+  fi
+}
+
+# expect NAME VALUE: the library must give VALUE.
+expect() {
+  kelctl get "$1"
+  check "$1 is $2" test "$output" = "$2"
+}
+
+differs() { ! cmp -s "$1" "$2"; }
+fails() { ! "$@"; }
+is_absent() { [ ! -e "$1" ]; }
+begins_enciphered() { [ "$(head -c 4 "$1")" = TVKE ]; }
+has_no_text() { ! grep -qaF "$2" "$1"; }
