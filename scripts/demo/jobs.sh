@@ -29,6 +29,7 @@ tell_the_others() {
   check "so does the installer plug-in" grep -q 'KEINSTALL_SetInfo;0;6;c0ffee00' KelUpg/KEC.log
   check "the password that was stored is masked in its log" grep -qF 'KECONF_SetInfo;0;5;***' KelConf/KELRCM.log
   kelctl launch report
+  printf '[EXIT]\r\nCode=1\r\n' > KELUPD/KELUPD.ini   # the stand-in answers that there is nothing to continue
   kelctl update now
   run tail -n 2 Common/KELMNAPI.log | tr -d '\r' | sed '2,$s/^/  /'
   check "the launcher ran the update" grep -q ';UpdateNow;0;' Common/KELMNAPI.log

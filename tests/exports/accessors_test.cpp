@@ -213,5 +213,27 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   check("KE_SetAgentProxyInfo", CALL(dll, KE_SetAgentProxyInfo)(nullptr, nullptr, nullptr, nullptr));
   check("KE_SetStaticProxyInfo", CALL(dll, KE_SetStaticProxyInfo)(nullptr, nullptr));
   check("KE_INSTALL_GetInetConfig", CALL(dll, KE_GetInetConfig)(nullptr, 0));
+  struct Plain {
+    const char *exported, *traced;
+  };
+  for (const auto& [exported, traced] :
+       {Plain{"KE_SendReport", "KE_SendReport"}, Plain{"KE_AplyLocalRCMCfg", "KE_AplyLocalCfg"},
+        Plain{"KE_UpdateNow", "KE_UpdateNow"}, Plain{"KE_LaunchKEPWInst", "LaunchKEPWinst"},
+        Plain{"KE_ScheduleDefaultTasks", "KE_ScheduleDefaultTasks"}}) {
+    check(traced, dll.Get<decltype(&KE_SendReport)>(exported)());
+  }
+  check("KE_UpdateNowEx", CALL(dll, KE_UpdateNowEx)(0, 0));
+  check("KE_GetUpdateNowConfig", CALL(dll, KE_GetUpdateNowConfig)("S", "K", "", nullptr, 0));
+  check("KE_SetUpdateNowConfig", CALL(dll, KE_SetUpdateNowConfig)("S", "K", "", 1));
+  check("KE_SetNoCheckAVValue", CALL(dll, KE_SetNoCheckAVValue)(1));
+  check("KE_NotifyDeviceID", CALL(dll, KE_NotifyDeviceID)(-1));
+  check("KE_SetTask", CALL(dll, KE_SetTask)(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
+  check("KE_SetPeriodicTask", CALL(dll, KE_SetPeriodicTask)(nullptr, nullptr, nullptr, 0, 0, 0));
+  check("KE_SetPeriodicTaskEx", CALL(dll, KE_SetPeriodicTaskEx)(nullptr, nullptr, 0, 0, 0, 0, 0));
+  check("KE_SetPeriodicTaskRangeDate", CALL(dll, KE_SetPeriodicTaskRangeDate)(nullptr, nullptr, 0, 0, 0, 0, nullptr));
+  check("KE_ScheduleTaskReboot", CALL(dll, KE_ScheduleTaskReboot)(nullptr, 0, nullptr));
+  check("KE_RemoveScheduleTaskReboot", CALL(dll, KE_RemoveScheduleTaskReboot)(0));
+  check("KE_UpgradeComplete", CALL(dll, KE_UpgradeComplete)(1, nullptr));
+  check("KE_ScheduleUpgradeComplete", CALL(dll, KE_ScheduleUpgradeComplete)(1, nullptr));
   check("KE_IsNeededInstallationPassw", CALL(dll, KE_IsNeededInstallationPassw)() == 1 ? 0 : 1);
 }
