@@ -18,15 +18,24 @@ int KE_SIBLING_CALL KE_AGAPI_Initialize(void);
 int KE_SIBLING_CALL KE_AGAPI_Finalize(void);
 
 /* Reads or writes a configuration record as a whole; 0 on success. Class and item select the record, size is its size
- * in bytes. The proxy records are described below. */
+ * in bytes. The records that KELUtils knows are described below. */
 uint32_t KE_SIBLING_CALL KE_AGAPI_GetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 
 enum {
   KE_AGENT_CONFIG_CLASS = 1,
+  KE_AGENT_SERVER_ITEM = 6,       /* a KE_AGENT_SERVER_RECORD */
   KE_AGENT_PROXY_ITEM = 7,        /* a KE_AGENT_PROXY_RECORD */
   KE_AGENT_STATIC_PROXY_ITEM = 10 /* a KE_STATIC_PROXY_RECORD */
 };
+
+/* The record that holds the address of the management server: 2564 bytes. KELUtils reads it, puts the address in and
+ * writes it back; the rest is the module's business. The first four bytes are zero when it is read. */
+typedef struct KE_AGENT_SERVER_RECORD {
+  uint8_t before[1028];
+  char server[512]; /* ends in a zero */
+  uint8_t after[1024];
+} KE_AGENT_SERVER_RECORD;
 
 /* The proxy of the agent: 532 bytes. Texts end in a zero; what is not used is zero. */
 typedef struct KE_AGENT_PROXY_RECORD {

@@ -382,7 +382,7 @@ KE_RESULT KE_API KE_ScheduleTaskReboot(const char* command, int32_t delaySeconds
 KE_RESULT KE_API KE_RemoveScheduleTaskReboot(uint32_t unused);
 
 /* Schedules all jobs of the agent, other ones for an integrated computer than for one that is not, and starts the
- * installer helper. Some 25 commands. The last failure counts.
+ * installer helper. 21 commands, or 23 on an integrated computer. The last failure counts.
  *   KE_INSTALL_HELPER_NOT_STARTED  the installer helper could not be started */
 KE_RESULT KE_API KE_ScheduleDefaultTasks(void);
 
@@ -397,6 +397,7 @@ KE_RESULT KE_API KE_UpgradeComplete(uint32_t resultCode, const char* version);
 /* Has the plug-in manager complete the upgrade, and does not wait for it. Its arguments are cut at 1023 characters.
  *   KE_PROGRAM_NOT_STARTED  the plug-in manager could not be started */
 KE_RESULT KE_API KE_ScheduleUpgradeComplete(int32_t resultCode, const char* version);
+
 /* ---- Proxy
  * ----------
  * How the agent reaches its server. The settings are records of the agent module KELAGAPI.dll, which is loaded from the
@@ -439,6 +440,7 @@ KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips);
  *   KE_AGENT_READ_FAILED  the agent module could not hand out the proxy
  *   with any of them the proxy stays as it was */
 KE_RESULT KE_API KE_GetInetConfig(KE_PROXY* proxy, uint32_t size);
+
 /* ---- Registration
  * -----------------
  * What the agent's programs find each other by: INI files of the modules that host plug-ins, and the token files of the
@@ -494,6 +496,7 @@ KE_RESULT KE_API KE_RemovePolicyTypeSuscription(const char* key, const char* typ
  * return the codes of the store accessors.
  *   KE_MISSING_ARGUMENT  allowed is null */
 KE_RESULT KE_API KE_CanRunCommand(const char* command, uint32_t* allowed);
+
 /* ---- Server endpoints
  * ---------------------
  * Which message goes to which SOAP action, and to which server, stands in the plain INI file KE_AGPRX.dat in the

@@ -154,7 +154,8 @@ bool IsProgram(std::string_view text) noexcept {
 }
 
 bool IsCommandText(std::string_view text) noexcept {
-  return text.size() <= kMaximumCommandText && text.find('"') == std::string_view::npos;
+  return text.size() <= kMaximumCommandText &&
+         text.find_first_of(std::string_view("\"\0", 2)) == std::string_view::npos;
 }
 
 Outcome ReadCommand(std::string_view arguments, Command& command) {

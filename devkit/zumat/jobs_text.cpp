@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
 #include "zumat/clause_reader.h"
 #include "zumat/clause_text.h"
@@ -54,6 +56,26 @@ bool ReadJob(const Json& object, Job& job) {
   return ReadTexts(object, job);
 }
 
+/// The value of a text, discarded when it is no JSON. A NUL byte, a byte order mark and a member that is there twice are
+/// refused, which the parser would pass over.
+Json ParseStrictly(std::string_view text) {
+  if (text.find('\0') != text.npos || text.starts_with("\xEF\xBB\xBF")) return Json(Json::value_t::discarded);
+  bool repeated = false;
+  std::vector<std::vector<std::string>> open;  // the members seen of each object that is not closed yet
+  const auto look = [&](int, Json::parse_event_t event, Json& value) {
+    if (event == Json::parse_event_t::object_start) open.emplace_back();
+    if (event == Json::parse_event_t::object_end) open.pop_back();
+    if (event == Json::parse_event_t::key) {
+      const auto& name = value.get_ref<const std::string&>();
+      repeated |= std::ranges::find(open.back(), name) != open.back().end();
+      open.back().push_back(name);
+    }
+    return true;
+  };
+  Json parsed = Json::parse(text, look, false);
+  return repeated ? Json(Json::value_t::discarded) : parsed;
+}
+
 Outcome Damaged(const std::string& what) { return {kDamaged, "the jobs file is damaged and kept as it is: " + what}; }
 
 }  // namespace
@@ -67,10 +89,12 @@ std::string FormatJobs(const Jobs& jobs) {
 
 Outcome ReadJobs(std::string_view text, Jobs& jobs) {
   if (text.size() > kMaximumJobsText) return Damaged("too large");
-  const Json all = Json::parse(text, nullptr, false);
-  if (!all.is_object() || !all.contains("version") || !all.contains("jobs") || !all["jobs"].is_array())
+  const Json all = ParseStrictly(text);
+  if (!all.is_object() || all.size() != 2 || !all.contains("version") || !all.contains("jobs") ||
+      !all["jobs"].is_array())
     return Damaged("no list of jobs");
-  if (all["version"] != kVersion) return Damaged("not of version " + std::to_string(kVersion));
+  if (!all["version"].is_number_unsigned() || all["version"] != kVersion)
+    return Damaged("not of version " + std::to_string(kVersion));
   if (all["jobs"].size() > kMaximumJobs) return Damaged("too many jobs");
   Jobs read;
   for (const Json& object : all["jobs"]) {

@@ -3,6 +3,7 @@
 #include "frame/module.h"
 #include "frame/paths.h"
 #include "frame/sibling_binder.h"
+#include "frame/trace.h"
 #include "win/critical_section.h"
 #include "win/owner.h"
 
@@ -75,6 +76,11 @@ KE_RESULT CheckAgentProxyApi() {
   const bool complete = api.KE_AGAPI_SetConfig && api.KE_AGAPI_GetConfig && api.KE_AGAPI_GetProxyConfig &&
                         api.KE_AGAPI_SetProxyConfig && api.KE_AGAPI_AskProxyConfig;
   return complete ? KE_SUCCESS : KE_AGENT_INCOMPLETE;
+}
+
+void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept {
+  Trace(kAlways, function, "Could not load required library, KELAGAPI. Return Error Code : [%i]",
+        static_cast<int>(result));
 }
 
 }  // namespace frame

@@ -31,6 +31,9 @@ unsigned OpenAgentApi();
 /// reference back with `FreeAgentApi`, unless there is no module.
 KE_RESULT CheckAgentProxyApi();
 
+/// Traces that the agent module cannot be used, with the code that the export answers.
+void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept;
+
 /// Internal result of `OpenAgentApi`; no export returns it.
 constexpr unsigned kAgentModuleNotLoaded = 5102;
 

@@ -7,7 +7,9 @@
 namespace frame {
 
 LauncherScope::LauncherScope(const char* function) : boundHere_(Launcher().Run == nullptr) {
-  if (boundHere_ && !LoadLauncher(CommonFolder(GetModuleDirectory()).c_str())) {
+  const std::string directory = GetModuleDirectory();
+  // Without a directory the launcher would be looked for at the root of the current drive.
+  if (boundHere_ && (directory.empty() || !LoadLauncher(CommonFolder(directory).c_str()))) {
     Trace(kAlways, function, "Could not load KELMNAPI");
   }
 }

@@ -22,4 +22,15 @@ KE_RESULT ExportCall(const char* traceName, Body body) noexcept {
       traceName, [](void* context, Export& self) -> KE_RESULT { return (*static_cast<Body*>(context))(self); }, &body);
 }
 
+/// Runs one step of an export whose other steps do not depend on it: the result of `step()`, KE_EXCEPTION for an
+/// exception.
+template <typename Step>
+KE_RESULT RunStep(Step step) noexcept {
+  try {
+    return step();
+  } catch (...) {
+    return KE_EXCEPTION;
+  }
+}
+
 }  // namespace frame

@@ -23,6 +23,7 @@ void FreeLauncher() noexcept { g_launcher.Free(); }
 
 KE_RESULT OpenLauncher() {
   const std::string directory = GetModuleDirectory();
+  if (directory.empty()) return KE_LAUNCHER_NOT_LOADED;  // nothing is looked for at the root of the current drive
   const bool bound = LoadLauncher(CommonFolder(directory).c_str()) || LoadLauncher(OwnFolder(directory).c_str());
   return bound ? KE_SUCCESS : KE_LAUNCHER_NOT_LOADED;
 }

@@ -23,6 +23,10 @@ std::string FolderOf(std::string_view path) {
 
 std::string FileIn(std::string_view folder, std::string_view file) { return Concatenated({folder, "\\", file}); }
 
+bool IsFullPath(std::string_view path) {
+  return path.starts_with("\\\\") || (path.size() > 2 && path[1] == ':' && path[2] == '\\');
+}
+
 std::string OwnFolder(std::string_view moduleDirectory) { return Concatenated({moduleDirectory, "\\"}); }
 
 std::string CommonDirectory(std::string_view moduleDirectory) {

@@ -14,6 +14,9 @@ std::string FolderOf(std::string_view path);
 /// `folder` + "\" + `file`.
 std::string FileIn(std::string_view folder, std::string_view file);
 
+/// True for a path that names its place by itself: it begins with a drive and a backslash, or with two backslashes.
+bool IsFullPath(std::string_view path);
+
 /// The module directory with a trailing backslash.
 std::string OwnFolder(std::string_view moduleDirectory);
 

@@ -45,4 +45,12 @@ KE_RESULT SetMyConfigIniValue(const char* section, const char* key, const char* 
   return result;
 }
 
+bool WriteProfileValue(const char* function, const std::string& file, const char* section, const char* key,
+                       const char* value) noexcept {
+  if (win::WriteProfile(file, section, key, value)) return true;
+  Trace(kDetail, function, "Could not write %s, section %s, key %s. Error %d", file.c_str(), section,
+        key ? key : "(all)", static_cast<int>(GetLastError()));
+  return false;
+}
+
 }  // namespace frame

@@ -28,6 +28,7 @@ KE_RESULT DeleteContent(frame::ILogSink* sink, const std::wstring& folder) {
     const KE_RESULT deleted = DeleteEntry(sink, folder + L"\\" + found.cFileName, found.dwFileAttributes);
     if (result == KE_SUCCESS) result = deleted;
   } while (FindNextFileW(search.Get(), &found));
+  if (GetLastError() != ERROR_NO_MORE_FILES && result == KE_SUCCESS) result = KE_STORE_UNUSABLE;
   return result;
 }
 

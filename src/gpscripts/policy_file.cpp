@@ -31,6 +31,14 @@ bool WriteFromBegin(const win::FileHandle& file, const std::string& bytes) noexc
 
 }  // namespace
 
+DWORD CheckWritable(const std::wstring& path) {
+  const win::FileHandle file =
+      Open(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+  if (file) return ERROR_SUCCESS;
+  const DWORD error = GetLastError();
+  return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
+}
+
 DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& bytes) {
   const win::FileHandle file = Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
@@ -59,10 +67,14 @@ DWORD WritePolicyFile(const std::wstring& path, const std::string& bytes, const 
 
 DWORD DeletePolicyFile(const std::wstring& path) noexcept {
   const DWORD attributes = AttributesOf(path);
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
-    frame::Unredirected([&] { return SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}); });
+  const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+  const auto setAttributes = [&](DWORD set) {
+    frame::Unredirected([&] { return SetFileAttributesW(path.c_str(), set); });
+  };
+  if (readOnly) setAttributes(attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
   if (frame::Unredirected([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
   const DWORD error = GetLastError();
+  if (readOnly) setAttributes(attributes);
   return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
 }
 

@@ -20,7 +20,10 @@ DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& b
 /// held, back when the writing fails; a new one gets `attributes`, and the folders above it are created.
 DWORD WritePolicyFile(const std::wstring& path, const std::string& bytes, const std::string& old, DWORD attributes);
 
-/// Deletes a file, also a read-only one. A missing one is a success.
+/// ERROR_SUCCESS when `WritePolicyFile` would not fail on opening the file, or when there is none.
+DWORD CheckWritable(const std::wstring& path);
+
+/// Deletes a file, also a read-only one, which stays read-only when that fails. A missing one is a success.
 DWORD DeletePolicyFile(const std::wstring& path) noexcept;
 
 /// The platform's attributes of a file or folder; INVALID_FILE_ATTRIBUTES, with the last error set, when there is none.

@@ -14,9 +14,22 @@ bool IsFull(const std::wstring& path) noexcept {
   return path.starts_with(L'\\') || path.starts_with(L'/') || (path.size() > 1 && path[1] == L':');
 }
 
+// The program without quotes around it, with the values of its environment variables.
+std::wstring Expanded(std::wstring program) {
+  if (program.size() > 1 && program.front() == L'"' && program.back() == L'"') {
+    program = program.substr(1, program.size() - 2);
+  }
+  std::wstring expanded(ExpandEnvironmentStringsW(program.c_str(), nullptr, 0), L'\0');
+  const DWORD size = ExpandEnvironmentStringsW(program.c_str(), expanded.data(), static_cast<DWORD>(expanded.size()));
+  if (size == 0 || size > expanded.size()) return program;
+  expanded.resize(size - 1);
+  return expanded;
+}
+
 }  // namespace
 
-std::optional<std::wstring> ProgramPath(const PolicyPlaces& places, ScriptKind kind, const std::wstring& program) {
+std::optional<std::wstring> ProgramPath(const PolicyPlaces& places, ScriptKind kind, const std::wstring& written) {
+  const std::wstring program = Expanded(written);
   if (program.empty()) return std::nullopt;
   const std::wstring path = IsFull(program) ? program : ScriptsFolder(places, kind) + L"\\" + program;
   wchar_t full[MAX_PATH];

@@ -9,7 +9,8 @@
 namespace gpscripts {
 
 /// The full path of the program of a script of the local policy, without "." and ".."; a program without a folder of its
-/// own lies in the policy's folder for the kind. Variables in it are not looked up. None when it has no such path.
+/// own lies in the policy's folder for the kind. Quotes around it do not count, and its environment variables are looked
+/// up. None when it has no such path.
 std::optional<std::wstring> ProgramPath(const PolicyPlaces& places, ScriptKind kind, const std::wstring& program);
 
 /// True when the full path lies below the policy's folder for the kind.

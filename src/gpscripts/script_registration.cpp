@@ -14,6 +14,7 @@ KE_RESULT AddToFiles(frame::ILogSink* sink, const PolicyPlaces& places, ScriptKi
   if (const KE_RESULT read = ReadScriptsFile(sink, places, file); read != KE_SUCCESS) return read;
   const auto scripts = ScriptsOf(file.ini, kind);
   if (std::ranges::find(scripts, script) != scripts.end()) return ListScriptsExtension(sink, places);
+  if (const KE_RESULT writable = CheckFilesWritable(sink, places); writable != KE_SUCCESS) return writable;
   AddScript(file.ini, kind, script);
   const KE_RESULT written = WriteScriptsFile(sink, file);
   return written == KE_SUCCESS ? StepPolicyVersion(sink, places, ScriptsExtension::kListed) : written;

@@ -75,7 +75,12 @@ KE_RESULT RemoveScripts(frame::ILogSink* sink, const PolicyPlaces& places, Scrip
   removal.Note(ReadScriptsFile(sink, places, file));
   const auto taken = TakeOutScripts(file.ini, kind, wanted);
   removal.taken.insert(removal.taken.end(), taken.begin(), taken.end());
-  // scripts.ini is written after the file is gone: a removal that ends in between finds its name there again.
+  if (!taken.empty()) {
+    const KE_RESULT writable = CheckFilesWritable(sink, places);
+    removal.Note(writable);
+    if (writable != KE_SUCCESS) return call.End(removal.result);
+  }
+  // scripts.ini is written after the script file is gone: a removal that ends in between finds its name there again.
   if (files == ScriptFiles::kDeleted && !removal.taken.empty()) DeleteFiles(removal, file.ini);
   if (!taken.empty()) {
     const KE_RESULT written = WriteScriptsFile(sink, file);
@@ -93,10 +98,14 @@ KE_RESULT DeleteShutdownInformation(frame::ILogSink* sink, const wchar_t* parame
     call.Parameter(L"text", text);
     call.Parameter(L"flag", flag);
     if (parameters == nullptr) return call.End(KE_MISSING_ARGUMENT);
-    return call.End(RemoveScripts(sink, MachinePlaces(), ScriptKind::kShutdown, {parameters, text ? text : L""},
-                                  flag != 0 ? ScriptFiles::kDeleted : ScriptFiles::kKept));
+    try {
+      return call.End(RemoveScripts(sink, MachinePlaces(), ScriptKind::kShutdown, {parameters, text ? text : L""},
+                                    flag != 0 ? ScriptFiles::kDeleted : ScriptFiles::kKept));
+    } catch (...) {
+      return call.End(KE_EXCEPTION);
+    }
   } catch (...) {
-    return KE_EXCEPTION;
+    return KE_EXCEPTION;  // not even the sink's line could be made
   }
 }
 

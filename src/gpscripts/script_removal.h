@@ -18,6 +18,8 @@ enum class ScriptFiles {
 ///
 /// Every place is tried. Writes to the sink, which may be null.
 ///
+/// When scripts.ini or gpt.ini is there but cannot be written, only the registry is changed.
+///
 /// KE_SUCCESS; KE_MISSING_ARGUMENT when both texts of `wanted` are empty; KE_REGISTRY_UNUSABLE when a key could not be
 /// read or changed; KE_STORE_UNUSABLE when scripts.ini or gpt.ini could not be read, understood or written, or a script
 /// file not be deleted. The first failure counts. Script files stay when a place could not be read or changed: it may

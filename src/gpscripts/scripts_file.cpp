@@ -62,6 +62,16 @@ KE_RESULT ReadScriptsFile(frame::ILogSink* sink, const PolicyPlaces& places, Scr
   return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error reading policy scripts", file.path.c_str()));
 }
 
+KE_RESULT CheckFilesWritable(frame::ILogSink* sink, const PolicyPlaces& places) {
+  const SinkCall call(sink, __func__);
+  for (const std::wstring& path : {ScriptsIniPath(places), GptIniPath(places)}) {
+    const DWORD error = CheckWritable(path);
+    if (error == ERROR_SUCCESS) continue;
+    return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error opening policy file", path.c_str()));
+  }
+  return call.End(KE_SUCCESS);
+}
+
 KE_RESULT WriteScriptsFile(frame::ILogSink* sink, const ScriptsFile& file) {
   const SinkCall call(sink, __func__);
   // Not left to the next start of the machine: what is registered until then would go with the file.

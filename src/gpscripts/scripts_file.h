@@ -23,6 +23,11 @@ struct ScriptsFile {
 /// Reads scripts.ini, in UTF-16 with a byte order mark or else in the system's code page.
 KE_RESULT ReadScriptsFile(frame::ILogSink* sink, const PolicyPlaces& places, ScriptsFile& file);
 
+/// Looks whether scripts.ini and gpt.ini can be written, where they exist. Done before anything is changed: without the
+/// step of the version a changed scripts.ini would not be read again, and a call that is repeated would find nothing left
+/// to do.
+KE_RESULT CheckFilesWritable(frame::ILogSink* sink, const PolicyPlaces& places);
+
 /// Writes the changed `file.ini`, in UTF-16. When no section is left it deletes the file, or writes it without sections
 /// while another program keeps it from being deleted. A new file is hidden, as the platform's editor makes it.
 KE_RESULT WriteScriptsFile(frame::ILogSink* sink, const ScriptsFile& file);

@@ -4,8 +4,8 @@
 #include "frame/module.h"
 #include "frame/paths.h"
 #include "frame/process_action.h"
+#include "frame/settings_file.h"
 #include "frame/text.h"
-#include "win/profile.h"
 
 namespace registration {
 namespace {
@@ -22,17 +22,22 @@ struct Section {
   // A null value removes the key.
   KE_RESULT Write(const char* key, const char* value) const {
     if (file.empty()) return KE_NO_MODULE_DIRECTORY;
-    return win::WriteProfile(file, name.c_str(), key, value) ? KE_SUCCESS : KE_STORE_UNUSABLE;
+    return frame::WriteProfileValue(function, file, name.c_str(), key, value) ? KE_SUCCESS : KE_STORE_UNUSABLE;
   }
+  const char* function;  // that failures are traced under
   std::string file;
   std::string name;
 };
 
-Section Plugins(const char* host) { return {ModuleFile(host), "PLUGINS"}; }
+Section Plugins(const char* function, const char* host) { return {function, ModuleFile(host), "PLUGINS"}; }
 
-Section InstalledComponents(const char* host) { return {ModuleFile(host), "INSTALLED"}; }
+Section InstalledComponents(const char* function, const char* host) {
+  return {function, ModuleFile(host), "INSTALLED"};
+}
 
-Section Subscribers(const char* type) { return {ModuleFile("KELConf"), std::string("TYPES_") + type}; }
+Section Subscribers(const char* function, const char* type) {
+  return {function, ModuleFile("KELConf"), std::string("TYPES_") + type};
+}
 
 KE_RESULT RemoveUpdateInformation(const char* function, const char* key) {
   const std::string command = std::string("KELUPD -REMOVEINFO:") + key;
@@ -57,29 +62,32 @@ std::string ModuleFile(std::string_view module) {
   return frame::SiblingFolder(directory, module).append(module).append(".ini");
 }
 
-KE_RESULT AddPlugin(const char* key, const char* host, const char* value) { return Plugins(host).Write(key, value); }
+KE_RESULT AddPlugin(const char* function, const char* key, const char* host, const char* value) {
+  return Plugins(function, host).Write(key, value);
+}
 
 KE_RESULT RemovePlugin(const char* function, const char* key, const char* host) {
-  if (const KE_RESULT result = Plugins(host).Write(key, kRemoved); result != KE_SUCCESS) return result;
-  if (SameName(host, "KELUpg")) return InstalledComponents(host).Write(key, "NOT");
+  if (const KE_RESULT result = Plugins(function, host).Write(key, kRemoved); result != KE_SUCCESS) return result;
+  if (SameName(host, "KELUpg")) return InstalledComponents(function, host).Write(key, "NOT");
   if (SameName(host, "KELUpd")) return RemoveUpdateInformation(function, key);
   return KE_SUCCESS;
 }
 
-KE_RESULT SetInstalledVersion(const char* key, const char* version) {
-  if (const KE_RESULT result = InstalledComponents("KELUpg").Write(key, version); result != KE_SUCCESS) return result;
+KE_RESULT SetInstalledVersion(const char* function, const char* key, const char* version) {
+  const KE_RESULT result = InstalledComponents(function, "KELUpg").Write(key, version);
+  if (result != KE_SUCCESS) return result;
   if (SameName(key, "KEAGENT")) frame::ExecuteLocalProcessAction("KELUPG", 1, 0);
   return KE_SUCCESS;
 }
 
-KE_RESULT AddSubscription(const char* key, const char* type) {
-  const Section subscribers = Subscribers(type);
+KE_RESULT AddSubscription(const char* function, const char* key, const char* type) {
+  const Section subscribers = Subscribers(function, type);
   if (const KE_RESULT result = Displace(subscribers, key, kRemoved); result != KE_SUCCESS) return result;
   return subscribers.Write(key, kSubscribed);
 }
 
-KE_RESULT RemoveSubscription(const char* key, const char* type) {
-  const Section subscribers = Subscribers(type);
+KE_RESULT RemoveSubscription(const char* function, const char* key, const char* type) {
+  const Section subscribers = Subscribers(function, type);
   if (const KE_RESULT result = Displace(subscribers, key, kSubscribed); result != KE_SUCCESS) return result;
   return subscribers.Write(key, kRemoved);
 }

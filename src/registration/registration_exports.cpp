@@ -37,9 +37,9 @@ KE_RESULT KE_API KE_InitializeSystemEx(const char* root, const char* rebootRequi
 // Plug-ins, versions, subscriptions
 
 KE_RESULT KE_API KE_AddPlugin(const char* key, const char* host, const char* value) {
-  return ExportCall("KE_UTIL_AddPlugin", [&](Export&) -> KE_RESULT {
+  return ExportCall("KE_UTIL_AddPlugin", [&](Export& self) -> KE_RESULT {
     if (IsBlank(key) || IsBlank(host)) return KE_MISSING_ARGUMENT;
-    return registration::AddPlugin(key, host, value);
+    return registration::AddPlugin(self.name, key, host, value);
   });
 }
 
@@ -51,23 +51,23 @@ KE_RESULT KE_API KE_RemovePlugin(const char* key, const char* host) {
 }
 
 KE_RESULT KE_API KE_SetVersion(const char* key, const char* version) {
-  return ExportCall("KE_UTIL_SetVersion", [&](Export&) -> KE_RESULT {
+  return ExportCall("KE_UTIL_SetVersion", [&](Export& self) -> KE_RESULT {
     if (IsBlank(key) || IsBlank(version)) return KE_MISSING_ARGUMENT;
-    return registration::SetInstalledVersion(key, version);
+    return registration::SetInstalledVersion(self.name, key, version);
   });
 }
 
 KE_RESULT KE_API KE_AddPolicyTypeSuscription(const char* key, const char* type) {
-  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
     if (IsBlank(key) || IsBlank(type)) return KE_MISSING_ARGUMENT;
-    return registration::AddSubscription(key, type);
+    return registration::AddSubscription(self.name, key, type);
   });
 }
 
 KE_RESULT KE_API KE_RemovePolicyTypeSuscription(const char* key, const char* type) {
-  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
     if (IsBlank(key) || IsBlank(type)) return KE_MISSING_ARGUMENT;
-    return registration::RemoveSubscription(key, type);
+    return registration::RemoveSubscription(self.name, key, type);
   });
 }
 

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "frame/paths.h"
+#include "frame/settings_file.h"
 #include "registration/token_files.h"
 #include "registration/token_text.h"
 #include "win/file.h"
-#include "win/profile.h"
 
 namespace registration {
 namespace {
@@ -33,7 +33,7 @@ constexpr HostModule kConfiguration{"KELCONF", "KELCONF.INI", kConfigurationPlug
 constexpr HostModule kUpdate{"KELUPD", "KELUPD.INI", kUpdatePlugins};
 constexpr HostModule kUpgrade{"KELUPG", "KELUPG.INI", kUpgradePlugins};
 
-KE_RESULT Register(const HostModule& host, const char* root) {
+KE_RESULT Register(const char* function, const HostModule& host, const char* root) {
   const std::string installation = InstallRoot(root);
   if (installation.empty()) return KE_MISSING_ARGUMENT;
   const std::string folder = FileIn(installation, host.folder);
@@ -42,18 +42,18 @@ KE_RESULT Register(const HostModule& host, const char* root) {
   const std::string file = FileIn(folder, host.file);
   for (const auto& plugin : host.plugins) {
     const std::string library = QuotedPath(installation, plugin);
-    if (!win::WriteProfile(file, "PLUGINS", plugin.name, library.c_str())) return KE_STORE_UNUSABLE;
+    if (!frame::WriteProfileValue(function, file, "PLUGINS", plugin.name, library.c_str())) return KE_STORE_UNUSABLE;
   }
   return KE_SUCCESS;
 }
 
 }  // namespace
 
-KE_RESULT RegisterStdKelConfPlugins(const char* root) { return Register(kConfiguration, root); }
+KE_RESULT RegisterStdKelConfPlugins(const char* root) { return Register(__func__, kConfiguration, root); }
 
-KE_RESULT RegisterStdKelUpdPlugins(const char* root) { return Register(kUpdate, root); }
+KE_RESULT RegisterStdKelUpdPlugins(const char* root) { return Register(__func__, kUpdate, root); }
 
-KE_RESULT RegisterStdKelUpgPlugins(const char* root) { return Register(kUpgrade, root); }
+KE_RESULT RegisterStdKelUpgPlugins(const char* root) { return Register(__func__, kUpgrade, root); }
 
 KE_RESULT WriteRegistrationFiles(const char* root) {
   for (const auto write : {MkSchedulerKepLpMngToken, MkKesLpMngTokens, MkKesWdTokens, RegisterStdKelConfPlugins,

@@ -10,7 +10,7 @@ namespace registration {
 /// was written before a failure. One trailing backslash of `root` does not count.
 ///
 /// KE_SUCCESS; KE_MISSING_ARGUMENT when `root` is null, empty or a lone backslash; KE_STORE_UNUSABLE when a value could
-/// not be written.
+/// not be written, which is traced.
 KE_RESULT RegisterStdKelConfPlugins(const char* root);
 KE_RESULT RegisterStdKelUpdPlugins(const char* root);
 KE_RESULT RegisterStdKelUpgPlugins(const char* root);

@@ -4,9 +4,9 @@
 
 #include "frame/export_call.h"
 #include "frame/paths.h"
+#include "frame/settings_file.h"
 #include "registration/token_text.h"
 #include "win/file.h"
-#include "win/profile.h"
 
 namespace registration {
 namespace {
@@ -24,43 +24,47 @@ std::string MakeConfigFolder(const std::string& root, const char* folder) {
   return config;
 }
 
-// A write that fails, as on a full disk, is not told.
-void WriteText(const win::FileHandle& file, const std::string& text) { win::Write(file, text.data(), text.size()); }
-
-KE_RESULT WritePluginTokens(const std::string& root) {
-  const std::string path = FileIn(MakeConfigFolder(root, "KESLPMNG"), "plugins.tok");
+// Writes a whole file. A write that fails, as on a full disk, is not told.
+KE_RESULT WriteText(const char* function, const std::string& path, const std::string& text) {
   const win::FileHandle file = win::CreateForUpdate(path);
-  if (!file) return KE_STORE_UNUSABLE;
-  WriteText(file, PluginTokens(root));
+  if (!file) {
+    Trace(frame::kDetail, function, "Could not open %s. Error %d", path.c_str(), static_cast<int>(GetLastError()));
+    return KE_STORE_UNUSABLE;
+  }
+  win::Write(file, text.data(), text.size());
   return KE_SUCCESS;
 }
 
-KE_RESULT WriteSchedulerTokens(const std::string& root) {
-  const std::string path = FileIn(MakeConfigFolder(root, "Scheduler"), "tokens.tok");
-  const win::FileHandle file = win::CreateForUpdate(path);
-  if (!file) return KE_STORE_UNUSABLE;
+KE_RESULT WritePluginTokens(const char* function, const std::string& root) {
+  return WriteText(function, FileIn(MakeConfigFolder(root, "KESLPMNG"), "plugins.tok"), PluginTokens(root));
+}
+
+KE_RESULT WriteSchedulerTokens(const char* function, const std::string& root) {
+  const std::string config = MakeConfigFolder(root, "Scheduler");
+  const KE_RESULT result = WriteText(function, FileIn(config, "tokens.tok"), SchedulerTokens(root));
+  if (result != KE_SUCCESS) return result;
   for (const auto& program : kScheduledPrograms) win::MakeFolder(FileIn(root, program.folder));
-  WriteText(file, SchedulerTokens(root));
   return KE_SUCCESS;
 }
 
-KE_RESULT WriteWatchdogServices(const std::string& root) {
+KE_RESULT WriteWatchdogServices(const char* function, const std::string& root) {
   const std::string folder = FileIn(root, "KESWD");
   win::MakeFolder(folder);
   const std::string file = FileIn(folder, "KesWD.conf");
   for (const auto& service : kWatchedServices) {
     win::MakeFolder(FileIn(root, service.folder));
     const std::string program = QuotedPath(root, service);
-    if (!win::WriteProfile(file, "SERVICES", service.name, program.c_str())) return KE_STORE_UNUSABLE;
+    if (!frame::WriteProfileValue(function, file, "SERVICES", service.name, program.c_str())) return KE_STORE_UNUSABLE;
   }
   return KE_SUCCESS;
 }
 
-KE_RESULT WriteBelow(const char* function, const char* root, KE_RESULT (*write)(const std::string& root)) {
-  return ExportCall(function, [&](Export&) -> KE_RESULT {
+KE_RESULT WriteBelow(const char* function, const char* root,
+                     KE_RESULT (*write)(const char* function, const std::string& root)) {
+  return ExportCall(function, [&](Export& self) -> KE_RESULT {
     const std::string folder = InstallRoot(root);
     if (folder.empty()) return KE_MISSING_ARGUMENT;
-    return write(folder);
+    return write(self.name, folder);
   });
 }
 

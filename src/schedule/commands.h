@@ -18,7 +18,7 @@ struct Job {
 /// The program that the scheduler starts for the modules of the plug-in manager.
 inline constexpr char kPluginManager[] = "KEPLPMNG";
 
-/// Creates a job, or redefines the one of its task ID; `clauses` begin with a blank.
+/// The commands that create a job, and that redefine the one of its task ID; `clauses` begin with a blank.
 std::string AddJobCommand(const Job& job, std::string_view clauses);
 std::string EditJobCommand(const Job& job, std::string_view clauses);
 

@@ -1,5 +1,6 @@
 #include "schedule/scheduler.h"
 
+#include "frame/export_call.h"
 #include "frame/module.h"
 #include "frame/paths.h"
 #include "frame/sibling_program.h"
@@ -10,7 +11,6 @@ namespace schedule {
 namespace {
 
 using frame::kDetail;
-using frame::kInfo;
 
 constexpr char kFunction[] = "CallZumAT";
 constexpr DWORD kWaitMilliseconds = 90000;
@@ -45,12 +45,8 @@ KE_RESULT Run(const std::string& command) {
 
 }  // namespace
 
-KE_RESULT CallZumAT(const std::string& command) {
-  const frame::TraceScope scope;
-  Trace(kInfo, kFunction, "Function start");
-  const KE_RESULT result = Run(command);
-  Trace(kInfo, kFunction, "Function end. Return code (%i)", static_cast<int>(result));
-  return result;
+KE_RESULT CallZumAT(const std::string& command) noexcept {
+  return frame::ExportCall(kFunction, [&](frame::Export&) { return Run(command); });
 }
 
 }  // namespace schedule

@@ -16,6 +16,7 @@ namespace schedule {
 ///   KE_SCHEDULER_NOT_STARTED  the program is in neither place or cannot be started, or the module directory is unknown
 ///   KE_SCHEDULER_TIMEOUT      it has not ended in time
 ///   KE_SCHEDULER_FAILED       its exit code is not 0
-KE_RESULT CallZumAT(const std::string& command);
+///   KE_EXCEPTION              an exception was caught, so that an operation goes on with its next command
+KE_RESULT CallZumAT(const std::string& command) noexcept;
 
 }  // namespace schedule

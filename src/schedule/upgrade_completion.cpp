@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "frame/export_call.h"
 #include "frame/sibling_program.h"
 #include "frame/trace.h"
 #include "schedule/jobs.h"
@@ -40,15 +41,16 @@ bool Succeeded(std::uint32_t resultCode) { return resultCode == 0 || resultCode 
 }  // namespace
 
 KE_RESULT CompleteUpgrade(const char* function, std::uint32_t resultCode, const char* version) {
-  services::IntegrateComputerKelTest();
+  frame::RunStep(services::IntegrateComputerKelTest);
   for (const UpgradeJob& job : kUpgradeJobs) {
-    const KE_RESULT scheduled = job.schedule();
+    const KE_RESULT scheduled = frame::RunStep(job.schedule);
     if (scheduled != KE_SUCCESS) Trace(kDetail, function, job.failure, static_cast<int>(scheduled));
   }
   KE_RESULT result = KE_SUCCESS;
   if (Succeeded(resultCode)) result = KE_SetAgentVersion(version);
   if (result == KE_SUCCESS) result = KE_ScheduleUpgradeComplete(static_cast<std::int32_t>(resultCode), version);
-  if (store::KeepAsStartCopy() != KE_SUCCESS) Trace(kAlways, function, "Error copying from Integra.start");
+  if (frame::RunStep(store::KeepAsStartCopy) != KE_SUCCESS)
+    Trace(kAlways, function, "Error copying from Integra.start");
   return result;
 }
 

@@ -1,5 +1,6 @@
 #include "services/agent_server.h"
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -14,26 +15,31 @@
 namespace services {
 namespace {
 
+static_assert(sizeof(KE_AGENT_SERVER_RECORD) == 2564 && offsetof(KE_AGENT_SERVER_RECORD, server) == 1028);
+
 using frame::kDetail;
 using frame::Trace;
 
 }  // namespace
 
-KE_RESULT SetAgentServer(const char* server) {
+KE_RESULT SetAgentServer(const char* function, const char* server) {
   const frame::AgentApiScope agent(frame::OpenAgentApi());
   const frame::AgentApiTable& api = frame::AgentApi();
-  if (agent.Result() != 0 || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) return KE_AGENT_NOT_LOADED;
-  AgentServerRecord record{};
-  const auto read = api.KE_AGAPI_GetConfig(kServerRecordClass, kServerRecordItem, &record, sizeof record);
+  if (agent.Result() != 0 || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) {
+    frame::TraceAgentNotLoaded(function, KE_AGENT_NOT_LOADED);
+    return KE_AGENT_NOT_LOADED;
+  }
+  KE_AGENT_SERVER_RECORD record{};
+  const auto read = api.KE_AGAPI_GetConfig(KE_AGENT_CONFIG_CLASS, KE_AGENT_SERVER_ITEM, &record, sizeof record);
   if (read != 0) {
-    Trace(kDetail, "KE_SetURLServer", "Error reading the agent's configuration: [%d]", static_cast<int>(read));
+    Trace(kDetail, function, "Error reading the agent's configuration: [%d]", static_cast<int>(read));
     return KE_AGENT_READ_FAILED;
   }
   std::strncpy(record.server, server, sizeof record.server - 1);
   record.server[sizeof record.server - 1] = '\0';
-  const auto written = api.KE_AGAPI_SetConfig(kServerRecordClass, kServerRecordItem, &record, sizeof record);
+  const auto written = api.KE_AGAPI_SetConfig(KE_AGENT_CONFIG_CLASS, KE_AGENT_SERVER_ITEM, &record, sizeof record);
   if (written != 0) {
-    Trace(kDetail, "KE_SetURLServer", "Error writing the agent's configuration: [%d]", static_cast<int>(written));
+    Trace(kDetail, function, "Error writing the agent's configuration: [%d]", static_cast<int>(written));
     return KE_AGENT_WRITE_FAILED;
   }
   return KE_SUCCESS;

@@ -20,9 +20,9 @@ KE_RESULT KE_API KE_SetURLSecureServer(const char* server) {
 }
 
 KE_RESULT KE_API KE_SetURLServer(const char* server) {
-  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
     if (server == nullptr) return KE_MISSING_ARGUMENT;
-    return services::SetAgentServer(server);
+    return services::SetAgentServer(self.name, server);
   });
 }
 

@@ -32,21 +32,24 @@ KE_RESULT ResultOf(std::int32_t exitCode) noexcept {
 
 /// The launcher's answer to one call.
 struct Answer {
-  int returned;
+  int returned = 0;
   std::int32_t exitCode = 0;
 
   bool Ended(std::int32_t with) const noexcept { return returned == 0 && exitCode == with; }
 };
 
-// Calls `update(forceContinue)` until there is no more to do; `last` becomes the answer that ended it, the first one
-// when nothing was repeated.
+// Calls `update(forceContinue, exitCode)` until there is no more to do; `last` becomes the answer that ended it, the
+// first one when nothing was repeated. A call that tells no exit code leaves that of the one before.
 template <typename Update>
 Answer UpdateRepeatedly(Update update, Answer& last) {
-  const Answer first = last = update(0);
+  last = {};
+  const auto call = [&](std::int32_t forceContinue) { last.returned = update(forceContinue, &last.exitCode); };
+  call(0);
+  const Answer first = last;
   if (!first.Ended(0)) return first;
   do {
     frame::Pause(kPauseMilliseconds);
-    last = update(1);
+    call(1);
   } while (last.Ended(kMoreToDo));
   return first;
 }
@@ -58,11 +61,7 @@ KE_RESULT UpdateAtOnce(const char* function) {
   if (!launcher) return KE_LAUNCHER_NOT_LOADED;
   Answer last{};
   const Answer first = UpdateRepeatedly(
-      [](std::int32_t forceContinue) {
-        Answer answer{};
-        answer.returned = Launcher().UpdateNow(forceContinue, &answer.exitCode);
-        return answer;
-      },
+      [](std::int32_t forceContinue, std::int32_t* exitCode) { return Launcher().UpdateNow(forceContinue, exitCode); },
       last);
   return static_cast<KE_RESULT>(first.returned);
 }
@@ -72,14 +71,13 @@ KE_RESULT UpdateAtOnceEx(const char* function, std::uint32_t firstValue, std::ui
   if (!launcher) return KE_LAUNCHER_NOT_LOADED;
   Answer last{};
   const Answer first = UpdateRepeatedly(
-      [&](std::int32_t forceContinue) {
+      [&](std::int32_t forceContinue, std::int32_t* exitCode) {
         Trace(kDetail, function, "Ready To launch KELMNAPI_UpdateNowEx with ForceContinue value: %d",
               static_cast<int>(forceContinue));
-        Answer answer{};
-        answer.returned = Launcher().UpdateNowEx(forceContinue, &answer.exitCode, firstValue, secondValue);
+        const int returned = Launcher().UpdateNowEx(forceContinue, exitCode, firstValue, secondValue);
         Trace(kDetail, function, "Back from KELMNAPI_UpdateNowEx with value: %i. Kes_UpdateNowEx returned value: %d",
-              answer.returned, static_cast<int>(answer.exitCode));
-        return answer;
+              returned, static_cast<int>(*exitCode));
+        return returned;
       },
       last);
   if (first.Ended(0)) return ResultOf(last.exitCode);

@@ -49,6 +49,10 @@ struct FinaliseAtEnd {
 KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context) {
   const std::string path = PathOf(place);
   if (path.empty()) return place.unusable;
+  if (!frame::IsFullPath(path)) {  // it would be searched for, beginning with the current directory
+    Trace(frame::kDetail, function, "The path of the plug-in is not a full one: %s", path.c_str());
+    return place.unusable;
+  }
   const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
     Trace(frame::kAlways, function, "Could not load %s - Error %d", path.c_str(), static_cast<int>(GetLastError()));

@@ -30,7 +30,7 @@ struct PluginTable {
 using PluginUse = KE_RESULT (*)(const PluginTable& plugin, void* context);
 
 /// Loads and initialises the plug-in, has `use(functions, context)` called, finalises and frees it. The result of
-/// `use`; the place's code when the plug-in has no path, cannot be loaded, refuses to initialise, or has no
+/// `use`; the place's code when the plug-in has no full path, cannot be loaded, refuses to initialise, or has no
 /// KE_Finalize. A plug-in that cannot be loaded is traced under `function`.
 KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context);
 

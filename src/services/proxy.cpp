@@ -19,10 +19,7 @@ using frame::AgentApi;
 
 KE_RESULT OpenAgent(const char* function) {
   const KE_RESULT result = frame::CheckAgentProxyApi();
-  if (result != KE_SUCCESS) {
-    Trace(frame::kAlways, function, "Could not load required library, KELAGAPI. Return Error Code : [%i]",
-          static_cast<int>(result));
-  }
+  if (result != KE_SUCCESS) frame::TraceAgentNotLoaded(function, result);
   return result;
 }
 
@@ -44,22 +41,25 @@ KE_RESULT ReadStoredProxy(const char* function, KE_AGENT_PROXY_RECORD& record) {
 }
 
 /// Deciphers a setting text into `plain`.
-KE_RESULT Decipher(const char* setting, char (&plain)[kSettingSize]) {
+KE_RESULT Decipher(const char* function, const char* setting, char (&plain)[kSettingSize]) {
   const std::size_t length = strnlen(setting, kSettingSize);
-  if (length == kSettingSize) return KE_OUT_OF_RANGE;
+  if (length == kSettingSize) {
+    Trace(frame::kDetail, function, "The setting text is longer than %u characters", unsigned{kSettingSize - 1});
+    return KE_OUT_OF_RANGE;
+  }
   std::memcpy(plain, setting, length + 1);
   return KE_DecryptSetting(plain, kSettingSize);
 }
 
-KE_RESULT AddCredentials(const ProxySettings& settings, KE_AGENT_PROXY_RECORD& record) {
+KE_RESULT AddCredentials(const char* function, const ProxySettings& settings, KE_AGENT_PROXY_RECORD& record) {
   if (*settings.user == '\0') return KE_SUCCESS;
   char plain[kSettingSize] = {};
   const win::WipeAtEnd wipe(plain, sizeof plain);
-  KE_RESULT result = Decipher(settings.user, plain);
+  KE_RESULT result = Decipher(function, settings.user, plain);
   if (result != KE_SUCCESS) return result;
   SetUser(record, plain);
   if (*settings.password == '\0') return KE_SUCCESS;
-  result = Decipher(settings.password, plain);
+  result = Decipher(function, settings.password, plain);
   if (result == KE_SUCCESS) SetPassword(record, plain);
   return result;
 }
@@ -109,7 +109,7 @@ KE_RESULT SetAgentProxy(const char* function, const ProxySettings& settings) {
   if (agent.Result() != KE_SUCCESS) return agent.Result();
   KE_AGENT_PROXY_RECORD record = MakeProxyRecord(settings.server, settings.port);
   const win::WipeAtEnd wipe(&record, sizeof record);
-  const KE_RESULT result = AddCredentials(settings, record);
+  const KE_RESULT result = AddCredentials(function, settings, record);
   if (result != KE_SUCCESS) return result;
   const std::uint32_t error =
       AgentApi().KE_AGAPI_SetConfig(KE_AGENT_CONFIG_CLASS, KE_AGENT_PROXY_ITEM, &record, sizeof record);
@@ -132,7 +132,11 @@ KE_RESULT SetStaticProxy(const char* function, const char* host, const char* add
 KE_RESULT GetInternetProxy(const char* function, KE_PROXY& proxy, std::uint32_t size) {
   const KE_RESULT result = AskInstallerPlugin(function, proxy, size);
   if (result != KE_INSTALLER_PLUGIN_UNUSABLE) return result;
-  return size < kProxyExtent ? static_cast<KE_RESULT>(KE_BUFFER_TOO_SMALL) : AskAgent(function, proxy);
+  if (size < kProxyExtent) {
+    Trace(frame::kDetail, function, "The proxy description has only %u bytes", static_cast<unsigned>(size));
+    return KE_BUFFER_TOO_SMALL;
+  }
+  return AskAgent(function, proxy);
 }
 
 }  // namespace services

@@ -1,13 +1,10 @@
 #include "services/upgrade_start.h"
 
-#include <windows.h>
-
 #include <cstring>
 #include <string>
 
 #include "frame/paths.h"
 #include "frame/settings_file.h"
-#include "frame/trace.h"
 #include "registration/token_files.h"
 #include "registration/token_text.h"
 #include "services/message_types.h"
@@ -25,12 +22,8 @@ std::string PathOf(const std::string& root, const char* directory, const char* f
   return frame::FileIn(frame::FileIn(root, directory), file);
 }
 
-// A null value removes the key, a null key the section.
 bool Write(const std::string& path, const char* section, const char* key, const char* value) {
-  if (win::WriteProfile(path, section, key, value)) return true;
-  frame::Trace(frame::kDetail, "KE_UpgradeStart", "Could not write %s, section %s, key %s. Error %d", path.c_str(),
-               section, key ? key : "(all)", static_cast<int>(GetLastError()));
-  return false;
+  return frame::WriteProfileValue("KE_UpgradeStart", path, section, key, value);
 }
 
 // Messages

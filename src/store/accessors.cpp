@@ -123,7 +123,8 @@ KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
     if (IsRefused(text, row.refused)) return KE_MISSING_ARGUMENT;
     const KE_RESULT result = StoreText(row.section, row.key, text ? text : "");
     if (result == KE_SUCCESS && row.told != PluginValue::kNone) {
-      const KE_RESULT told = TellPlugins(row.told, text);  // without the lock: a plug-in may call back
+      const KE_RESULT told =
+          frame::RunStep([&] { return TellPlugins(row.told, text); });  // without the lock: a plug-in may call back
       Trace(frame::kDetail, self.name, "Plug-ins notified. Return code (%i)", static_cast<int>(told));
     }
     return result;

@@ -151,15 +151,26 @@ KE_RESULT ReadUnderLock(const StorePaths& paths) {
   return KE_SUCCESS;
 }
 
-// True when a file of the store holds a whole one.
-bool IsWhole(const std::string& path, const StorePaths& paths) {
-  const win::FileHandle file = win::OpenForUpdate(path);
-  if (!file) return false;
+// What a file of the store holds.
+enum class FileState { kUnknown, kDamaged, kWhole };
+
+// Unknown when it cannot be read, or there is no crypto module to tell.
+FileState StateOfFile(const std::string& path, const StorePaths& paths) {
+  const win::FileHandle file = win::OpenForReading(path);
+  if (!file) return FileState::kUnknown;
   auto content = ReadContent(file);
-  if (!content || DecipherContent(*content, paths.CryptoFolder().c_str()) != Deciphering::kDone) return false;
+  if (!content) return FileState::kUnknown;
+  switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
+    case Deciphering::kCryptoNotLoaded:
+      return FileState::kUnknown;
+    case Deciphering::kFailed:
+      return FileState::kDamaged;
+    case Deciphering::kDone:
+      break;
+  }
   IniStore store;
   ParseIni(*content, store);
-  return store.sections.size() >= kFewestSections;
+  return store.sections.size() >= kFewestSections ? FileState::kWhole : FileState::kDamaged;
 }
 
 KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
@@ -172,7 +183,7 @@ KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
   const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), function);
   // Sections are never taken out of a store. One that has too few, while its backup has them all, has lost them by
   // damage: the backup is then the last good copy.
-  const bool keepBackup = StoreIsDamaged() && IsWhole(backup, paths);
+  const bool keepBackup = StoreIsDamaged() && StateOfFile(backup, paths) == FileState::kWhole;
   win::FileHandle file = win::CreateForUpdate(live);
   if (!file) return KE_STORE_UNUSABLE;
   const bool good = WriteContent(file, content, function);
@@ -235,7 +246,9 @@ KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start); 
 KE_RESULT KeepAsStartCopy() {
   return WithStoreLocked(__func__, [](const StorePaths& paths) -> KE_RESULT {
     const std::string live = paths.Live(), start = paths.Start();
-    if (!IsWhole(live, paths) && IsWhole(start, paths)) return KE_STORE_UNUSABLE;
+    if (StateOfFile(live, paths) == FileState::kDamaged && StateOfFile(start, paths) == FileState::kWhole) {
+      return KE_STORE_UNUSABLE;
+    }
     return win::CopyOver(live, start) ? KE_SUCCESS : KE_STORE_UNUSABLE;
   });
 }

@@ -37,8 +37,8 @@ KE_RESULT WriteIntegraDat();
 KE_RESULT RestoreIntegraDat();
 KE_RESULT RestoreIntegraDatEx();
 
-/// Copies the file over the start copy; but a damaged or unreadable file never over a whole start copy, which may be
-/// the last good one. KE_STORE_UNUSABLE when it was not copied, KE_NO_MODULE_DIRECTORY.
+/// Copies the file over the start copy; but a damaged file never over a whole start copy, which may be the last good
+/// one. KE_STORE_UNUSABLE when it was not copied, KE_NO_MODULE_DIRECTORY.
 KE_RESULT KeepAsStartCopy();
 
 /// Reads the certificate and traces whether that worked. On the way the certificate's getter restores a damaged store.

@@ -54,6 +54,11 @@ FileHandle CreateForUpdate(const std::string& path) noexcept {
   return file;
 }
 
+FileHandle OpenForReading(const std::string& path) noexcept {
+  return FileHandle(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(Open(path, OPEN_ALWAYS)); }
 
 std::optional<std::uint64_t> SizeOf(const FileHandle& file) noexcept {

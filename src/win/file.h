@@ -32,6 +32,9 @@ void MakeFolder(const std::string& path) noexcept;
 /// Opens an existing file for reading and writing, as the C mode "r+b" does: others may read and write meanwhile.
 FileHandle OpenForUpdate(const std::string& path) noexcept;
 
+/// Opens an existing file for reading, whatever others do with it.
+FileHandle OpenForReading(const std::string& path) noexcept;
+
 /// Opens a file for reading and writing and empties it, creating it when missing, as the C mode "w+b" does. Works on
 /// hidden files too, and keeps their attributes.
 FileHandle CreateForUpdate(const std::string& path) noexcept;

@@ -232,6 +232,10 @@ TEST_CASE("zumat: the jobs file reads as it was written, and damage is seen") {
       {"}\n", ""},
       {"\xC3\xB1", "\xC3"},
       {"\\t", "\\\""},
+      {"\\t", "\\u0000"},
+      {"\"version\": 1", "\"version\": 1.0"},
+      {"\"version\": 1", "\"version\": 1, \"x\": 1"},
+      {"\"id\": 4", "\"id\": 4, \"id\": 4"},
   };
   for (const Row& row : rows) {
     CAPTURE(std::string(row.good));
@@ -240,8 +244,9 @@ TEST_CASE("zumat: the jobs file reads as it was written, and damage is seen") {
     text.replace(text.find(row.good), row.good.size(), row.bad);
     CHECK(ReadJobs(text, read).result == kDamaged);
   }
-  for (const std::string& text : {std::string(), std::string("[]"), good.substr(0, good.size() / 2),
-                                  good + std::string(kMaximumJobsText, ' '), std::string(100000, '[')})
+  for (const std::string& text :
+       {std::string(), std::string("[]"), good.substr(0, good.size() / 2), good + std::string(kMaximumJobsText, ' '),
+        std::string(100000, '['), good + '\0', "\xEF\xBB\xBF" + good})
     CHECK(ReadJobs(text, read).result == kDamaged);
   CHECK(read == jobs);
 }

@@ -224,6 +224,14 @@ TEST_CASE("upgrade: every step runs, in order, and only the last two count") {
   support::WriteFile(tree.Store("INTEGRA.START"), whole);
   support::WriteFile(tree.Store("INTEGRA.DAT"), "[AGENT]\r\nID=left\r\n");
   CHECK(store::KeepAsStartCopy() == KE_STORE_UNUSABLE);
+  const std::string moved = whole + "[MOVED]\r\n";
+  support::WriteFile(tree.Store("INTEGRA.DAT"), moved);
+  {
+    const support::LockedFile readByOthers(tree.Store("INTEGRA.DAT"), FILE_SHARE_READ);
+    CHECK(store::KeepAsStartCopy() == KE_SUCCESS);
+    CHECK(support::ReadFile(tree.Store("INTEGRA.START")) == moved);
+  }
+  support::WriteFile(tree.Store("INTEGRA.START"), whole);
   const support::LockedFile inUse(tree.Store("INTEGRA.DAT"));
   KE_UpgradeComplete(1603, "3.0");
   CHECK(tree.Traced("KE_UpgradeComplete;\"Error copying from Integra.start\""));

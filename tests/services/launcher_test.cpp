@@ -166,7 +166,7 @@ TEST_CASE("plug-ins: each way in which one is not usable") {
   CHECK(KE_NotifyDeviceID(2) == KE_MODULE_NOT_LOADED);
   CHECK(tree.Installer() == "KE_Initialize;0;6\nKE_Finalize;0;\n");
   CHECK(KE_NotifyDeviceID(0) == KE_INSTALLER_PLUGIN_UNUSABLE);
-  for (const char* path : {"", "C:\\none\\none.dll"}) {
+  for (const char* path : {"", "KELRCM.dll", "..\\Plugins\\KELRCM.dll", "C:\\none\\none.dll"}) {
     tree.UsePlugins(path, path);
     CHECK(KE_NotifyDeviceID(1) == KE_INSTALLER_PLUGIN_UNUSABLE);
     CHECK(KE_NotifyDeviceID(2) == KE_MODULE_NOT_LOADED);

@@ -13,8 +13,6 @@
 namespace kelctl {
 namespace {
 
-constexpr std::int32_t kMinutesOfDay = 24 * 60;
-
 struct JobOptions {
   std::string program = "KEPLPMNG", module, arguments, day, time, start, end, recurrence, command;
   std::int32_t taskId = 0, period = 0, delay = 0;
@@ -23,11 +21,12 @@ struct JobOptions {
 
 // Minutes since midnight of "HH:MM".
 std::int32_t MinuteOf(const std::string& time) {
-  const std::size_t colon = time.find(':');
-  if (colon == time.npos) throw UsageError("\"" + time + "\" is not a time of day, HH:MM");
-  const std::int32_t hours = ParseNumber(time.substr(0, colon)), minutes = ParseNumber(time.substr(colon + 1));
-  if (hours < 0 || hours > 23 || minutes < 0 || minutes > 59)
-    throw UsageError(time + " is out of range: 00:00 to 23:59");
+  const auto digit = [&](std::size_t at) { return time[at] >= '0' && time[at] <= '9'; };
+  if (time.size() != 5 || time[2] != ':' || !digit(0) || !digit(1) || !digit(3) || !digit(4)) {
+    throw UsageError("\"" + time + "\" is not a time of day, HH:MM");
+  }
+  const std::int32_t hours = ParseNumber(time.substr(0, 2)), minutes = ParseNumber(time.substr(3));
+  if (hours > 23 || minutes > 59) throw UsageError(time + " is out of range: 00:00 to 23:59");
   return hours * 60 + minutes;
 }
 
@@ -108,7 +107,8 @@ CLI::App* AddJob(CLI::App& jobs, const char* name, const char* description, cons
 
 void AddModule(CLI::App* command, const Options& options) {
   command->add_option("MODULE", options->module, "The module that runs")->required()->type_name("");
-  command->add_option("ARGUMENTS", options->arguments, "Its arguments")->type_name("");
+  command->add_option("ARGUMENTS", options->arguments, "Its arguments; behind -- when they begin with -")
+      ->type_name("");
 }
 
 void AddProgram(CLI::App* command, const Options& options) {
@@ -143,7 +143,8 @@ void AddSetCommands(CLI::App& jobs, Session& session) {
   window->add_option("START", options->start, "HH:MM")->required()->type_name("");
   window->add_option("END", options->end, "HH:MM")->required()->type_name("");
   AddModule(window, options);
-  window->add_option("--recurrence", options->recurrence, "In the scheduler's notation, in place of the period");
+  window->add_option("--recurrence", options->recurrence, "In the scheduler's notation, in place of the period")
+      ->excludes("--random-weekday");
   window->footer("Example: kelctl jobs window 70 1440 12:00 13:30 KELSCAN -- -full");
   window->callback([&session, options] { SetWindowed(session, *options); });
 }

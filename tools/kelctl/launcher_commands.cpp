@@ -43,6 +43,9 @@ void GetUpdateConfig(Session& session, const LauncherOptions& options) {
 void SetUpdateConfig(Session& session, const LauncherOptions& options) {
   CheckPropertyKey(options.key);
   CheckOneLine(options.section);
+  if (options.section.empty() || options.section.find_first_of("[]") != std::string::npos) {
+    throw UsageError("a section has a name, without \"[\" and \"]\"");
+  }
   CheckOneLine(options.value);
   const auto library = session.OpenTheLibrary();
   auto* const set = KELCTL_EXPORT(*library, KE_SetUpdateNowConfig);

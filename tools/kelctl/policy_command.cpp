@@ -8,6 +8,7 @@
 #include "gpscripts/script_listing.h"
 #include "gpscripts/script_registration.h"
 #include "gpscripts/script_removal.h"
+#include "rendering.h"
 
 namespace kelctl {
 namespace {
@@ -72,8 +73,11 @@ std::string AsTable(const std::vector<gpscripts::ListedScript>& scripts) {
     std::string kind = KindName(listed.kind), place = listed.place;
     kind.resize(10, ' ');
     place.resize(13, ' ');
-    table += kind + place + (listed.local ? "local  " : "other  ") + Utf8FromWide(listed.script.program);
-    if (!listed.script.parameters.empty()) table += "  " + Utf8FromWide(listed.script.parameters);
+    table += kind + place + (listed.local ? "local  " : "other  ") +
+             WithoutControlCharacters(Utf8FromWide(listed.script.program));
+    if (!listed.script.parameters.empty()) {
+      table += "  " + WithoutControlCharacters(Utf8FromWide(listed.script.parameters));
+    }
     table += "\n";
   }
   return table;

@@ -87,24 +87,27 @@ void CheckFits(const char* what, const std::string& text, std::size_t fieldSize)
   throw UsageError(std::string(what) + " may have " + std::to_string(fieldSize - 1) + " bytes");
 }
 
-void CheckAddress(const std::string& server, const std::string& port) {
+// The port as a plain number, 80 for an empty one.
+std::string CheckAddress(const std::string& server, const std::string& port) {
   if (server.empty()) throw UsageError("SERVER is empty");
   if (server.find(':') != server.npos) throw UsageError("SERVER is a host alone; the port stands behind it");
   const std::int32_t number = port.empty() ? 80 : ParseNumber(port);
   if (number < 1 || number > 65535) throw UsageError(port + " is out of range: 1 to 65535");
-  CheckFits("SERVER with PORT", server + ":" + std::to_string(number), sizeof(KE_AGENT_PROXY_RECORD::address));
+  const std::string plain = std::to_string(number);
+  CheckFits("SERVER with PORT", server + ":" + plain, sizeof(KE_AGENT_PROXY_RECORD::address));
+  return plain;
 }
 
 void Set(Session& session, const ProxyOptions& options) {
   const auto library = session.OpenTheLibrary();
   const std::string server = library->ToCodePage(options.server);
-  CheckAddress(server, options.port);
+  const std::string port = CheckAddress(server, options.port);
   CheckFits("the user", options.user, sizeof(KE_AGENT_PROXY_RECORD::user));
   CheckFits("the password", options.password, sizeof(KE_AGENT_PROXY_RECORD::password));
   const auto enciphered = [&](const std::string& text) { return text.empty() ? text : EncryptSetting(*library, text); };
   const std::string user = enciphered(options.user), password = enciphered(options.password);
   auto* const set = KELCTL_EXPORT(*library, KE_SetAgentProxyInfo);
-  ThrowUnlessSuccess("KE_SetAgentProxyInfo", set(server.c_str(), options.port.c_str(), user.c_str(), password.c_str()));
+  ThrowUnlessSuccess("KE_SetAgentProxyInfo", set(server.c_str(), port.c_str(), user.c_str(), password.c_str()));
 }
 
 void SetStatic(Session& session, const ProxyOptions& options) {

@@ -19,6 +19,7 @@ struct CompletionOptions {
 };
 
 void Complete(Session& session, const CompletionOptions& options) {
+  CheckOneLine(options.version);
   const auto library = session.OpenTheLibrary();
   const std::string version = library->ToCodePage(options.version);
   if (options.onlyStart) {
