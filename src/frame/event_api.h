@@ -20,4 +20,21 @@ bool LoadEventApi(const char* folder, EventApiTable& record) noexcept;
 /// Frees the record's module, if it holds one, and zeroes its handle.
 void FreeEventApi(EventApiTable& record) noexcept;
 
+/// Owns a record for a scope: binds it, and frees it at the end.
+class EventApiScope {
+ public:
+  /// `folder` as for `LoadEventApi`; null binds nothing.
+  explicit EventApiScope(const char* folder) noexcept { LoadEventApi(folder, record_); }
+  ~EventApiScope() { FreeEventApi(record_); }
+  EventApiScope(const EventApiScope&) = delete;
+  EventApiScope& operator=(const EventApiScope&) = delete;
+
+  /// True when the module is bound; only then may its functions be called.
+  explicit operator bool() const noexcept { return record_.module != nullptr; }
+  const EventApiTable& Functions() const noexcept { return record_; }
+
+ private:
+  EventApiTable record_{};
+};
+
 }  // namespace frame

@@ -9,12 +9,7 @@ using frame::Export;
 using frame::ExportCall;
 using frame::IsBlank;
 using frame::kDetail;
-
-namespace {
-
-const char* Shown(const char* text) noexcept { return text ? text : "(null)"; }
-
-}  // namespace
+using frame::Shown;
 
 KE_RESULT KE_API KE_GetConfiguratedProxy(KE_PROXY* proxy) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
