@@ -524,6 +524,48 @@ KE_RESULT KE_API KE_SetURLServer(const char* server);
  *   KE_STORE_UNUSABLE    a file could not be written; everything else was still done */
 KE_RESULT KE_API KE_UpgradeStart(const char* installDir);
 
+/* ---- Events
+ * -----------
+ * What happens on the machine goes to the event module, TvEvAPI.dll, which is loaded from the folder KELTVEVT beside the
+ * DLL's own folder, queues the event and is freed again. Texts go to it as they are, null ones too. Every export that
+ * sends an event may return:
+ *   KE_EVENTS_UNAVAILABLE  the event module could not be loaded, or lacks a function
+ *   KE_EVENT_NOT_SENT      it refused the connection or the event */
+
+/* The state of a scan, with the present time. */
+KE_RESULT KE_API KE_ScanStateEvent(const char* product, const char* taskId, int32_t status);
+
+/* A forced restart of the computer. */
+KE_RESULT KE_API KE_RebootForcedEvent(const char* product);
+
+/* The agent is about to be uninstalled. First the action of the upgrade module runs; its result does not count. Then the
+ * event is sent; once a connection was opened, the call lasts 30 seconds more, so that the event can be delivered.
+ * Whatever came of that, the agent's shutdown script is then removed from the machine's local group policy. */
+KE_RESULT KE_API KE_Uninstall(const char* product);
+
+/* An error of the agent, with the description that KE_GetEventDescription finds for errorCode and insertText. Class and
+ * source are handed to the event module as they are. Without a description no event is sent:
+ *   KE_MODULE_NOT_LOADED  KePIRes.exe could not be loaded
+ *   KE_EVENT_NOT_SENT     it has no description of the error */
+KE_RESULT KE_API KE_GenerateEvent(uint32_t eventClass, uint32_t source, uint32_t errorCode, const char* insertText);
+
+/* The description of an error: buffer and size in bytes. It is a string resource of KePIRes.exe in the KESAgent folder
+ * beside the DLL's own. In one that contains "%s", insertText takes the place of the first, nothing when it is null or
+ * empty, and "%%" becomes one percent sign. A description has at most 511 characters; one that does not fit is cut, also
+ * at the end of the buffer, and that is a success.
+ *   KE_MISSING_ARGUMENT   buffer is null
+ *   KE_BUFFER_TOO_SMALL   bufferSize is not positive
+ *   KE_MODULE_NOT_LOADED  KePIRes.exe could not be loaded
+ *   KE_EVENT_NOT_SENT     it has no description of the error
+ *   with any of them the buffer stays as it was */
+KE_RESULT KE_API KE_GetEventDescription(uint32_t errorCode, char* buffer, int32_t bufferSize, const char* insertText);
+
+/* Has the launcher, KELMNAPI.dll from the Common folder, start the event service by the command "KELTVEVT -start".
+ * Callers let no other export use the launcher meanwhile.
+ *   KE_EVENTS_UNAVAILABLE  the launcher could not be loaded, or could not run the command, or this ended with another
+ *                          exit code than 0 */
+KE_RESULT KE_API KE_InitEventSystem(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 dll=build/release/bin/KELUtils.dll
-allowed="ADVAPI32.dll KERNEL32.dll msvcrt.dll"
+allowed="ADVAPI32.dll KERNEL32.dll USER32.dll msvcrt.dll"
 dump=$(i686-w64-mingw32-objdump -p "$dll")
 
 exported=$(sed -n 's/^\t\[ *[0-9]*\] \(.*\)$/\1/p' <<<"$dump" | grep -v '^+base' | sort)

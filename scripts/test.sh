@@ -82,7 +82,7 @@ step "exports and imports of the DLL" scripts/check_dll.sh
 step "checks of the tree" scripts/check.sh
 if [ "${1:-}" = --fuzz ]; then
   step "building the fuzzers" build_fuzzers
-  for fuzzer in base64_fuzz gpt_ini_fuzz ini_fuzz scripts_ini_fuzz zumat_fuzz; do step "$fuzzer" fuzz $fuzzer; done
+  for fuzzer in base64_fuzz description_fuzz gpt_ini_fuzz ini_fuzz scripts_ini_fuzz zumat_fuzz; do step "$fuzzer" fuzz $fuzzer; done
 fi
 
 echo "$passed passed, $failed failed"

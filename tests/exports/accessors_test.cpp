@@ -235,5 +235,10 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   check("KE_RemoveScheduleTaskReboot", CALL(dll, KE_RemoveScheduleTaskReboot)(0));
   check("KE_UpgradeComplete", CALL(dll, KE_UpgradeComplete)(1, nullptr));
   check("KE_ScheduleUpgradeComplete", CALL(dll, KE_ScheduleUpgradeComplete)(1, nullptr));
+  check("KE_ScanStateEvent", CALL(dll, KE_ScanStateEvent)(nullptr, nullptr, 0));
+  for (const char* name : {"KE_RebootForcedEvent", "KE_Uninstall"}) check(name, dll.Get<Setter>(name)(nullptr));
+  check("KE_GenerateEvent", CALL(dll, KE_GenerateEvent)(4, 0, 1, nullptr));
+  check("KE_GetEventDescription", CALL(dll, KE_GetEventDescription)(1, nullptr, 0, nullptr));
+  check("KE_InitEventSystem", CALL(dll, KE_InitEventSystem)());
   check("KE_IsNeededInstallationPassw", CALL(dll, KE_IsNeededInstallationPassw)() == 1 ? 0 : 1);
 }
