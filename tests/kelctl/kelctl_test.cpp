@@ -71,6 +71,13 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"set last-install-error 12x", kUsage, "\"12x\" is not a decimal number"},
       {"set container \"a\n[B]\"", kUsage, "line break"},
       {"set property:a=b 1", kUsage, "key"},
+      {"event describe 105 P", 0, "Another security product has to be removed first: P.\n"},
+      {"event describe 403", 0, "The quarantine is full.\n"},
+      {"event scan KEC T-1 7", 0, ""},
+      {"event reboot KEC", 0, ""},
+      {"event error 4 3 401", 0, ""},
+      {"event error 4 3 404", 1, "KE_GenerateEvent failed with 1803 KE_EVENT_NOT_SENT"},
+      {"event start", 1, "KE_InitEventSystem failed with 1802"},
       {"policy add startup run.cmd", 0, ""},
       {"policy add shutdown run.cmd \"/a \\\"b\\\"\"", 0, ""},
       {"policy remove shutdown /a", 0, ""},
@@ -84,6 +91,8 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   };
   const Tool tool;
   tool.tree.AddDevkit("KELAGAPI.dll", "Common");
+  tool.tree.AddDevkit("KePIRes.exe", "KESAgent");
+  tool.tree.AddDevkit("TvEvAPI.dll", "KELTVEVT");
   for (const auto& row : rows) {
     CAPTURE(std::string(row.arguments));
     const auto run = tool.Run(row.arguments);
@@ -98,6 +107,11 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   const std::string messages = support::ReadFile(tool.tree.Path("KESAgent/KE_AGPRX.dat"));
   CHECK(messages.find("SERVER=https://s\r\n") != std::string::npos);
   CHECK(messages.find("KE_AGM_NETINFO=1009\r\n") != std::string::npos);
+  const std::string events = support::ReadFile(tool.tree.Path("KELTVEVT/events.jsonl"));
+  for (const char* part :
+       {R"("product":"KEC")", R"("status":7,"taskId":"T-1")", R"("TEVT_RebootForced")", R"("class":4,)",
+        R"("text":null,"description":"The scan  could not be started.","source":3,)"})
+    CHECK_MESSAGE(events.find(part) != std::string::npos, part);
   const std::string shown = tool.Run("show").output;
   CHECK(shown.find("agent-id            A-1\n") != std::string::npos);
   CHECK(shown.find("device-id           (no value: 1782 KE_STORE_UNUSABLE)\n") != std::string::npos);

@@ -27,6 +27,7 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddOsCommand(kelctl, session);
   AddServerCommand(kelctl, session);
   AddUpgradeCommand(kelctl, session);
+  AddEventCommand(kelctl, session);
   AddPolicyCommand(kelctl, session);
 }
 

@@ -36,6 +36,7 @@ void AddLauncherCommands(CLI::App& kelctl, Session& session);
 void AddOsCommand(CLI::App& kelctl, Session& session);
 void AddServerCommand(CLI::App& kelctl, Session& session);
 void AddUpgradeCommand(CLI::App& kelctl, Session& session);
+void AddEventCommand(CLI::App& kelctl, Session& session);
 void AddPolicyCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl
