@@ -7,7 +7,7 @@ namespace kepires {
 
 inline constexpr char kInstallEventName[] = "Global\\KePIRes_InstallEvent";
 
-using EventHandle = win::Owner<HANDLE, &CloseHandle, 0>;
+using win::EventHandle;
 
 /// Makes the event, or opens the one of another instance; the handle is for waiting only. Once set it stays set, so
 /// that it closes every installation dialog, and is gone with the last of them. Every signed-in account may set it, and
