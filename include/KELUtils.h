@@ -565,6 +565,43 @@ KE_RESULT KE_API KE_GetEventDescription(uint32_t errorCode, char* buffer, int32_
  *   KE_EVENTS_UNAVAILABLE  the launcher could not be loaded, or could not run the command, or this ended with another
  *                          exit code than 0 */
 KE_RESULT KE_API KE_InitEventSystem(void);
+/* ---- Prompts
+ * ------------
+ * The user is asked by the program KePIRes.exe, in the KESAgent folder beside the DLL's own folder. The questions and the
+ * countdown wait for its end, however long it takes: a caller that must not block calls them on a thread of its own.
+ * They, and KE_ShowInstallDialogEx, may return:
+ *   KE_PROGRAM_NOT_STARTED  the program is missing or could not be started, or the DLL's directory is unknown
+ * and those that wait:
+ *   KE_NOT_CREATED          waiting for the program, or reading its exit code, failed
+ *   KE_PROMPT_FAILED        the program ended with an exit code that is no answer */
+
+/* Asks whether the computer may be restarted now. *canReboot is set to 0 before anything else and receives the answer,
+ * the program's exit code: 0, 1 or 2. The second value of KE_GetCanRebootEx is not used.
+ *   KE_MISSING_ARGUMENT  canReboot is null */
+KE_RESULT KE_API KE_GetCanReboot(uint32_t* canReboot);
+KE_RESULT KE_API KE_GetCanRebootEx(uint32_t* canReboot, uint32_t unused);
+
+/* Asks a question of any kind (msgType), with a number of seconds; both are handed to the program as they are. The
+ * answer is that of KE_GetCanReboot.
+ *   KE_MISSING_ARGUMENT  canReboot is null */
+KE_RESULT KE_API KE_GetUserResponse(uint32_t* canReboot, int32_t msgType, int32_t seconds);
+
+/* Shows the countdown to a restart, of so many seconds, which are handed to the program as they are. Only the exit code
+ * 0 is a success. */
+KE_RESULT KE_API KE_ShowRebootCountDown(int32_t seconds);
+
+/* Shows the installation dialog, and does not wait for it. rebootMsg is the number of its message about a restart, 0
+ * for KE_ShowInstallDialog, which is always KE_SUCCESS. */
+KE_RESULT KE_API KE_ShowInstallDialog(void);
+KE_RESULT KE_API KE_ShowInstallDialogEx(uint32_t rebootMsg);
+
+/* Closes the installation dialog, by the event Global\KePIRes_InstallEvent. Always KE_SUCCESS, also without a dialog. */
+KE_RESULT KE_API KE_HideInstallDialog(void);
+
+/* Closes the window of the installation guide, if there is one, and moves the installation state forward to 47. Does
+ * this only in a state from 40 to 47, or when the state cannot be read. KE_SUCCESS, also when the state could not be
+ * stored. */
+KE_RESULT KE_API KE_HideInstalationGuide(void);
 
 #ifdef __cplusplus
 }

@@ -241,4 +241,13 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   check("KE_GetEventDescription", CALL(dll, KE_GetEventDescription)(1, nullptr, 0, nullptr));
   check("KE_InitEventSystem", CALL(dll, KE_InitEventSystem)());
   check("KE_IsNeededInstallationPassw", CALL(dll, KE_IsNeededInstallationPassw)() == 1 ? 0 : 1);
+  for (const char* name : {"KE_ShowInstallDialog", "KE_HideInstallDialog", "KE_HideInstalationGuide"}) {
+    check(name, dll.Get<decltype(&KE_ShowInstallDialog)>(name)());
+  }
+  for (const char* name : {"KE_ShowRebootCountDown", "KE_ShowInstallDialogEx"}) {
+    check(name, dll.Get<decltype(&KE_ShowRebootCountDown)>(name)(1));
+  }
+  check("KE_GetCanReboot", CALL(dll, KE_GetCanReboot)(nullptr));
+  check("KE_GetCanRebootEx", CALL(dll, KE_GetCanRebootEx)(nullptr, 0));
+  check("KE_GetUserResponse", CALL(dll, KE_GetUserResponse)(nullptr, 1, 1));
 }

@@ -1,0 +1,23 @@
+// The command lines of the program that asks the user. No platform call.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace services {
+
+/// The kinds of prompt that this library names itself.
+inline constexpr std::int32_t kCanRebootPrompt = 1, kRebootCountDownPrompt = 2, kInstallDialogPrompt = 4;
+
+/// The path of the prompt program, KePIRes.exe, in the agent's folder.
+std::string PromptProgram(std::string_view moduleDirectory);
+
+/// The switches of a prompt of any kind, with a blank in front; its seconds are named only when there are some.
+std::string PromptSwitches(std::int32_t kind, std::optional<std::int32_t> seconds = std::nullopt);
+
+/// The switches of the installation dialog, with a blank in front.
+std::string InstallDialogSwitches(std::uint32_t rebootMessage);
+
+}  // namespace services
