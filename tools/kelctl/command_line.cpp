@@ -29,6 +29,7 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddUpgradeCommand(kelctl, session);
   AddEventCommand(kelctl, session);
   AddPolicyCommand(kelctl, session);
+  AddPromptCommand(kelctl, session);
 }
 
 void SetUp(CLI::App& kelctl, Session& session) {

@@ -38,5 +38,6 @@ void AddServerCommand(CLI::App& kelctl, Session& session);
 void AddUpgradeCommand(CLI::App& kelctl, Session& session);
 void AddEventCommand(CLI::App& kelctl, Session& session);
 void AddPolicyCommand(CLI::App& kelctl, Session& session);
+void AddPromptCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl
