@@ -603,6 +603,22 @@ KE_RESULT KE_API KE_HideInstallDialog(void);
  * stored. */
 KE_RESULT KE_API KE_HideInstalationGuide(void);
 
+/* ---- Machine identity
+ * --------------------- */
+
+/* The hardware UUID of the machine, as Windows Management Instrumentation reports it: buffer and bufferSize in bytes. A
+ * text that does not fit is cut, terminated and a success. The buffer stays as it was when the machine reports no UUID,
+ * which is a success too, so preset it. KELUTILS.INI beside the DLL switches the query off with CheckUUID=false, in
+ * small letters, in its section UUID: the UUID is then the empty text.
+ *
+ * COM is initialised on the calling thread for the call, apartment-threaded; the process gets its security settings
+ * unless it has some already.
+ *   KE_MISSING_ARGUMENT  buffer is null
+ *   KE_BUFFER_TOO_SMALL  bufferSize is not positive
+ *   KE_NOT_CREATED       a step of the query failed, for example because the thread uses COM multithreaded; the buffer
+ *                        stays as it was */
+KE_RESULT KE_API KE_GetUUID(char* buffer, int32_t bufferSize);
+
 #ifdef __cplusplus
 }
 #endif

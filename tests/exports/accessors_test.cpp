@@ -250,4 +250,5 @@ TEST_CASE("tracing: every export writes its start and end under its name") {
   check("KE_GetCanReboot", CALL(dll, KE_GetCanReboot)(nullptr));
   check("KE_GetCanRebootEx", CALL(dll, KE_GetCanRebootEx)(nullptr, 0));
   check("KE_GetUserResponse", CALL(dll, KE_GetUserResponse)(nullptr, 1, 1));
+  check("KE_GetUUID", CALL(dll, KE_GetUUID)(nullptr, 0));
 }
