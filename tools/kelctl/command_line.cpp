@@ -30,6 +30,7 @@ void AddCommands(CLI::App& kelctl, Session& session) {
   AddEventCommand(kelctl, session);
   AddPolicyCommand(kelctl, session);
   AddPromptCommand(kelctl, session);
+  AddUuidCommand(kelctl, session);
 }
 
 void SetUp(CLI::App& kelctl, Session& session) {

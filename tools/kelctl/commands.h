@@ -39,5 +39,6 @@ void AddUpgradeCommand(CLI::App& kelctl, Session& session);
 void AddEventCommand(CLI::App& kelctl, Session& session);
 void AddPolicyCommand(CLI::App& kelctl, Session& session);
 void AddPromptCommand(CLI::App& kelctl, Session& session);
+void AddUuidCommand(CLI::App& kelctl, Session& session);
 
 }  // namespace kelctl
