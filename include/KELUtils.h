@@ -565,6 +565,7 @@ KE_RESULT KE_API KE_GetEventDescription(uint32_t errorCode, char* buffer, int32_
  *   KE_EVENTS_UNAVAILABLE  the launcher could not be loaded, or could not run the command, or this ended with another
  *                          exit code than 0 */
 KE_RESULT KE_API KE_InitEventSystem(void);
+
 /* ---- Prompts
  * ------------
  * The user is asked by the program KePIRes.exe, in the KESAgent folder beside the DLL's own folder. The questions and the

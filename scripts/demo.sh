@@ -1,19 +1,21 @@
 #!/usr/bin/env bash
 # Shows the library at work: the agent's identity is stored, lost and recovered, jobs are scheduled, an installation is registered
-# and upgraded. Every claim is checked: the script ends with an error when the library does not do what it says.
+# and upgraded, events are sent and the user is asked. Every claim is checked: the script ends with an error when the library does not do what it says.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/wine.sh"
-for part in show identity jobs installation; do source "$root/scripts/demo/$part.sh"; done
+for part in show identity jobs installation services; do source "$root/scripts/demo/$part.sh"; done
 
 lay_out_product() {
   rm -rf "$product"
-  mkdir -p "$product"/{KELUtils,Common,KESAgent,KELSysCf,Scheduler,KesLpmng,KepWInst,KelConf,KelUpg,KELUPD,KELREPORT}
+  mkdir -p "$product"/{KELUtils,Common,KESAgent,KELSysCf,Scheduler,KesLpmng,KepWInst,KelConf,KelUpg,KELUPD,KELREPORT,KELTVEVT}
   cd "$product"
   cp "$built/bin/KELUtils.dll" "$built/bin/kelctl.exe" "$built/devkit/ApiCr.dll" KELUtils/
   local devkit=$built/devkit
   cp "$devkit"/{TvLogSys,ApiCr,KELMNAPI,KELAGAPI}.dll Common/
   cp "$devkit/zumat.exe" Scheduler/
+  cp "$devkit/TvEvAPI.dll" KELTVEVT/
+  cp "$devkit/KePIRes.exe" KESAgent/
   cp "$devkit/KEPLPMNG.exe" KesLpmng/
   cp "$devkit/KepWInst.exe" KepWInst/
   cp "$devkit/KELRCM.dll" KelConf/
@@ -61,6 +63,14 @@ heading "The way to the server leads through a proxy"
 set_a_proxy
 heading "The upgrade is completed"
 complete_the_upgrade
+heading "Events go to the event module, which queues them"
+send_events
+heading "The user is asked, in automatic mode"
+ask_the_user
+heading "The machine tells its UUID"
+identify_the_machine
+heading "Scripts of the local group policy"
+keep_policy_scripts
 heading "The trace log, $log"
 show_log
 
@@ -70,5 +80,6 @@ cat <<'SUMMARY'
   - without INTEGRA.DAT the library read the backup: nothing was lost
   - with neither, it went back to the start copy: the identity was kept, later changes were lost, policies were reset
   - jobs, registration, migration and proxy were written, and written again without a change
+  - events were queued, the user was asked, and the scripts of others stayed in the policy
 The product tree stays in build/demo.
 SUMMARY

@@ -30,7 +30,7 @@ identify_the_machine() {
 }
 
 keep_policy_scripts() {
-  kelctl policy add shutdown 'C:\Orvane\report.cmd' '-daily'
+  kelctl policy add shutdown 'C:\Orvane\report.cmd' '/daily'
   kelctl policy add shutdown 'C:\Orvane\upgrade.cmd' 'UPGRADE="1"'
   kelctl policy list
   check "both scripts are registered" test "$(grep -c 'Orvane' <<<"$output")" -ge 2
@@ -38,5 +38,5 @@ keep_policy_scripts() {
   kelctl policy list
   check "the other script stays" grep -q 'report.cmd' <<<"$output"
   check "the removed one is gone" fails grep -q 'upgrade.cmd' <<<"$output"
-  kelctl policy remove shutdown '-daily'
+  kelctl policy remove shutdown '/daily'
 }
