@@ -3,12 +3,12 @@
 // After windows.h and COM.
 #include <wbemcli.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
 #include "frame/com_library.h"
 #include "frame/settings_file.h"
+#include "frame/text.h"
 #include "frame/trace.h"
 
 namespace services {
@@ -65,16 +65,10 @@ std::string Narrow(const wchar_t* wide) {
   return text;
 }
 
-void CopyCut(const std::string& text, char* buffer, std::size_t size) noexcept {
-  const std::size_t length = std::min(text.size(), size - 1);
-  std::memcpy(buffer, text.data(), length);
-  buffer[length] = '\0';
-}
-
 void CopyUuid(const ComTable& com, IWbemClassObject& object, char* buffer, std::size_t size) {
   win::ComValue value(com);
   if (FAILED(object.Get(L"UUID", 0, value.Out(), nullptr, nullptr)) || value.Text() == nullptr) return;
-  CopyCut(Narrow(value.Text()), buffer, size);
+  frame::CopyCut(Narrow(value.Text()), buffer, size);
 }
 
 // The next object; none after the last one. What ends the enumeration early counts as its end.

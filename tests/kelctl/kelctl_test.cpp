@@ -63,10 +63,10 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"update now --values 1 2", 1, "KE_UpdateNowEx failed with 1799 KE_LAUNCHER_NOT_LOADED"},
       {"notify installer", 1, "KE_NotifyDeviceID failed with 1782"},
       {"launch report", 0, ""},
-      {"prompt reboot", 1, "KE_GetCanReboot failed with 1797 KE_PROGRAM_NOT_STARTED"},
-      {"prompt countdown -5", 1, "KE_ShowRebootCountDown failed with 1797"},
+      {"prompt reboot", 0, "2\n"},
+      {"prompt countdown -5", 1, "KE_ShowRebootCountDown failed with 1798 KE_PROMPT_FAILED"},
       {"prompt ask 7", kUsage + 1, "SECONDS"},
-      {"prompt install --reboot-msg 4294967295", 1, "KE_ShowInstallDialogEx failed with 1797"},
+      {"prompt install --reboot-msg 4294967295", 0, ""},
       {"prompt hide", 0, ""},
       {"upgrade start absent", kUsage, "Directory does not exist"},
       {"get property:Site", kUsage, "can only be set"},
@@ -97,6 +97,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
   const Tool tool;
   tool.tree.AddDevkit("KELAGAPI.dll", "Common");
   tool.tree.AddDevkit("KePIRes.exe", "KESAgent");
+  support::WriteFile(tool.tree.Path("KESAgent/KePIRes.ini"), "[AUTO]\r\nAnswer=2\r\nCountDown=9\r\nInstallation=0\r\n");
   tool.tree.AddDevkit("TvEvAPI.dll", "KELTVEVT");
   for (const auto& row : rows) {
     CAPTURE(std::string(row.arguments));

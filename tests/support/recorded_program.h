@@ -22,8 +22,13 @@ class RecordedProgram {
   /// The command lines noted since the last call, each without the quoted path of the program and the blank behind it, and ended by
   /// LF.
   std::string Lines() const {
+    // Taken away before it is read, so that no program can append in between. That fails while one has it open.
+    const std::string noted = path_.string() + ".txt", taken = path_.string() + ".taken";
+    std::error_code inUse;
+    std::filesystem::rename(noted, taken, inUse);
+    if (inUse) return "";
     std::string lines, line;
-    for (const char c : ReadFile(path_.string() + ".txt")) {
+    for (const char c : ReadFile(taken)) {
       if (c == '\n') {
         const size_t end = line.find("\" ");
         lines += (end == std::string::npos ? line : line.substr(end + 2)) + "\n";
@@ -32,8 +37,7 @@ class RecordedProgram {
         line += c;
       }
     }
-    std::error_code kept;
-    return std::filesystem::remove(path_.string() + ".txt", kept) ? lines : "";
+    return lines;
   }
 
   /// The same, waited for until there are `count` of them: a program that nobody waits for may start late.
