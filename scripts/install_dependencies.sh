@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  cmake ninja-build g++                            # the build itself, and the native tests
+  cmake ninja-build g++ git                        # the build itself, the native tests, and the lists of files that are checked
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
   wine64 libz-mingw-w64 libgnutls30                # running 32-bit Windows programs (GnuTLS carries their CNG)
