@@ -13,5 +13,6 @@ function(kelutils_add_header_library target header)
   file(MAKE_DIRECTORY ${_links})
   file(CREATE_LINK ${KELUTILS_${target}_DIR}/${_top} ${_links}/${_top} SYMBOLIC COPY_ON_ERROR)
   add_library(${target} INTERFACE)
+  set_target_properties(${target} PROPERTIES KELUTILS_HEADER ${KELUTILS_${target}_DIR}/${header})  # for the bill of materials
   target_include_directories(${target} SYSTEM INTERFACE ${_links})
 endfunction()

@@ -7,6 +7,8 @@ packages=(
   cmake ninja-build g++ git                        # the build itself, the native tests, and the lists of files that are checked
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
+  zip unzip                                        # the package
+  lld pkgconf                                      # linking against the package as others do
   wine64 libz-mingw-w64 libgnutls30                # running 32-bit Windows programs (GnuTLS carries their CNG)
   xvfb                                             # a display for programs with windows
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests, kelctl and zumat
