@@ -51,7 +51,12 @@ build() {
   { cmake --preset native && cmake --build --preset native; } >build/build-native.txt 2>&1 || { cat build/build-native.txt; return 1; }
 }
 
-demo() { scripts/demo.sh >build/demo-output.txt 2>&1 || { cat build/demo-output.txt; return 1; }; }
+# quietly NAME COMMAND...: its output stays in a file unless it fails.
+quietly() {
+  local output=build/$1-output.txt
+  shift
+  "$@" >"$output" 2>&1 || { cat "$output"; return 1; }
+}
 
 # Runs a fuzzer; the input that breaks something is left in build/fuzz.
 fuzz() {
@@ -77,8 +82,11 @@ wine_start || exit 1
 for program in build/native/tests/*_tests; do run "native-$(basename "$program")" "$program"; done
 for program in build/release/tests/*_tests.exe; do run "$(basename "$program" .exe)" "$wine_bin/wine64" "$program"; done
 rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*   # what a DLL in use kept the tests from removing
-step "the demo" demo
+step "the demo" quietly demo scripts/demo.sh
 step "exports and imports of the DLL" scripts/check_dll.sh
+step "the public headers" scripts/check_headers.sh
+step "the package, made twice" quietly package scripts/check_package.sh --quick
+step "the samples, built with the package" quietly samples scripts/check_samples.sh
 step "checks of the tree" scripts/check.sh
 if [ "${1:-}" = --fuzz ]; then
   step "building the fuzzers" build_fuzzers
