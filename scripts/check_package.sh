@@ -26,11 +26,11 @@ tar -c --exclude=./build --exclude=./.git . | tar -x -C "$tree"
   if [ $quick = no ]; then
     scripts/package.sh "${options[@]}"
   else
-    cmake --preset release "${options[@]}"
-    cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary KELUtilsTypes
-    cp -p "$first/bin/kelctl.exe" "$second/bin/"
-    cp -p "$first/generated/kelctl.map" "$second/generated/"
-    scripts/package.sh --no-build
+    cmake --preset release "${options[@]}" &&
+      cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary KELUtilsTypes &&
+      cp -p "$first/bin/kelctl.exe" "$second/bin/" &&
+      cp -p "$first/generated/kelctl.map" "$second/generated/" &&
+      scripts/package.sh --no-build
   fi
 ) >build/another/output.txt 2>&1 || { cat build/another/output.txt; exit 1; }
 
