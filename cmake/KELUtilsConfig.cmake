@@ -1,6 +1,6 @@
 # The packaged KELUtils. The package may lie in any folder: everything is found from this file.
 #   KELUtils::KELUtils  the library, for programs that link it: KELUtils.dll must be where the loader finds it
-#   KELUtils::Headers   the headers alone, for programs that load the library at run time (KELUtilsTypes.h)
+#   KELUtils::Headers   the headers alone, for programs that load the library at run time
 
 if(TARGET KELUtils::KELUtils)
   return()

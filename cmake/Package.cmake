@@ -1,14 +1,13 @@
 # What an installation, and with it the package of scripts/package.sh, holds:
 #   bin/      KELUtils.dll with its debug information, kelctl.exe
 #   lib/      import libraries, KELUtils.def; cmake/KELUtils/ and pkgconfig/ for build systems
-#   include/  KELUtils.h, KELUtilsTypes.h and the headers of the sibling modules
+#   include/  KELUtils.h and the headers of the sibling modules
 #   share/    doc/KELUtils/ with the bill of materials, KELUtils/samples/, licenses/KELUtils/
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KELUtils RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(FILES src/KELUtils.def DESTINATION lib)
 install(DIRECTORY include/ DESTINATION include)
-install(FILES ${CMAKE_BINARY_DIR}/include/KELUtilsTypes.h DESTINATION include)
 if(MINGW)
   install(FILES $<TARGET_FILE:KELUtils>.debug DESTINATION bin)
   if(TARGET KELUtilsMsvcLibrary)

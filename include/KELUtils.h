@@ -620,6 +620,103 @@ KE_RESULT KE_API KE_HideInstalationGuide(void);
  *                        stays as it was */
 KE_RESULT KE_API KE_GetUUID(char* buffer, int32_t bufferSize);
 
+/* ---- Function types
+ * -------------------
+ * For programs that load the library at run time: the type of KE_Name is KE_Name_t.
+ *
+ *   KE_GetAgentID_t getAgentId = (KE_GetAgentID_t)(void (*)(void))GetProcAddress(module, "KE_GetAgentID");
+ *
+ * Written from the declarations above by cmake/WriteFunctionTypes.cmake. */
+/* clang-format off */
+typedef KE_RESULT(KE_API* KE_GetAgentID_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetCustomerId_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetCertificate_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetDeviceID_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetUserRCM_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetPasswordRCM_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetAgentVersion_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetServerDate_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetContainer_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetLastErrorParam_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetInstallState_t)(int32_t* value);
+typedef KE_RESULT(KE_API* KE_GetLastInstallError_t)(int32_t* value);
+typedef KE_RESULT(KE_API* KE_IsInstallComplete_t)(int32_t* value);
+typedef KE_RESULT(KE_API* KE_IsIntegrated_t)(int32_t* value);
+typedef KE_RESULT(KE_API* KE_SetAgentID_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetAgentVersion_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetServerDate_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetContainer_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetPropertyInIntegra_t)(const char* key, const char* text);
+typedef KE_RESULT(KE_API* KE_SetCustomerId_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetDeviceID_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetCertificate_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetUserRCM_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetPasswordRCM_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetLastErrorParam_t)(const char* text);
+typedef KE_RESULT(KE_API* KE_SetLastInstallError_t)(const int32_t* error);
+typedef KE_RESULT(KE_API* KE_SetInstallState_t)(const int32_t* state, int32_t onlyForward);
+typedef KE_RESULT(KE_API* KE_Integrate_t)(const KE_TIME* time);
+typedef KE_RESULT(KE_API* KE_DeIntegrate_t)(void);
+typedef KE_RESULT(KE_API* KE_EncryptSetting_t)(const char* text, int32_t textLength, char* output, int32_t* outputSize);
+typedef KE_RESULT(KE_API* KE_DecryptSetting_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetPasswordRCMDec_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetEncryptedFileValue_t)(const char* section, const char* key, char* buffer, int32_t size, const char* filePath);
+typedef KE_RESULT(KE_API* KE_SetEncryptedFileValue_t)(const char* section, const char* key, const char* value, const char* filePath);
+typedef KE_RESULT(KE_API* KE_SetUninstallPass_t)(const char* text, uint32_t reserved);
+typedef KE_RESULT(KE_API* KE_GetUninstallPass_t)(char* buffer, int32_t size);
+typedef KE_RESULT(KE_API* KE_GetUninstallPassEx_t)(char* buffer, int32_t size);
+typedef int32_t(KE_API* KE_CheckInstallationPassw_t)(const char* password, int32_t stored);
+typedef int32_t(KE_API* KE_IsNeededInstallationPassw_t)(void);
+typedef KE_RESULT(KE_API* KE_SendReport_t)(void);
+typedef KE_RESULT(KE_API* KE_AplyLocalRCMCfg_t)(void);
+typedef KE_RESULT(KE_API* KE_UpdateNow_t)(void);
+typedef KE_RESULT(KE_API* KE_UpdateNowEx_t)(uint32_t first, uint32_t second);
+typedef KE_RESULT(KE_API* KE_GetUpdateNowConfig_t)(const char* section, const char* key, const char* def, char* buffer, uint32_t bufferSize);
+typedef KE_RESULT(KE_API* KE_SetUpdateNowConfig_t)(const char* section, const char* key, const char* value, uint32_t onlyIfExists);
+typedef KE_RESULT(KE_API* KE_SetNoCheckAVValue_t)(int32_t value);
+typedef KE_RESULT(KE_API* KE_NotifyDeviceID_t)(int32_t target);
+typedef KE_RESULT(KE_API* KE_LaunchKEPWInst_t)(void);
+typedef KE_RESULT(KE_API* KE_SetTask_t)(const char* program, const char* module, const char* arguments, int32_t taskId, const char* startDay, const char* startTime);
+typedef KE_RESULT(KE_API* KE_SetPeriodicTask_t)(const char* program, const char* module, const char* arguments, int32_t taskId, int32_t periodMinutes, int32_t randomWeekday);
+typedef KE_RESULT(KE_API* KE_SetPeriodicTaskEx_t)(const char* module, const char* arguments, int32_t taskId, int32_t periodMinutes, int32_t startMinute, int32_t endMinute, int32_t randomWeekday);
+typedef KE_RESULT(KE_API* KE_SetPeriodicTaskRangeDate_t)(const char* module, const char* arguments, int32_t taskId, int32_t periodMinutes, int32_t startMinute, int32_t endMinute, const char* periodicData);
+typedef KE_RESULT(KE_API* KE_ScheduleTaskReboot_t)(const char* command, int32_t delaySeconds, uint32_t* result);
+typedef KE_RESULT(KE_API* KE_RemoveScheduleTaskReboot_t)(uint32_t unused);
+typedef KE_RESULT(KE_API* KE_ScheduleDefaultTasks_t)(void);
+typedef KE_RESULT(KE_API* KE_UpgradeComplete_t)(uint32_t resultCode, const char* version);
+typedef KE_RESULT(KE_API* KE_ScheduleUpgradeComplete_t)(int32_t resultCode, const char* version);
+typedef KE_RESULT(KE_API* KE_GetConfiguratedProxy_t)(KE_PROXY* proxy);
+typedef KE_RESULT(KE_API* KE_SetAgentProxyInfo_t)(const char* server, const char* port, const char* user, const char* password);
+typedef KE_RESULT(KE_API* KE_SetStaticProxyInfo_t)(const char* host, const char* ips);
+typedef KE_RESULT(KE_API* KE_GetInetConfig_t)(KE_PROXY* proxy, uint32_t size);
+typedef KE_RESULT(KE_API* KE_InitializeSystem_t)(const char* root);
+typedef KE_RESULT(KE_API* KE_InitializeSystemEx_t)(const char* root, const char* rebootRequired);
+typedef KE_RESULT(KE_API* KE_AddPlugin_t)(const char* key, const char* host, const char* value);
+typedef KE_RESULT(KE_API* KE_RemovePlugin_t)(const char* key, const char* host);
+typedef KE_RESULT(KE_API* KE_SetVersion_t)(const char* key, const char* version);
+typedef KE_RESULT(KE_API* KE_AddPolicyTypeSuscription_t)(const char* key, const char* type);
+typedef KE_RESULT(KE_API* KE_RemovePolicyTypeSuscription_t)(const char* key, const char* type);
+typedef KE_RESULT(KE_API* KE_CanRunCommand_t)(const char* command, uint32_t* allowed);
+typedef KE_RESULT(KE_API* KE_SetURLSecureServer_t)(const char* server);
+typedef KE_RESULT(KE_API* KE_SetURLServer_t)(const char* server);
+typedef KE_RESULT(KE_API* KE_UpgradeStart_t)(const char* installDir);
+typedef KE_RESULT(KE_API* KE_ScanStateEvent_t)(const char* product, const char* taskId, int32_t status);
+typedef KE_RESULT(KE_API* KE_RebootForcedEvent_t)(const char* product);
+typedef KE_RESULT(KE_API* KE_Uninstall_t)(const char* product);
+typedef KE_RESULT(KE_API* KE_GenerateEvent_t)(uint32_t eventClass, uint32_t source, uint32_t errorCode, const char* insertText);
+typedef KE_RESULT(KE_API* KE_GetEventDescription_t)(uint32_t errorCode, char* buffer, int32_t bufferSize, const char* insertText);
+typedef KE_RESULT(KE_API* KE_InitEventSystem_t)(void);
+typedef KE_RESULT(KE_API* KE_GetCanReboot_t)(uint32_t* canReboot);
+typedef KE_RESULT(KE_API* KE_GetCanRebootEx_t)(uint32_t* canReboot, uint32_t unused);
+typedef KE_RESULT(KE_API* KE_GetUserResponse_t)(uint32_t* canReboot, int32_t msgType, int32_t seconds);
+typedef KE_RESULT(KE_API* KE_ShowRebootCountDown_t)(int32_t seconds);
+typedef KE_RESULT(KE_API* KE_ShowInstallDialog_t)(void);
+typedef KE_RESULT(KE_API* KE_ShowInstallDialogEx_t)(uint32_t rebootMsg);
+typedef KE_RESULT(KE_API* KE_HideInstallDialog_t)(void);
+typedef KE_RESULT(KE_API* KE_HideInstalationGuide_t)(void);
+typedef KE_RESULT(KE_API* KE_GetUUID_t)(char* buffer, int32_t bufferSize);
+/* clang-format on */
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Compiles every public header of the build by itself, as C89 and as C++11, for Windows and for this machine; and compares the type of
-# each export in KELUtilsTypes.h with its declaration in KELUtils.h.
+# each export in KELUtils.h with its declaration.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -26,7 +26,7 @@ done
 exports=$(sed -n 's/^  \(KE_[A-Za-z0-9_]*\)@[0-9]*.*/\1/p' src/KELUtils.def)
 [ -n "$exports" ] || { echo "no exports in KELUtils.def"; bad=1; }
 {
-  printf '#include <type_traits>\n#include "KELUtils.h"\n#include "KELUtilsTypes.h"\n'
+  printf '#include <type_traits>\n#include "KELUtils.h"\n'
   for name in $exports; do echo "static_assert(std::is_same<${name}_t, decltype(&${name})>::value, \"$name\");"; done
 } | as_cpp "the types of the exports" i686-w64-mingw32-g++-win32
 exit $bad

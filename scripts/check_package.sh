@@ -27,7 +27,7 @@ tar -c --exclude=./build --exclude=./.git . | tar -x -C "$tree"
     scripts/package.sh "${options[@]}"
   else
     cmake --preset release "${options[@]}" &&
-      cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary KELUtilsTypes &&
+      cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary &&
       cp -p "$first/bin/kelctl.exe" "$second/bin/" &&
       cp -p "$first/generated/kelctl.map" "$second/generated/" &&
       scripts/package.sh --no-build

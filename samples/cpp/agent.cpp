@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "KELUtilsTypes.h"  // the type of KE_Name is KE_Name_t
+#include "KELUtils.h"  // the type of KE_Name is KE_Name_t
 
 namespace {
 
