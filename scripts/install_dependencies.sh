@@ -13,6 +13,7 @@ packages=(
   xvfb                                             # a display for programs with windows
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests, kelctl and zumat
   libssl-dev                                       # an independent base64 codec for the native tests
+  unzip                                            # an independent reader of ZIP archives, for the same
   clang-format                                     # the formatting check
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.

@@ -76,14 +76,9 @@ bool CL_LOG_SYSTEM::LoadDependences(bool* counted) noexcept {
 }
 
 bool CL_LOG_SYSTEM::LoadLibraryAndBind() noexcept {
-  constexpr BoundName kNames[] = {
-      KE_BOUND_NAME(EntryPoints, LogSys_InitializeLogSystem, kRequired),
-      KE_BOUND_NAME(EntryPoints, LogSys_FinalizeLogSystem, kRequired),
-      KE_BOUND_NAME(EntryPoints, LogSys_ConfigureLogFile, kRequired),
-      KE_BOUND_NAME(EntryPoints, LogSys_ConfigureLogDebugMsg, kRequired),
-      KE_BOUND_NAME(EntryPoints, LogSys_DumpLogFile, kRequired),
-      KE_BOUND_NAME(EntryPoints, LogSys_DumpLogDebugMsg, kRequired),
-  };
+#define KE_ROW(name, presence) KE_BOUND_NAME(EntryPoints, name, presence),
+  constexpr BoundName kNames[] = {KE_TRACE_FUNCTIONS(KE_ROW, KE_ROW)};
+#undef KE_ROW
   char path[sizeof configuration_.libraryDirectory + sizeof kLibraryName];
   const char* directory = configuration_.libraryDirectory;
   const bool separated = directory[std::strlen(directory) - 1] == '\\';

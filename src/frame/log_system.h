@@ -3,8 +3,8 @@
 
 #include <windows.h>
 
-#include "TvLogSys.h"
 #include "frame/log_configuration.h"
+#include "frame/sibling_names.h"
 #include "win/critical_section.h"
 #include "win/owner.h"
 
@@ -41,12 +41,7 @@ class CL_LOG_SYSTEM {
 
  private:
   struct EntryPoints {
-    decltype(&::LogSys_InitializeLogSystem) LogSys_InitializeLogSystem;
-    decltype(&::LogSys_FinalizeLogSystem) LogSys_FinalizeLogSystem;
-    decltype(&::LogSys_ConfigureLogFile) LogSys_ConfigureLogFile;
-    decltype(&::LogSys_ConfigureLogDebugMsg) LogSys_ConfigureLogDebugMsg;
-    decltype(&::LogSys_DumpLogFile) LogSys_DumpLogFile;
-    decltype(&::LogSys_DumpLogDebugMsg) LogSys_DumpLogDebugMsg;
+    KE_TRACE_FUNCTIONS(KE_CALLED_MEMBER, KE_UNCALLED_MEMBER)
   };
 
   bool LoadDependences(bool* counted) noexcept;

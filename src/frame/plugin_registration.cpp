@@ -7,7 +7,6 @@
 namespace frame {
 namespace {
 
-constexpr char kProtectionsKey[] = "Software\\Tavrin Security\\Orvane\\Protections";
 constexpr std::size_t kLongestName = 260;        // characters of a value's name; a longer one ends the enumeration
 constexpr std::size_t kLongestDirectory = 4097;  // characters
 

@@ -5,6 +5,9 @@
 
 namespace frame {
 
+/// Below HKEY_LOCAL_MACHINE: a text value for each plug-in, the directory of its KERegister.dll.
+inline constexpr char kProtectionsKey[] = "Software\\Tavrin Security\\Orvane\\Protections";
+
 /// Lets every plug-in under the product's Protections key register itself anew, in the order of the values. A plug-in
 /// that cannot be is skipped. KE_SUCCESS; KE_REGISTRY_UNUSABLE when the key cannot be opened.
 KE_RESULT ReRegisterPluginsFromRegistry();

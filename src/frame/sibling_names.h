@@ -7,6 +7,7 @@
 #include "KELMNAPI.h"
 #include "KERegister.h"
 #include "TvEvAPI.h"
+#include "TvLogSys.h"
 
 // A function declared in the sibling's header (ROW_CALLED), or one whose parameters are not KELUtils' business
 // (ROW_UNCALLED).
@@ -87,6 +88,14 @@
   ROW_UNCALLED(GetInstallState, kRequired)              \
   ROW_CALLED(UpdateNow, kRequired)                      \
   ROW_CALLED(UpdateNowEx, kRequired)
+
+#define KE_TRACE_FUNCTIONS(ROW_CALLED, ROW_UNCALLED) \
+  ROW_CALLED(LogSys_InitializeLogSystem, kRequired)  \
+  ROW_CALLED(LogSys_FinalizeLogSystem, kRequired)    \
+  ROW_CALLED(LogSys_ConfigureLogFile, kRequired)     \
+  ROW_CALLED(LogSys_ConfigureLogDebugMsg, kRequired) \
+  ROW_CALLED(LogSys_DumpLogFile, kRequired)          \
+  ROW_CALLED(LogSys_DumpLogDebugMsg, kRequired)
 
 // Members of a table of function pointers, for the lists above.
 #define KE_CALLED_MEMBER(name, presence) decltype(&::name) name;

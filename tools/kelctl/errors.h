@@ -21,6 +21,15 @@ struct LibraryError : std::runtime_error {
 /// An export returned something else than KE_SUCCESS. The message names the export, the code and its meaning.
 struct CallError : std::runtime_error {
   CallError(const std::string& exportName, KE_RESULT result);
+
+  KE_RESULT result;
+};
+
+/// What the command was to do is not possible, for a reason of its own.
+struct CommandError : std::runtime_error {
+  CommandError(int code, const std::string& message) : std::runtime_error(message), exitCode(code) {}
+
+  int exitCode;
 };
 
 }  // namespace kelctl

@@ -1,4 +1,4 @@
-#include <ostream>
+#include <nlohmann/json.hpp>
 
 #include "KELUtils.h"
 #include "arguments.h"
@@ -26,7 +26,8 @@ void Get(Session& session, const FileOptions& options) {
       ReadText([&](char* buffer,
                    std::int32_t size) { return get(section.c_str(), key.c_str(), buffer, size, path.c_str()); },
                value));
-  session.out << library->FromCodePage(value) << "\n";
+  const std::string text = library->FromCodePage(value);
+  session.Show(text + "\n", {{"value", text}});
 }
 
 void Set(Session& session, const FileOptions& options) {

@@ -1,4 +1,4 @@
-#include <ostream>
+#include <nlohmann/json.hpp>
 
 #include "arguments.h"
 #include "commands.h"
@@ -19,7 +19,9 @@ void Get(Session& session, const GetOptions& options) {
   const auto library = session.OpenTheLibrary();
   const ReadStoreValue read{&value, ReadValue(*library, value)};
   if (read.reading.result != KE_SUCCESS) throw CallError(value.getter.name, read.reading.result);
-  session.out << PlainText(read, options.reveal) << "\n";
+  nlohmann::ordered_json document = JsonOf(read, options.reveal);
+  document["name"] = value.name;
+  session.Show(PlainText(read, options.reveal) + "\n", document);
 }
 
 }  // namespace

@@ -1,12 +1,8 @@
 #include <ctime>
-#include <ostream>
 
 #include "KELUtils.h"
 #include "calls.h"
-#include "command_line.h"
 #include "commands.h"
-#include "rendering.h"
-#include "store_access.h"
 
 namespace kelctl {
 namespace {
@@ -24,19 +20,6 @@ void Deintegrate(Session& session) {
   ThrowUnlessSuccess("KE_DeIntegrate", KELCTL_EXPORT(*library, KE_DeIntegrate)());
 }
 
-void ShowStatus(Session& session) {
-  const auto library = session.OpenTheLibrary();
-  std::vector<ReadStoreValue> values;
-  for (const char* name : {"integrated", "device-id", "install-state", "install-complete", "agent-version"}) {
-    const StoreValue& value = FindStoreValue(name);
-    values.push_back({&value, ReadValue(*library, value)});
-  }
-  session.out << RenderTable(values, false);
-  const bool password = KELCTL_EXPORT(*library, KE_IsNeededInstallationPassw)() != 0;
-  session.out << "uninstall password is " << (password ? "configured" : "not configured") << "\n";
-  if (AnyFailure(values)) session.exitCode = kCallFailed;
-}
-
 }  // namespace
 
 void AddIntegrationCommands(CLI::App& kelctl, Session& session) {
@@ -49,8 +32,6 @@ void AddIntegrationCommands(CLI::App& kelctl, Session& session) {
       "The computer counts as integrated when it also has a device-id.\nExample: kelctl integrate");
   add("deintegrate", "Clears the integration date and the device identifier", Deintegrate,
       "Example: kelctl deintegrate");
-  add("status", "Shows integration, installation and whether there is an uninstall password", ShowStatus,
-      "Example: kelctl status");
 }
 
 }  // namespace kelctl

@@ -16,7 +16,7 @@ namespace {
 struct JobOptions {
   std::string program = "KEPLPMNG", module, arguments, day, time, start, end, recurrence, command;
   std::int32_t taskId = 0, period = 0, delay = 0;
-  bool randomWeekday = false, json = false;
+  bool randomWeekday = false;
 };
 
 // Minutes since midnight of "HH:MM".
@@ -85,12 +85,12 @@ void DeleteForNextBoot(Session& session) {
 }
 
 // The library has no export that lists jobs: the scheduler beside it is asked, which writes to this program's output.
-void List(Session& session, bool json) {
+void List(Session& session) {
   const auto library = session.OpenTheLibrary();
   const std::string scheduler = library->Folder() + "\\..\\Scheduler\\zumat.exe";
   session.out.flush();
   const win::Process process =
-      win::StartProcess(WideFromUtf8("\"" + scheduler + "\" -list" + (json ? " --json" : "")), DWORD{0});
+      win::StartProcess(WideFromUtf8("\"" + scheduler + "\" -list" + (session.json ? " --json" : "")), DWORD{0});
   if (!process)
     throw LibraryError("cannot start " + scheduler + " (Windows error " + std::to_string(GetLastError()) + ")");
   process.Wait(INFINITE);
@@ -173,11 +173,9 @@ void AddJobsCommand(CLI::App& kelctl, Session& session) {
   defaults->footer("Example: kelctl jobs default");
   defaults->callback([&session] { ScheduleDefaults(session); });
 
-  const auto options = std::make_shared<JobOptions>();
   CLI::App* const list = jobs->add_subcommand("list", "Has the scheduler list its jobs");
-  list->add_flag("--json", options->json, "Print JSON");
   list->footer("Example: kelctl jobs list --json");
-  list->callback([&session, options] { List(session, options->json); });
+  list->callback([&session] { List(session); });
   AddSetCommands(*jobs, session);
   AddBootCommands(*jobs, session);
 }

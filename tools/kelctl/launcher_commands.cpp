@@ -1,7 +1,7 @@
 // The commands that hand work to the launcher module and to the plug-ins.
 #include <algorithm>
 #include <map>
-#include <ostream>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -37,7 +37,8 @@ void GetUpdateConfig(Session& session, const LauncherOptions& options) {
   auto* const get = KELCTL_EXPORT(*library, KE_GetUpdateNowConfig);
   ThrowUnlessSuccess("KE_GetUpdateNowConfig", get(section.c_str(), key.c_str(), "", value.data(), kLongestValue));
   value.resize(std::min(value.find('\0'), value.size()));
-  session.out << library->FromCodePage(value) << "\n";
+  const std::string text = library->FromCodePage(value);
+  session.Show(text + "\n", {{"value", text}});
 }
 
 void SetUpdateConfig(Session& session, const LauncherOptions& options) {

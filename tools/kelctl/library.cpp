@@ -15,14 +15,14 @@ std::wstring BesideThisProgram() {
   return path.substr(0, path.rfind(L'\\') + 1) + kLibraryName;
 }
 
-// A full path, so that the platform does not search its own folders for a bare name.
-std::string PathOf(const std::string& path) {
-  return path.empty() ? Utf8FromWide(BesideThisProgram()) : FullPath(path);
-}
-
 }  // namespace
 
-Library::Library(const std::string& path) : path_(PathOf(path)) {
+// A full path, so that the platform does not search its own folders for a bare name.
+std::string LibraryPath(const std::string& option) {
+  return option.empty() ? Utf8FromWide(BesideThisProgram()) : FullPath(option);
+}
+
+Library::Library(const std::string& path) : path_(LibraryPath(path)) {
   module_.Reset(LoadLibraryExW(WideFromUtf8(path_).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module_) throw LibraryError("cannot load " + path_ + " (Windows error " + std::to_string(GetLastError()) + ")");
 }

@@ -10,6 +10,9 @@ namespace kelctl {
 /// A function of unknown type, to be cast to the type of its prototype in KELUtils.h.
 using AnyFunction = void (*)();
 
+/// The full path (UTF-8) of the library that the option --dll names: KELUtils.dll beside this program for an empty one.
+std::string LibraryPath(const std::string& option);
+
 /// A loaded KELUtils library. Texts of kelctl are UTF-8, texts of the exports are in the system's code page.
 class Library {
  public:

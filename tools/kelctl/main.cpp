@@ -20,6 +20,15 @@ class Utf8Console {
   UINT before_;
 };
 
+// Whether colours may be shown: on a console that understands their sequences, from Windows 10 on, unless the user wants
+// none (https://no-color.org).
+bool WantsColours() {
+  const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+  DWORD mode = 0;
+  return GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) <= 1 && GetConsoleMode(output, &mode) &&
+         SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
 // The arguments from the platform's wide command line: those of main have already lost what the code page does not
 // hold.
 std::vector<std::string> Arguments() {
@@ -36,7 +45,7 @@ std::vector<std::string> Arguments() {
 int main() {
   const Utf8Console console;
   try {
-    return kelctl::RunCommandLine(Arguments(), std::cout, std::cerr);
+    return kelctl::RunCommandLine(Arguments(), {.out = std::cout, .err = std::cerr, .colours = WantsColours()});
   } catch (const std::exception& error) {
     std::cerr << "kelctl: " << error.what() << "\n";
     return kelctl::kCallFailed;

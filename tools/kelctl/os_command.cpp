@@ -1,23 +1,24 @@
-#include <ostream>
+#include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "code_page.h"
 #include "command_line.h"
 #include "commands.h"
+#include "errors.h"
 #include "frame/os_identification.h"
 
 namespace kelctl {
 namespace {
 
 void ShowOs(Session& session) {
-  if (!frame::IdentifyOs()) {
-    session.err << "kelctl: the release of Windows could not be identified\n";
-    session.exitCode = kCallFailed;
-    return;
-  }
+  if (!frame::IdentifyOs()) throw CommandError(kCallFailed, "the release of Windows could not be identified");
   const frame::OsRecord os = frame::IdentifiedOs();
-  session.out << Utf8FromWide(os.displayName) << "\n"
-              << "release code 0x" << std::hex << os.code << std::dec << ", " << (os.is64Bit ? "64-bit" : "32-bit")
-              << (os.isServer ? ", server" : ", workstation") << "\n";
+  const std::string name = Utf8FromWide(os.displayName);
+  char code[16];
+  std::snprintf(code, sizeof code, "0x%x", static_cast<unsigned>(os.code));
+  session.Show(name + "\nrelease code " + code + ", " + (os.is64Bit ? "64-bit" : "32-bit") +
+                   (os.isServer ? ", server" : ", workstation") + "\n",
+               {{"name", name}, {"code", os.code}, {"is64Bit", os.is64Bit != 0}, {"isServer", os.isServer != 0}});
 }
 
 }  // namespace

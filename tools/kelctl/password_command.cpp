@@ -1,4 +1,4 @@
-#include <ostream>
+#include <nlohmann/json.hpp>
 
 #include "KELUtils.h"
 #include "calls.h"
@@ -19,7 +19,7 @@ void Check(Session& session, const std::string& password) {
   const auto library = session.OpenTheLibrary();
   // A deciphered password is UTF-8, and so is what the user typed.
   const bool matches = KELCTL_EXPORT(*library, KE_CheckInstallationPassw)(password.c_str(), 0) != 0;
-  session.out << (matches ? "the password matches\n" : "the password does not match\n");
+  session.Show(matches ? "the password matches\n" : "the password does not match\n", {{"matches", matches}});
   if (!matches) session.exitCode = kCallFailed;
 }
 

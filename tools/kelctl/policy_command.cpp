@@ -19,7 +19,6 @@ struct PolicyOptions {
   std::string kind;
   std::string program;
   std::string parameters;
-  bool json = false;
 };
 
 // Shows the errors of the policy's routines, and nothing else.
@@ -47,15 +46,15 @@ ScriptKind KindOf(const PolicyOptions& options) {
   throw UsageError("\"" + options.kind + "\" is neither startup nor shutdown");
 }
 
-void Finish(Session& session, KE_RESULT result) {
+void Finish(KE_RESULT result) {
   if (result == KE_SUCCESS) return;
   if (result == KE_MISSING_ARGUMENT) throw UsageError("the text is empty");
   if (result == KE_OUT_OF_RANGE) throw UsageError("the text is too long for a policy, or has a control character");
-  session.err << "kelctl: the policy could not be read or changed as a whole: result " << result << "\n";
-  session.exitCode = kCallFailed;
+  throw CommandError(kCallFailed,
+                     "the policy could not be read or changed as a whole: result " + std::to_string(result));
 }
 
-std::string AsJson(const std::vector<gpscripts::ListedScript>& scripts) {
+nlohmann::ordered_json AsJson(const std::vector<gpscripts::ListedScript>& scripts) {
   auto list = nlohmann::ordered_json::array();
   for (const auto& listed : scripts) {
     list.push_back({{"kind", KindName(listed.kind)},
@@ -64,7 +63,7 @@ std::string AsJson(const std::vector<gpscripts::ListedScript>& scripts) {
                     {"program", Utf8FromWide(listed.script.program)},
                     {"parameters", Utf8FromWide(listed.script.parameters)}});
   }
-  return list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return list;
 }
 
 std::string AsTable(const std::vector<gpscripts::ListedScript>& scripts) {
@@ -83,24 +82,24 @@ std::string AsTable(const std::vector<gpscripts::ListedScript>& scripts) {
   return table;
 }
 
-void List(Session& session, const PolicyOptions& options) {
+void List(Session& session, const PolicyOptions&) {
   ErrorSink sink(session.err);
   std::vector<gpscripts::ListedScript> scripts;
   const KE_RESULT result = gpscripts::ListScripts(&sink, gpscripts::MachinePlaces(), scripts);
-  session.out << (options.json ? AsJson(scripts) : AsTable(scripts));
-  Finish(session, result);
+  session.Show(AsTable(scripts), AsJson(scripts));
+  Finish(result);
 }
 
 void Add(Session& session, const PolicyOptions& options) {
   ErrorSink sink(session.err);
   const gpscripts::Script script{WideFromUtf8(options.program), WideFromUtf8(options.parameters)};
-  Finish(session, gpscripts::RegisterScript(&sink, gpscripts::MachinePlaces(), KindOf(options), script));
+  Finish(gpscripts::RegisterScript(&sink, gpscripts::MachinePlaces(), KindOf(options), script));
 }
 
 void Remove(Session& session, const PolicyOptions& options) {
   ErrorSink sink(session.err);
-  Finish(session, gpscripts::RemoveScripts(&sink, gpscripts::MachinePlaces(), KindOf(options),
-                                           {WideFromUtf8(options.parameters)}, gpscripts::ScriptFiles::kDeleted));
+  Finish(gpscripts::RemoveScripts(&sink, gpscripts::MachinePlaces(), KindOf(options),
+                                  {WideFromUtf8(options.parameters)}, gpscripts::ScriptFiles::kDeleted));
 }
 
 }  // namespace
@@ -118,10 +117,9 @@ void AddPolicyCommand(CLI::App& kelctl, Session& session) {
     action->callback([&session, options, work] { work(session, *options); });
     return action;
   };
-  CLI::App* const list = add("list", "Shows every script with each place that notes it", List,
-                             "\"other\" is a script of another policy, such as the domain's; it is never changed.\n"
-                             "Example: kelctl policy list --json");
-  list->add_flag("--json", options->json, "As JSON");
+  add("list", "Shows every script with each place that notes it", List,
+      "\"other\" is a script of another policy, such as the domain's; it is never changed.\n"
+      "Example: kelctl policy list --json");
 
   CLI::App* const adding = add("add", "Adds a script to the local policy; nothing happens when it is there", Add,
                                "A program without a folder lies in the policy's own folder for the kind.\n"

@@ -1,6 +1,5 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
-#include <ostream>
 
 #include "KELAGAPI.h"
 #include "KELUtils.h"
@@ -20,7 +19,6 @@ struct ProxyOptions {
   std::string password;
   std::string host;
   std::string addresses;
-  bool json = false;
   bool reveal = false;
 };
 
@@ -51,7 +49,7 @@ std::string RenderTable(const Library& library, const KE_PROXY& proxy, bool reve
   return table;
 }
 
-std::string RenderJson(const Library& library, const KE_PROXY& proxy, bool reveal) {
+nlohmann::ordered_json AsJson(const Library& library, const KE_PROXY& proxy, bool reveal) {
   const std::string password = PasswordOf(proxy, reveal);
   nlohmann::ordered_json object = {{"host", library.FromCodePage(TextIn(proxy.host))},
                                    {"port", proxy.port},
@@ -59,12 +57,11 @@ std::string RenderJson(const Library& library, const KE_PROXY& proxy, bool revea
                                    {"user", TextIn(proxy.user)},
                                    {"password", password}};
   if (!reveal && !password.empty()) object["masked"] = true;
-  return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return object;
 }
 
 void Print(Session& session, const Library& library, const KE_PROXY& proxy, const ProxyOptions& options) {
-  session.out << (options.json ? RenderJson(library, proxy, options.reveal)
-                               : RenderTable(library, proxy, options.reveal));
+  session.Show(RenderTable(library, proxy, options.reveal), AsJson(library, proxy, options.reveal));
 }
 
 void Show(Session& session, const ProxyOptions& options) {
@@ -137,7 +134,6 @@ void AddProxyCommand(CLI::App& kelctl, Session& session) {
   CLI::App* const inet = add("inet", "Shows the proxy to use on the internet, as the installer sees it", ShowInternet,
                              "Example: kelctl proxy inet --reveal");
   for (CLI::App* const action : {show, inet}) {
-    action->add_flag("--json", options->json, "As JSON");
     action->add_flag("--reveal", options->reveal, "Show the password instead of ********");
   }
 

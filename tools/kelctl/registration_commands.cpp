@@ -1,5 +1,5 @@
+#include <nlohmann/json.hpp>
 #include <optional>
-#include <ostream>
 
 #include "KELUtils.h"
 #include "arguments.h"
@@ -51,7 +51,7 @@ void ShowWhetherAllowed(Session& session, const std::string& command) {
   std::uint32_t allowed = 0;
   ThrowUnlessSuccess("KE_CanRunCommand",
                      KELCTL_EXPORT(*library, KE_CanRunCommand)(library->ToCodePage(command).c_str(), &allowed));
-  session.out << (allowed != 0 ? "yes\n" : "no\n");
+  session.Show(allowed != 0 ? "yes\n" : "no\n", {{"allowed", allowed != 0}});
   if (allowed == 0) session.exitCode = kCallFailed;
 }
 

@@ -35,20 +35,11 @@ nlohmann::ordered_json JsonValue(const ReadStoreValue& read, bool reveal) {
   return PlainText(read, reveal);
 }
 
-nlohmann::ordered_json JsonMember(const ReadStoreValue& read, bool reveal) {
-  const KE_RESULT result = read.reading.result;
-  nlohmann::ordered_json member = {{"value", JsonValue(read, reveal)}, {"result", result}};
-  if (result != KE_SUCCESS) {
-    const ResultCode code = FindResultCode(result);
-    member["resultName"] = code.name;
-    member["resultText"] = code.text;
-  } else if (IsMasked(read, reveal)) {
-    member["masked"] = true;
-  }
-  return member;
-}
-
 }  // namespace
+
+std::string DumpJson(const nlohmann::ordered_json& document) {
+  return document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
 
 std::string WithoutControlCharacters(const std::string& text) {
   std::string printable;
@@ -79,10 +70,23 @@ std::string RenderTable(std::span<const ReadStoreValue> values, bool reveal) {
   return table;
 }
 
-std::string RenderJson(std::span<const ReadStoreValue> values, bool reveal) {
+nlohmann::ordered_json JsonOf(const ReadStoreValue& read, bool reveal) {
+  const KE_RESULT result = read.reading.result;
+  nlohmann::ordered_json member = {{"value", JsonValue(read, reveal)}, {"result", result}};
+  if (result != KE_SUCCESS) {
+    const ResultCode code = FindResultCode(result);
+    member["resultName"] = code.name;
+    member["resultText"] = code.text;
+  } else if (IsMasked(read, reveal)) {
+    member["masked"] = true;
+  }
+  return member;
+}
+
+nlohmann::ordered_json JsonOf(std::span<const ReadStoreValue> values, bool reveal) {
   nlohmann::ordered_json object = nlohmann::ordered_json::object();
-  for (const auto& read : values) object[read.value->name] = JsonMember(read, reveal);
-  return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  for (const auto& read : values) object[read.value->name] = JsonOf(read, reveal);
+  return object;
 }
 
 bool AnyFailure(std::span<const ReadStoreValue> values) {

@@ -60,6 +60,6 @@ std::string DescribeResult(KE_RESULT code) {
 }
 
 CallError::CallError(const std::string& exportName, KE_RESULT result)
-    : std::runtime_error(exportName + " failed with " + DescribeResult(result)) {}
+    : std::runtime_error(exportName + " failed with " + DescribeResult(result)), result(result) {}
 
 }  // namespace kelctl

@@ -9,9 +9,9 @@ namespace {
 constexpr char kFooter[] =
     "A value that begins with \"-\" goes behind \"--\". The value rcm-password is stored as it is given: enciphered "
     "text.\n"
-    "Examples: kelctl set container 17\n"
-    "          kelctl set install-state 200 --only-forward\n"
-    "          kelctl set property:Site -- -north";
+    "Example: kelctl set container 17\n"
+    "Example: kelctl set install-state 200 --only-forward\n"
+    "Example: kelctl set property:Site -- -north";
 
 struct SetOptions {
   std::string name;

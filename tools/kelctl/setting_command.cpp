@@ -1,4 +1,4 @@
-#include <ostream>
+#include <nlohmann/json.hpp>
 
 #include "commands.h"
 #include "settings.h"
@@ -15,7 +15,10 @@ void AddSettingCommand(CLI::App& kelctl, Session& session) {
     CLI::App* const direction = command->add_subcommand(name, description);
     direction->add_option("TEXT", *text, "The text")->required()->type_name("");
     direction->footer(footer);
-    direction->callback([&session, text, work] { session.out << work(*session.OpenTheLibrary(), *text) << "\n"; });
+    direction->callback([&session, text, work] {
+      const std::string result = work(*session.OpenTheLibrary(), *text);
+      session.Show(result + "\n", {{"text", result}});
+    });
   };
   add("encrypt", "Prints the setting text of a plain text, on one line", EncryptSetting,
       "Example: kelctl setting encrypt support");

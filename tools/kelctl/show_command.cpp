@@ -1,3 +1,4 @@
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <vector>
 
@@ -13,7 +14,6 @@ constexpr char kFooter[] =
     "Example: kelctl show --json";
 
 struct ShowOptions {
-  bool json = false;
   bool reveal = false;
 };
 
@@ -21,9 +21,9 @@ void Show(Session& session, const ShowOptions& options) {
   const auto library = session.OpenTheLibrary();
   std::vector<ReadStoreValue> values;
   for (const StoreValue& value : StoreValues()) values.push_back({&value, ReadValue(*library, value)});
-  session.out << (options.json ? RenderJson(values, options.reveal) : RenderTable(values, options.reveal));
+  session.Show(RenderTable(values, options.reveal), JsonOf(values, options.reveal));
   if (!AnyFailure(values)) return;
-  session.err << "kelctl: the store, or a value of it, could not be read\n";
+  if (!session.json) session.err << "kelctl: the store, or a value of it, could not be read\n";
   session.exitCode = kCallFailed;
 }
 
@@ -32,7 +32,6 @@ void Show(Session& session, const ShowOptions& options) {
 void AddShowCommand(CLI::App& kelctl, Session& session) {
   CLI::App* const command = kelctl.add_subcommand("show", "Shows every value of the store");
   const auto options = std::make_shared<ShowOptions>();
-  command->add_flag("--json", options->json, "As JSON");
   command->add_flag("--reveal", options->reveal, "Show secrets instead of ********");
   command->footer(kFooter);
   command->callback([&session, options] { Show(session, *options); });

@@ -1,0 +1,366 @@
+// The support commands of kelctl.exe in product trees that are whole, and in damaged ones.
+#include <doctest/doctest.h>
+
+#include <list>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+
+#include "exports/store_tree.h"
+
+namespace {
+
+using Json = nlohmann::json;
+using support::ReadFile;
+using support::WriteFile;
+
+// A tree with all that the library looks for, but the plug-ins.
+struct Installation : StoreTree {
+  Installation() {
+    for (const auto& [file, folder] : std::multimap<const char*, const char*>{{"KELAGAPI.dll", "Common"},
+                                                                              {"KELMNAPI.dll", "Common"},
+                                                                              {"TvLogSys.dll", "Common"},
+                                                                              {"TvEvAPI.dll", "KELTVEVT"},
+                                                                              {"KELUPG.dll", "KELUPG"},
+                                                                              {"zumat.exe", "Scheduler"},
+                                                                              {"KEPLPMNG.exe", "KesLpmng"},
+                                                                              {"KepWInst.exe", "KepWInst"},
+                                                                              {"KePIRes.exe", "KESAgent"}}) {
+      tree.AddDevkit(file, folder);
+    }
+    WriteFile(tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
+    for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"}) Put(file, WholeStore(file));
+  }
+
+  std::string CommandLine(const std::string& arguments) const {
+    return "\"" + (support::BuildFolder() / "bin" / "kelctl.exe").string() + "\" --dll \"" +
+           (tree / "KELUtils\\KELUtils.dll") + "\" " + arguments;
+  }
+  support::ProgramRun Run(const std::string& arguments) const { return support::RunProgram(CommandLine(arguments)); }
+
+  // The document that a command prints; the case fails when it is none.
+  Json Document(const std::string& arguments) const {
+    const std::string output = Run("--json " + arguments).output;
+    INFO(arguments, ": ", output);
+    const Json document = Json::parse(output, nullptr, false);
+    CHECK_FALSE(document.is_discarded());
+    return document;
+  }
+
+  // Every file with its content and time of the last write.
+  std::string Everything() const {
+    std::ostringstream all;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(tree.Path(""))) {
+      all << entry.path().string();
+      if (entry.is_regular_file())
+        all << ' ' << entry.last_write_time().time_since_epoch().count() << ' '
+            << std::hash<std::string>()(ReadFile(entry.path()));
+      all << '\n';
+    }
+    return all.str();
+  }
+
+  const support::EnvironmentVariable installPath{"VOSK_TESTING_INSTALLPATH", (tree / "").c_str()};
+};
+
+// A program that runs to the end of the scope, with its output in a file.
+class Started {
+ public:
+  Started(std::string commandLine, const std::string& output) : output_(output) {
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = startup.hStdError =
+        CreateFileA(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
+    REQUIRE(
+        CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process_));
+    CloseHandle(startup.hStdOutput);
+  }
+  ~Started() {
+    TerminateProcess(process_.hProcess, 0);  // without a console, as under a test run, there is no Ctrl+C
+    WaitForSingleObject(process_.hProcess, 10000);
+    CloseHandle(process_.hThread);
+    CloseHandle(process_.hProcess);
+  }
+
+  bool Writes(const std::string& text) const {
+    for (int i = 0; i < 1000 && ReadFile(output_).find(text) == std::string::npos; ++i) Sleep(10);
+    return ReadFile(output_).find(text) != std::string::npos;
+  }
+
+ private:
+  std::string output_;
+  PROCESS_INFORMATION process_{};
+};
+
+// Walks the help of a command and of all below it; returns how many there are.
+int CheckHelp(const Installation& tree, const std::string& command) {
+  std::istringstream help(tree.Run(command + " --help").output);
+  int count = 1;
+  bool listed = false, example = false;
+  for (std::string line; std::getline(help, line);) {
+    example = example || line.starts_with("Example: kelctl ");
+    if (listed && line.starts_with("  ") && line[2] != ' ')
+      count += CheckHelp(tree, command + " " + line.substr(2, line.find(' ', 2) - 2));
+    if (line == "Subcommands:") listed = true;
+  }
+  CHECK_MESSAGE(example, command);
+  return count;
+}
+
+std::string Path(const Installation& tree, const char* relative) { return tree.tree.Path(relative).string(); }
+
+std::string Damaged(const std::string& content, const std::string& damage) {
+  if (damage == "empty") return "";
+  if (damage == "cut") return content.substr(0, content.size() / 2);
+  if (damage == "garbage") return std::string(600, '\xA7');
+  if (damage == "plain") return WholeStore("plain");
+  std::string other = content;  // of another key
+  for (size_t i = 4; i < other.size(); ++i) other[i] = static_cast<char>(other[i] * 7 + 0x80 + i % 5);
+  return other;
+}
+
+}  // namespace
+
+TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
+  const struct {
+    const char* file;
+    const char* damage;  // "missing", one of Damaged, or the test library to put in its place
+    const char* subject;
+    const char* state;
+    const char* detail;
+  } rows[] = {
+      {"KESAgent/INTEGRA.DAT", "missing", "INTEGRA.DAT", "fail", "missing"},
+      {"KESAgent/INTEGRA.DAT", "empty", "INTEGRA.DAT", "fail", "damaged: 0 sections, not enciphered"},
+      {"KESAgent/INTEGRA.DAT", "cut", "INTEGRA.DAT", "fail", "damaged: 2 sections, enciphered"},
+      {"KESAgent/INTEGRA.DAT", "garbage", "INTEGRA.DAT", "fail", "damaged: 0 sections, not enciphered"},
+      {"KESAgent/INTEGRA.DAT", "other key", "INTEGRA.DAT", "fail", "damaged: "},
+      {"KESAgent/INTEGRA.DAT", "plain", "INTEGRA.DAT", "warn", "4 sections, not enciphered"},
+      {"KESAgent/INTEGRA.BAK", "missing", "INTEGRA.BAK", "warn", "missing"},
+      {"KESAgent/INTEGRA.BAK", "cut", "INTEGRA.BAK", "fail", "damaged: 2 sections, enciphered"},
+      {"KESAgent/INTEGRA.START", "garbage", "INTEGRA.START", "fail", "damaged: 0 sections, not enciphered"},
+      {"KELUtils/KELUTILS.INI", "missing", "KELUTILS.INI", "warn", "missing"},
+      {"KELUtils/KELUTILS.INI", "garbage", "KELUTILS.INI", "fail", "0 sections"},
+      {"KELUtils/KELUtils.dll", "missing", "KELUtils.dll", "fail", "missing"},
+      {"KELUtils/ApiCr.dll", "missing", "INTEGRA.DAT", "fail", "enciphered, and the crypto module cannot be loaded"},
+      {"Common/ApiCr.dll", "missing", "ApiCr.dll (files)", "fail", "missing"},
+      {"Common/KELAGAPI.dll", "garbage", "KELAGAPI.dll", "fail", "cannot be loaded (Windows error "},
+      {"KELTVEVT/TvEvAPI.dll", "FakeKELMNAPI", "TvEvAPI.dll", "fail", "loaded, lacks"},
+      {"Common/TvLogSys.dll", "missing", "TvLogSys.dll", "warn", "missing"},
+      {"Common/TvLogSys.dll", "FakeKELMNAPI", "TvLogSys.dll", "warn", "loaded, lacks"},
+      {"Scheduler/zumat.exe", "missing", "zumat.exe", "fail", "missing"},
+      {"KepWInst/KepWInst.exe", "garbage", "KepWInst.exe", "fail", "is no program (Windows error "},
+  };
+  {
+    const Installation whole;
+    const auto run = whole.Run("doctor");
+    INFO(run.output);
+    CHECK(run.exitCode == 0);
+    CHECK(run.output.find("\x1b") == std::string::npos);  // no colours into a pipe
+    CHECK(run.output.find("healthy: ") != std::string::npos);
+  }
+  for (const auto& row : rows) {
+    CAPTURE(std::string(row.file));
+    CAPTURE(std::string(row.damage));
+    const Installation tree;
+    const std::string path = Path(tree, row.file), damage = row.damage, content = ReadFile(path);
+    std::filesystem::remove(path);
+    if (damage.starts_with("Fake")) {
+      tree.tree.AddFake(damage, row.file);
+    } else if (damage != "missing") {
+      WriteFile(path, Damaged(content, damage));
+    }
+    const std::string before = tree.Everything();
+    const auto run = tree.Run("doctor --json");
+    const Json document = Json::parse(run.output, nullptr, false);
+    CHECK(tree.Everything() == before);
+    const bool failure = std::string(row.state) == "fail";
+    CHECK(run.exitCode == (failure ? 3 : 0));
+    CHECK(document["healthy"] == !failure);
+    for (const auto& check : document["checks"]) {
+      if (check["subject"] != row.subject) continue;
+      CHECK(check["state"] == row.state);
+      CHECK(check["detail"].get<std::string>().starts_with(row.detail));
+      if (damage == "FakeKELMNAPI" && failure) CHECK(check["missing"].size() == 18);
+    }
+  }
+}
+
+TEST_CASE("status: the copy in use is the one whose identity the library gives next, and it changes nothing") {
+  const char* const rows[][4] = {
+      // of live, backup and start copy, and which is in use
+      {"good", "good", "good", "live"},        {"missing", "good", "good", "backup"},
+      {"missing", "missing", "good", "start"}, {"missing", "missing", "missing", "none"},
+      {"missing", "cut", "good", "start"},     {"cut", "good", "good", "start"},
+      {"cut", "good", "missing", "backup"},    {"empty", "good", "garbage", "backup"},
+      {"garbage", "cut", "garbage", "none"},   {"other key", "missing", "good", "start"},
+      {"locked", "good", "good", "none"},      {"missing", "locked", "good", "none"},
+      {"cut", "good", "locked", "none"},
+  };
+  const Installation tree;
+  for (const auto& row : rows) {
+    std::list<support::LockedFile> locks;
+    constexpr const char* kFiles[] = {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"};
+    constexpr const char* kCopies[] = {"live", "backup", "start"};
+    for (int i = 0; i < 3; ++i) {
+      const std::string state = row[i];
+      const auto path = tree.tree.Store(kFiles[i]);
+      const std::string good = FakeEnciphered(WholeStore(kCopies[i]));
+      WriteFile(path, state == "good" || state == "locked" ? good : Damaged(good, state));
+      if (state == "missing") std::filesystem::remove(path);
+      if (state == "locked") locks.emplace_back(path);
+    }
+    CAPTURE(std::string(row[0]) + ", " + row[1] + ", " + row[2]);
+    const std::string before = locks.empty() ? tree.Everything() : "";
+    const Json status = tree.Document("status");
+    if (locks.empty()) CHECK(tree.Everything() == before);
+    CHECK(status["store"]["copy"] == row[3]);
+    const bool none = std::string(row[3]) == "none";
+    if (!none) CHECK(status["values"]["agent-id"]["value"] == row[3]);
+    const std::string id = AgentId(tree.Load());
+    CHECK(id == (none ? "(1782)" : row[3]));
+  }
+}
+
+TEST_CASE("repair: only a whole store is taken, and what is replaced is kept") {
+  const Installation tree;
+  const auto live = tree.tree.Store("INTEGRA.DAT");
+  tree.Put("INTEGRA.BAK", "[A]\r\n[B]\r\n[C]\r\n");
+  const std::string before = tree.Everything();
+  for (const char* arguments : {"repair --from bak", "repair --dry-run --from bak"}) {
+    CHECK(tree.Run(arguments).exitCode == 4);
+    CHECK(tree.Run(arguments).output.find("refused: INTEGRA.BAK is no whole store: 3 sections") != std::string::npos);
+  }
+  CHECK(tree.Run("repair --from live").exitCode == 105);
+  CHECK(tree.Run("repair --dry-run")
+            .output.find("would copy INTEGRA.START over INTEGRA.DAT; the replaced file is kept as "
+                         "INTEGRA.DAT.1\n") != std::string::npos);
+  CHECK(tree.Everything() == before);
+  for (int number = 1; number <= 9; ++number) {
+    const std::string replaced = "damaged " + std::to_string(number);
+    WriteFile(live, replaced);
+    CHECK(tree.Document("repair --from start")["copies"][0]["possible"] == true);
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("INTEGRA.START"));
+    CHECK(ReadFile(live.string() + "." + std::to_string(number)) == replaced);
+  }
+  WriteFile(live, "damaged once more");
+  CHECK(tree.Run("repair --from start").output.find("up to INTEGRA.DAT.9: delete those") != std::string::npos);
+  CHECK(ReadFile(live) == "damaged once more");
+  std::filesystem::remove(live);  // nothing to keep
+  CHECK(tree.Run("repair --from start").output == "copied INTEGRA.START over INTEGRA.DAT\n");
+  {
+    const support::LockedFile lock(live);
+    std::filesystem::remove(live.string() + ".1");
+    CHECK(tree.Run("repair --from start").exitCode == 1);
+  }
+}
+
+TEST_CASE("diagnostics: no secret of store, settings and log is in the archive") {
+  const Installation tree;
+  const auto set = [&](const std::string& arguments) { CHECK(tree.Run(arguments).exitCode == 0); };
+  set("set certificate old-Certificate");  // stays in the log alone
+  set("set certificate new-Certificate");
+  set("password set hunter2hunter");
+  set("set rcm-password plain-rcm-word");
+  set("set property:LicenceKey lic-4711");
+  set("proxy set h 3128 --user u --password throughTheWall");
+  const std::string setting = tree.Run("setting encrypt throughTheWall").output.substr(0, 24);
+  const auto log = tree.tree.Path("KELUtils/KELUtils.log");
+  const std::string line = "2024/03/05 07:08:09.010;1;2;20;K;F;";
+  WriteFile(log, ReadFile(log) + line + "\"ran a.exe -password word-of-a-command\"\r\n" + line +
+                     "\"hunter2hunter, lic-4711\"\r\n");
+  WriteFile(tree.tree.Path("KELUtils/KELUtils.log.old"), "cut-Certificate\r\n" + line + "\"older\"\r\n");
+  WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"),
+            "[LOG]\r\nLEVELLOG=20\r\nProxyPassword=ini-word\r\nNote=ini-word!\r\n");
+  for (const char* secret : {"old-Certificate", "new-Certificate", "plain-rcm-word", "lic-4711", setting.c_str()}) {
+    CHECK_MESSAGE(ReadFile(log).find(secret) != std::string::npos, secret);  // the case has something to find
+  }
+  const std::string before = tree.Everything();
+  const Json shown = tree.Document("diagnostics \"" + (tree.tree / "..\\kelctl-test.zip") + "\"");
+  CHECK(tree.Everything() == before);
+  const std::string zip = ReadFile(tree.tree.Path("../kelctl-test.zip"));  // stored: what is in it is in the bytes
+  for (const char* secret :
+       {"old-Certificate", "new-Certificate", "cut-Certificate", "hunter2hunter", "plain-rcm-word", "lic-4711",
+        "throughTheWall", setting.c_str(), "word-of-a-command", "ini-word", "writing integra.dat:\n"}) {
+    CHECK_MESSAGE(zip.find(secret) == std::string::npos, secret);
+    CHECK_MESSAGE(tree.Run("log -n 9999").output.find(secret) == std::string::npos, secret);
+  }
+  for (const char* kept :
+       {"LEVELLOG=20\r\n", "ProxyPassword=********\r\n", "\"older\"", "\"agent-id\"", "\"healthy\"", "zumat.exe"}) {
+    CHECK_MESSAGE(zip.find(kept) != std::string::npos, kept);
+  }
+  for (const auto& name : shown["entries"]) CHECK(zip.find(name.get<std::string>()) != std::string::npos);
+  CHECK(tree.Run("diagnostics \"" + (tree.tree / "..\\kelctl-test.zip") + "\"").exitCode ==
+        4);  // never over another file
+  CHECK(tree.Run("log -n 9999 --reveal").output.find("old-Certificate") != std::string::npos);
+  CHECK(tree.Document("status --errors 1")["errors"].size() == 1);
+  std::filesystem::remove(tree.tree.Path("../kelctl-test.zip"));
+}
+
+TEST_CASE("log: follows what is appended, also over a rotation") {
+  const Installation tree;
+  const auto log = tree.tree.Path("KELUtils/KELUtils.log");
+  const auto line = [](int number) {
+    return "2024/03/05 07:08:09.010;1;2;10;K;F;\"line " + std::to_string(number) + "\"\r\n";
+  };
+  WriteFile(log.string() + ".old", line(1));
+  WriteFile(log, line(2));
+  const std::string output = tree.tree / "output.txt";
+  const Started program(tree.CommandLine("log -f -n 2"), output);
+  CHECK(program.Writes("line 1\"\r\n"));
+  CHECK(program.Writes("line 2\"\r\n"));
+  WriteFile(log, line(2) + line(3));
+  CHECK(program.Writes("line 3\"\r\n"));
+  WriteFile(log, line(2) + line(3) + line(4));
+  std::filesystem::rename(log, log.string() + ".old");
+  WriteFile(log, line(5));
+  CHECK(program.Writes("line 5\"\r\n"));
+  std::string expected;
+  for (int number = 1; number <= 5; ++number) expected += line(number);
+  CHECK(ReadFile(output) == expected);
+}
+
+TEST_CASE("kelctl: every command has an example in its help") {
+  const Installation tree;
+  CHECK(CheckHelp(tree, "") > 50);
+}
+
+TEST_CASE("kelctl: with --json every command that shows something shows one document, errors too") {
+  const Installation tree;
+  const struct {
+    const char* arguments;
+    const char* member;  // of the document; of its first element when it is a list
+  } rows[] = {
+      {"show", "agent-id"},
+      {"get agent-id", "value"},
+      {"get certificate", "masked"},
+      {"get device-id", "resultName"},
+      {"get nothing", "error"},
+      {"setting encrypt support", "text"},
+      {"setting decrypt x", "text"},
+      {"password check no", "matches"},
+      {"can-run other", "allowed"},
+      {"os", "is64Bit"},
+      {"update config get A B", "value"},
+      {"proxy show", "host"},
+      {"proxy inet", "hasCredentials"},
+      {"jobs list", "jobs"},
+      {"status", "siblings"},
+      {"doctor", "checks"},
+      {"repair --dry-run", "files"},
+      {"repair --from bak", "done"},
+      {"log", "records"},
+      {"jobs delete-next-boot", nullptr},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(std::string(row.arguments));
+    if (row.member) CHECK(tree.Document(row.arguments).contains(row.member));
+    if (!row.member) CHECK(tree.Run(std::string(row.arguments) + " --json").output.empty());
+  }
+  CHECK(tree.Document("policy list").is_array());
+  const std::string values = "\"" + (tree.tree / "values.dat") + "\" A B";
+  CHECK(tree.Run("file set " + values + " \"x \\\"y\\\"\"").exitCode == 0);
+  CHECK(tree.Document("file get " + values)["value"] == "x \"y\"");
+}

@@ -1,0 +1,70 @@
+#include "diagnosis/product.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "code_page.h"
+#include "errors.h"
+#include "frame/paths.h"
+#include "frame/text.h"
+#include "services/plugin.h"
+#include "services/upgrade_settings.h"
+#include "win/file.h"
+
+namespace kelctl {
+namespace {
+
+std::string FullPathOf(const std::string& path) {
+  char full[MAX_PATH];
+  const DWORD length = GetFullPathNameA(path.c_str(), sizeof full, full, nullptr);
+  return length > 0 && length < sizeof full ? std::string(full, length) : path;
+}
+
+void AddOnce(std::vector<ProductFile>& files, const ProductFile& file) {
+  const bool there = std::ranges::any_of(files, [&](const ProductFile& other) {
+    return frame::SameName(other.folder, file.folder) && frame::SameName(other.file, file.file);
+  });
+  if (!there) files.push_back(file);
+}
+
+}  // namespace
+
+Product::Product(const std::string& libraryPath) {
+  const std::string path = CodePageFromUtf8(libraryPath);
+  directory_ = frame::FolderOf(path);
+  library_ = path.substr(directory_.size() + 1);
+  if (!win::Exists(directory_)) throw LibraryError("there is no folder " + Utf8FromCodePage(directory_));
+}
+
+std::string Product::Folder(const std::string& folder) const {
+  return folder.empty() ? frame::OwnFolder(directory_) : FullPathOf(frame::SiblingFolder(directory_, folder));
+}
+
+std::vector<ProductFile> Product::SettingsFiles() const {
+  std::vector<ProductFile> files = {
+      {"", frame::kSettingsFile}, {"KESAgent", "KE_AGPRX.dat"}, {"KesLpmng", "UPDNW.DAT"}};
+  for (const auto& place : {services::kRemoteControlPlugin, services::kInstallerPlugin}) {
+    AddOnce(files, {place.folder, place.listFile});
+  }
+  for (const auto& rows : {services::EventAndTokenSettings(), services::AgentSettings(), services::ModuleSettings()}) {
+    for (const auto& row : rows) AddOnce(files, {row.directory, row.file});
+  }
+  return files;
+}
+
+std::optional<std::string> FileVersion(const std::string& path) {
+  std::string resource(GetFileVersionInfoSizeA(path.c_str(), nullptr), '\0');
+  if (resource.empty()) return std::nullopt;
+  void* block = nullptr;
+  UINT size = 0;
+  if (!GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+      !VerQueryValueA(resource.data(), "\\", &block, &size) || size < sizeof(VS_FIXEDFILEINFO)) {
+    return std::nullopt;
+  }
+  const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(block);
+  return std::to_string(HIWORD(fixed.dwFileVersionMS)) + "." + std::to_string(LOWORD(fixed.dwFileVersionMS)) + "." +
+         std::to_string(HIWORD(fixed.dwFileVersionLS)) + "." + std::to_string(LOWORD(fixed.dwFileVersionLS));
+}
+
+}  // namespace kelctl

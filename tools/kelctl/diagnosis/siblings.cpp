@@ -1,0 +1,151 @@
+#include "diagnosis/siblings.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+#include "code_page.h"
+#include "frame/plugin_registration.h"
+#include "frame/product_info.h"
+#include "frame/sibling_binder.h"
+#include "frame/sibling_names.h"
+#include "services/plugin.h"
+#include "win/file.h"
+#include "win/owner.h"
+#include "win/profile.h"
+#include "win/registry.h"
+
+namespace kelctl {
+namespace {
+
+using Names = std::vector<SiblingName>;
+using frame::kOptional;
+using frame::kRequired;
+
+// The names of a list of sibling_names.h.
+#define KELCTL_NAME(function, presence) SiblingName{#function, presence == kRequired},
+#define KELCTL_NAMES(list) \
+  Names { list(KELCTL_NAME, KELCTL_NAME) }
+
+Sibling Module(const Product& product, const char* file, const std::vector<std::string>& folders, Names names,
+               Health whenUnusable = Health::kFailure) {
+  Sibling sibling{.name = file, .places = {}, .names = std::move(names), .whenUnusable = whenUnusable};
+  for (const std::string& folder : folders) sibling.places.push_back(product.Path({folder, file}));
+  return sibling;
+}
+
+Sibling Program(const Product& product, const char* file, const std::vector<std::string>& folders) {
+  Sibling sibling = Module(product, file, folders, {});
+  sibling.kind = SiblingKind::kProgram;
+  return sibling;
+}
+
+// The file codec looks below the install path of the product, not below the library's own tree.
+Sibling FileCodecCrypto() {
+  const std::string path = kelcrt::CProductInfo().GetInstallPath();
+  Sibling sibling{.name = "ApiCr.dll (files)", .places = {}, .names = KELCTL_NAMES(KE_CRYPTO_FUNCTIONS)};
+  if (!path.empty()) {
+    sibling.places.push_back(path + "Common\\ApiCr.dll");
+  } else {
+    sibling.whenUnusable = Health::kWarning;
+    sibling.unlisted = "the product's install path is not registered: enciphered INI files cannot be read";
+  }
+  return sibling;
+}
+
+Sibling Plugin(const Product& product, const char* name, const services::PluginPlace& place, Names names) {
+  const std::string list = product.Path({place.folder, place.listFile});
+  const std::string path = win::ReadProfile(list, "PLUGINS", place.key, "", 4100);
+  Sibling sibling{.name = name, .places = {}, .names = std::move(names), .whenUnusable = Health::kWarning};
+  if (!path.empty()) sibling.places.push_back(path);
+  if (path.empty()) sibling.unlisted = "not entered in the file " + std::string(place.listFile);
+  return sibling;
+}
+
+// The modules of the protections that are registered on this machine.
+void AddRegistrations(std::vector<Sibling>& siblings) {
+  constexpr std::size_t kLongestText = 4097;
+  for (const std::string& name :
+       win::ValueNames(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, 260).value_or(std::vector<std::string>{})) {
+    auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, name.c_str(), kLongestText);
+    if (name.empty() || !folder || folder->empty()) continue;
+    if (!folder->ends_with('\\')) *folder += '\\';
+    siblings.push_back({.name = "KERegister.dll (" + name + ")",
+                        .places = {*folder + "KERegister.dll"},
+                        .names = KELCTL_NAMES(KE_PLUGIN_RELOAD_FUNCTIONS),
+                        .whenUnusable = Health::kWarning});
+  }
+}
+
+// Fills in what loading the module at `path` shows.
+void CheckModule(const Sibling& sibling, const std::string& path, Finding& finding) {
+  const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  if (!module) {
+    finding.detail = "cannot be loaded (Windows error " + std::to_string(GetLastError()) + ")";
+    return;
+  }
+  finding.health = Health::kOk;
+  finding.detail = sibling.names.empty() ? "loaded" : "loaded, has all functions";
+  for (const auto& [name, required] : sibling.names) {
+    if (GetProcAddress(module.Get(), name.c_str()) != nullptr) continue;
+    finding.missing.push_back(name);
+    finding.detail = "loaded, lacks";
+    finding.health = std::max(finding.health, required ? sibling.whenUnusable : Health::kWarning);
+  }
+}
+
+void CheckProgram(const std::string& path, Finding& finding) {
+  DWORD type = 0;
+  if (!GetBinaryTypeA(path.c_str(), &type)) {
+    finding.detail = "is no program (Windows error " + std::to_string(GetLastError()) + ")";
+    return;
+  }
+  finding.health = Health::kOk;
+  finding.detail = "found";
+}
+
+}  // namespace
+
+std::vector<Sibling> SiblingsOf(const Product& product) {
+  std::vector<Sibling> siblings = {
+      Module(product, product.LibraryFile().c_str(), {""}, {}),
+      Module(product, "ApiCr.dll", {""}, KELCTL_NAMES(KE_CRYPTO_FUNCTIONS)),
+      FileCodecCrypto(),
+      Module(product, "KELAGAPI.dll", {"Common", ""}, KELCTL_NAMES(KE_AGENT_API_FUNCTIONS)),
+      Module(product, "KELMNAPI.dll", {"Common"}, KELCTL_NAMES(KE_LAUNCHER_FUNCTIONS)),
+      Module(product, "TvEvAPI.dll", {"KELTVEVT"}, KELCTL_NAMES(KE_EVENT_API_FUNCTIONS)),
+      Module(product, "KELUPG.dll", {"KELUPG"}, {{"Do"}}),
+      Module(product, "TvLogSys.dll", {"Common"}, KELCTL_NAMES(KE_TRACE_FUNCTIONS), Health::kWarning),
+      Plugin(product, "remote-control plug-in", services::kRemoteControlPlugin,
+             {{"KE_Initialize"}, {"KE_Finalize"}, {"KECONF_SetInfo"}}),
+      Plugin(product, "installer plug-in", services::kInstallerPlugin,
+             {{"KE_Initialize"}, {"KE_Finalize"}, {"KEINSTALL_SetInfo"}, {"KEINSTALL_GetInetConfig"}}),
+      Program(product, "zumat.exe", {"Scheduler", ""}),
+      Program(product, "KEPLPMNG.exe", {"KesLpmng"}),
+      Program(product, "KepWInst.exe", {"KepWInst", ""}),
+      Program(product, "KePIRes.exe", {"KESAgent"}),
+  };
+  AddRegistrations(siblings);
+  return siblings;
+}
+
+std::optional<std::string> FindSibling(const Sibling& sibling) {
+  for (const std::string& place : sibling.places) {
+    if (win::Exists(place)) return place;
+  }
+  return std::nullopt;
+}
+
+Finding CheckSibling(const Sibling& sibling) {
+  const auto path = FindSibling(sibling);
+  const bool module = sibling.kind == SiblingKind::kModule;
+  Finding finding{.kind = module ? "module" : "program",
+                  .subject = Utf8FromCodePage(sibling.name),
+                  .path = Utf8FromCodePage(path.value_or(sibling.places.empty() ? "" : sibling.places.front())),
+                  .health = sibling.whenUnusable,
+                  .detail = sibling.places.empty() ? sibling.unlisted : "missing"};
+  if (path) module ? CheckModule(sibling, *path, finding) : CheckProgram(*path, finding);
+  return finding;
+}
+
+}  // namespace kelctl

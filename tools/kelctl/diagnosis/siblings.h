@@ -1,0 +1,40 @@
+// The sibling modules and programs of the library.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "diagnosis/findings.h"
+#include "diagnosis/product.h"
+
+namespace kelctl {
+
+enum class SiblingKind { kModule, kProgram };
+
+/// A function that the library looks up.
+struct SiblingName {
+  std::string name;
+  bool required = true;  // without it the module is of no use; else only some calls are
+};
+
+/// A module or program that the library uses.
+struct Sibling {
+  std::string name;  // for people
+  SiblingKind kind = SiblingKind::kModule;
+  std::vector<std::string> places;  // paths in the code page, in the order in which the library tries them
+  std::vector<SiblingName> names;   // the functions that a module should have
+  Health whenUnusable = Health::kFailure;
+  std::string unlisted = {};  // why there is no place to look in, when there is none
+};
+
+/// Those with a fixed place in the tree, then those that the registry and settings files name.
+std::vector<Sibling> SiblingsOf(const Product& product);
+
+/// The first place where the file is; none when it is missing.
+std::optional<std::string> FindSibling(const Sibling& sibling);
+
+/// Examines one: a module is loaded and freed again, a program only looked at.
+Finding CheckSibling(const Sibling& sibling);
+
+}  // namespace kelctl

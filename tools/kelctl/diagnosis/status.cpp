@@ -1,0 +1,118 @@
+#include "diagnosis/status.h"
+
+#include <algorithm>
+
+#include "code_page.h"
+#include "diagnosis/log_file.h"
+#include "diagnosis/offline_values.h"
+#include "frame/os_identification.h"
+#include "result_codes.h"
+
+namespace kelctl {
+namespace {
+
+std::vector<NamedText> VersionsOf(const std::vector<Sibling>& siblings) {
+  std::vector<NamedText> versions = {{"kelctl", KELCTL_VERSION}};
+  for (const Sibling& sibling : siblings) {
+    const auto path = FindSibling(sibling);
+    const auto version = path ? FileVersion(*path) : std::nullopt;
+    if (version) versions.push_back({Utf8FromCodePage(sibling.name), *version});
+  }
+  if (frame::IdentifyOs()) versions.push_back({"Windows", Utf8FromWide(frame::IdentifiedOs().displayName)});
+  return versions;
+}
+
+Finding Look(const Sibling& sibling) {
+  const auto path = FindSibling(sibling);
+  const bool listed = !sibling.places.empty();
+  return {.kind = sibling.kind == SiblingKind::kModule ? "module" : "program",
+          .subject = Utf8FromCodePage(sibling.name),
+          .path = Utf8FromCodePage(path.value_or(listed ? sibling.places.front() : "")),
+          .health = path ? Health::kOk : sibling.whenUnusable,
+          .detail = path     ? "found"
+                    : listed ? "missing"
+                             : sibling.unlisted};
+}
+
+std::string Row(const std::string& name, const std::string& text) {
+  std::string row = name;
+  row.resize(std::max<std::size_t>(row.size(), 24), ' ');
+  return row + "  " + WithoutControlCharacters(text) + "\n";
+}
+
+std::string ValueText(const ReadStoreValue& read) {
+  if (read.reading.result != KE_SUCCESS) return "(no value)";
+  const std::string text = PlainText(read, false);
+  return text.empty() ? "(empty)" : text;
+}
+
+}  // namespace
+
+Status GatherStatus(const Product& product, const StoreCopies& copies, const Redactor& redactor,
+                    std::size_t errorCount) {
+  Status status{.choice = ChooseCopy(copies), .file = {}, .values = {}, .versions = {}, .siblings = {}, .errors = {}};
+  const StoreCopy* const copy = FileOf(copies, status.choice.copy);
+  store::IniStore store = copy ? copy->store : store::IniStore{};
+  if (copy) {
+    status.file = copy->file + ", " + Describe(*copy);
+    status.uninstallPassword = HasUninstallPassword(store);
+  }
+  status.values = ValuesIn(copy ? &store : nullptr);
+  for (auto& read : status.values) {
+    if (!read.value->secret) read.reading.text = redactor.WithoutKnown(std::move(read.reading.text));
+  }
+  const std::vector<Sibling> siblings = SiblingsOf(product);
+  status.versions = VersionsOf(siblings);
+  for (const Sibling& sibling : siblings) status.siblings.push_back(Look(sibling));
+  const auto isError = [](const TraceRecord& record) { return record.IsError(); };
+  for (TraceRecord& record : LastRecords(product.TraceLog(), errorCount, isError)) {
+    status.errors.push_back(redactor.Record(std::move(record)));
+  }
+  return status;
+}
+
+std::string RenderStatus(const Status& status) {
+  std::string text = Row("store", status.file.empty() ? "none" : status.file) + Row("", status.choice.why);
+  for (const auto& read : status.values) text += Row(read.value->name, ValueText(read));
+  text += Row("uninstall password", status.uninstallPassword ? "configured" : "not configured");
+  for (const auto& [name, version] : status.versions) text += Row(name, "version " + version);
+  for (const Finding& sibling : status.siblings)
+    text += Row(sibling.subject, sibling.detail + (sibling.path.empty() ? "" : "  " + sibling.path));
+  text += status.errors.empty() ? "no errors in the trace log\n" : "last errors of the trace log:\n";
+  for (const TraceRecord& record : status.errors) {
+    text += WithoutControlCharacters(Utf8FromCodePage(TraceLine(record))) + "\n";
+  }
+  return text;
+}
+
+nlohmann::ordered_json JsonOf(const TraceRecord& record) {
+  return {{"date", record.date},
+          {"process", record.process},
+          {"thread", record.thread},
+          {"level", record.level},
+          {"module", Utf8FromCodePage(record.module)},
+          {"function", Utf8FromCodePage(record.function)},
+          {"description", Utf8FromCodePage(record.description)}};
+}
+
+nlohmann::ordered_json JsonOf(const Status& status) {
+  nlohmann::ordered_json document = {
+      {"store", {{"copy", NameOf(status.choice.copy)}, {"file", status.file}, {"why", status.choice.why}}},
+      {"values", JsonOf(std::span<const ReadStoreValue>(status.values), false)},
+      {"uninstallPassword", status.uninstallPassword},
+      {"versions", nlohmann::ordered_json::object()},
+      {"siblings", nlohmann::ordered_json::array()},
+      {"errors", nlohmann::ordered_json::array()}};
+  for (const auto& [name, version] : status.versions) document["versions"][name] = version;
+  for (const Finding& sibling : status.siblings) {
+    document["siblings"].push_back({{"name", sibling.subject},
+                                    {"kind", sibling.kind},
+                                    {"found", sibling.health == Health::kOk},
+                                    {"detail", sibling.detail},
+                                    {"path", sibling.path}});
+  }
+  for (const TraceRecord& record : status.errors) document["errors"].push_back(JsonOf(record));
+  return document;
+}
+
+}  // namespace kelctl
