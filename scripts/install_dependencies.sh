@@ -7,13 +7,12 @@ packages=(
   cmake ninja-build g++ git                        # the build itself, the native tests, and the lists of files that are checked
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
-  zip unzip                                        # the package
+  zip unzip                                        # the package; an independent reader of ZIP archives for the tests
   lld pkgconf                                      # linking against the package as others do
   wine64 libz-mingw-w64 libgnutls30                # running 32-bit Windows programs (GnuTLS carries their CNG)
   xvfb                                             # a display for programs with windows
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests, kelctl and zumat
   libssl-dev                                       # an independent base64 codec for the native tests
-  unzip                                            # an independent reader of ZIP archives, for the same
   clang-format                                     # the formatting check
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.

@@ -1,8 +1,8 @@
 // The commands that report events. There is none for KE_Uninstall: it would announce the end of an agent that stays, and
 // take away its shutdown script.
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <optional>
-#include <ostream>
 #include <string>
 
 #include "KELUtils.h"
@@ -47,7 +47,8 @@ void Describe(Session& session, const EventOptions& options) {
   auto* const get = KELCTL_EXPORT(*library, KE_GetEventDescription);
   char description[512] = {};
   ThrowUnlessSuccess("KE_GetEventDescription", get(options.code, description, sizeof description, insert.c_str()));
-  session.out << WithoutControlCharacters(library->FromCodePage(description)) << "\n";
+  const std::string text = library->FromCodePage(description);
+  session.Show(WithoutControlCharacters(text) + "\n", {{"description", text}});
 }
 
 void Start(Session& session, const EventOptions&) {

@@ -1,5 +1,6 @@
 #include <cstdint>
-#include <ostream>
+#include <nlohmann/json.hpp>
+#include <string>
 
 #include "KELUtils.h"
 #include "calls.h"
@@ -13,11 +14,15 @@ struct PromptOptions {
   std::uint32_t rebootMessage = 0;
 };
 
+void ShowAnswer(const Session& session, std::uint32_t answer) {
+  session.Show(std::to_string(answer) + "\n", {{"answer", answer}});
+}
+
 void Reboot(Session& session, const PromptOptions&) {
   const auto library = session.OpenTheLibrary();
   std::uint32_t answer = 0;
   ThrowUnlessSuccess("KE_GetCanReboot", KELCTL_EXPORT(*library, KE_GetCanReboot)(&answer));
-  session.out << answer << "\n";
+  ShowAnswer(session, answer);
 }
 
 void Ask(Session& session, const PromptOptions& options) {
@@ -25,7 +30,7 @@ void Ask(Session& session, const PromptOptions& options) {
   std::uint32_t answer = 0;
   auto* const ask = KELCTL_EXPORT(*library, KE_GetUserResponse);
   ThrowUnlessSuccess("KE_GetUserResponse", ask(&answer, options.kind, options.seconds));
-  session.out << answer << "\n";
+  ShowAnswer(session, answer);
 }
 
 void CountDown(Session& session, const PromptOptions& options) {

@@ -1,4 +1,5 @@
-#include <ostream>
+#include <nlohmann/json.hpp>
+#include <string>
 
 #include "KELUtils.h"
 #include "calls.h"
@@ -11,7 +12,8 @@ void ShowUuid(Session& session) {
   const auto library = session.OpenTheLibrary();
   char uuid[256] = "";  // stays empty when the machine has none
   ThrowUnlessSuccess("KE_GetUUID", KELCTL_EXPORT(*library, KE_GetUUID)(uuid, sizeof uuid));
-  session.out << library->FromCodePage(uuid) << "\n";
+  const std::string text = library->FromCodePage(uuid);
+  session.Show(text + "\n", {{"uuid", text}});
 }
 
 }  // namespace
