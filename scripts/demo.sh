@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Shows the library at work: the agent's identity is stored, lost and recovered, jobs are scheduled, an installation is registered
-# and upgraded, events are sent and the user is asked. Every claim is checked: the script ends with an error when the library does not do what it says.
+# and upgraded, events are sent, the user is asked, and a damaged store is repaired. Every claim is checked: the script ends with an error when the library does not do what it says.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/wine.sh"
-for part in show identity jobs installation services; do source "$root/scripts/demo/$part.sh"; done
+for part in show identity jobs installation services support; do source "$root/scripts/demo/$part.sh"; done
 
 lay_out_product() {
   rm -rf "$product"
@@ -19,7 +19,7 @@ lay_out_product() {
   cp "$devkit/KEPLPMNG.exe" KesLpmng/
   cp "$devkit/KepWInst.exe" KepWInst/
   cp "$devkit/KELRCM.dll" KelConf/
-  cp "$devkit/KEC.dll" KelUpg/
+  cp "$devkit"/{KEC,KELUPG}.dll KelUpg/
   cp "$devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe           # stands in for the update
   cp "$devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe     # and for the report
   local here="Z:${product//\//\\}"
@@ -71,6 +71,10 @@ heading "The machine tells its UUID"
 identify_the_machine
 heading "Scripts of the local group policy"
 keep_policy_scripts
+heading "The store is damaged: support finds it, and repairs it"
+diagnose_and_repair
+heading "Diagnostics are collected for support"
+collect_diagnostics
 heading "The trace log, $log"
 show_log
 

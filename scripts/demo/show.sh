@@ -41,12 +41,16 @@ run() {
 }
 
 # Runs kelctl of the product, prints what it prints and keeps it in $output.
-kelctl() {
+kelctl() { kelctl_ends_with 0 "$@"; }
+
+# kelctl_ends_with CODE ARGUMENT...: the same, and it must end with that exit code.
+kelctl_ends_with() {
+  local expected=$1 status=0
+  shift
   show_command kelctl "$@"
-  local status=0
   output=$(run_wine KELUtils/kelctl.exe "$@" | tr -d '\r') || status=$?
   [ -z "$output" ] || printf '%s\n' "$output" | sed 's/^/  /'
-  if [ "$status" -ne 0 ]; then
+  if [ "$status" -ne "$expected" ]; then
     printf '\nDEMO FAILED in step %d: kelctl ended with exit code %d\n' "$steps" "$status" >&2
     exit 1
   fi

@@ -44,19 +44,23 @@ TEST_CASE("redaction: what is taken for a secret, and what is not") {
 TEST_CASE("trace records: forms of the log, and what is shown of a store's text") {
   const std::string date = "2024/03/05 07:08:09.010;";
   const std::string log = "the end of a store=1\r\n" + date +
-                          "1;2;20;KELUtils;WriteIntegraDat;\"writing integra.dat:\n[A]\r\nB=" + date + "\r\n\n\"\r\n" +
+                          "1;2;20;KELUtils;WriteIntegraDat;\"writing integra.dat:\n[A]\r\nError=" + date + "\r\n\n\"\r\n" +
                           date + "1;2;0;KELUtils;F;\"a;\"b\"\"\r\n" + date + "1;2;x;K;F;\"c\"\r\n" + date +
                           "1;2;10;K;G;\"cut";
   const kelctl::ParsedTrace parsed = kelctl::ParseTrace(log);
   CHECK(parsed.otherLines == 1);
   REQUIRE(parsed.records.size() == 3);
-  CHECK(parsed.records[0].description == "writing integra.dat:\n[A]\nB=" + date + "\n\n");
+  CHECK(parsed.records[0].description == "writing integra.dat:\n[A]\nError=" + date + "\n\n");
   const Redactor redactor;
   CHECK(redactor.Record(parsed.records[0]).description == "writing integra.dat: (more lines left out)");
   CHECK(parsed.records[1].description == "a;\"b\"\"\n" + date + "1;2;x;K;F;\"c");
   CHECK(parsed.records[1].IsError());
   CHECK(kelctl::TraceLine(parsed.records[2]) == date + "1;2;10;K;G;\"cut\"");
   CHECK_FALSE(parsed.records[2].IsError());
+  CHECK_FALSE(parsed.records[0].IsError());
+  kelctl::TraceRecord failure = parsed.records[0];
+  failure.description = "CreateProcess failed [Command = a]";
+  CHECK(failure.IsError());
 }
 
 TEST_CASE("zip archive: another program's reader takes the entries out as they were put in") {

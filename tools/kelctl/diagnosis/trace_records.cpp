@@ -1,11 +1,17 @@
 #include "diagnosis/trace_records.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <optional>
 
 namespace kelctl {
 namespace {
+
+// What the first line of a failure's description has in it, in any letter case.
+constexpr std::string_view kFailureWords[] = {"could not", "error",    "exception", "fail",
+                                              "wrong",     "restored", "damaged",   "not a full",
+                                              "no desc",   "unknown",  "has only",  "longer than"};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -55,6 +61,13 @@ void Close(TraceRecord& record) {
 }
 
 }  // namespace
+
+bool TraceRecord::IsError() const {
+  if (level != 20) return level == 0;
+  std::string line = description.substr(0, description.find('\n'));
+  std::ranges::transform(line, line.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return std::ranges::any_of(kFailureWords, [&](std::string_view word) { return line.find(word) != line.npos; });
+}
 
 ParsedTrace ParseTrace(std::string_view text) {
   ParsedTrace parsed;

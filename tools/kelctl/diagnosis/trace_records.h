@@ -16,8 +16,9 @@ struct TraceRecord {
   std::string module, function;
   std::string description;  // without its quotes
 
-  /// True for the levels of failures: 0 and 20. (20 is also that of details.)
-  bool IsError() const { return level == 0 || level == 20; }
+  /// True for a failure: every record of level 0, and those of level 20, which is also that of details, whose first line
+  /// says that something failed or was repaired.
+  bool IsError() const;
 };
 
 struct ParsedTrace {
