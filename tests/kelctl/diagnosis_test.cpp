@@ -44,9 +44,9 @@ TEST_CASE("redaction: what is taken for a secret, and what is not") {
 TEST_CASE("trace records: forms of the log, and what is shown of a store's text") {
   const std::string date = "2024/03/05 07:08:09.010;";
   const std::string log = "the end of a store=1\r\n" + date +
-                          "1;2;20;KELUtils;WriteIntegraDat;\"writing integra.dat:\n[A]\r\nError=" + date + "\r\n\n\"\r\n" +
-                          date + "1;2;0;KELUtils;F;\"a;\"b\"\"\r\n" + date + "1;2;x;K;F;\"c\"\r\n" + date +
-                          "1;2;10;K;G;\"cut";
+                          "1;2;20;KELUtils;WriteIntegraDat;\"writing integra.dat:\n[A]\r\nError=" + date +
+                          "\r\n\n\"\r\n" + date + "1;2;0;KELUtils;F;\"a;\"b\"\"\r\n" + date + "1;2;x;K;F;\"c\"\r\n" +
+                          date + "1;2;10;K;G;\"cut";
   const kelctl::ParsedTrace parsed = kelctl::ParseTrace(log);
   CHECK(parsed.otherLines == 1);
   REQUIRE(parsed.records.size() == 3);
