@@ -2,7 +2,7 @@
 
 #include <array>
 #include <limits>
-#include <stdexcept>
+#include <new>
 
 namespace frame {
 namespace {
@@ -63,7 +63,7 @@ class BoundedOutput {
 
 std::int32_t Base64RequiredLength(std::int32_t sourceLength, std::uint32_t flags) {
   const std::int64_t product = std::int64_t{sourceLength} * 4;
-  if (product < 0 || product > std::numeric_limits<std::int32_t>::max()) throw std::length_error("base64");
+  if (product < 0 || product > std::numeric_limits<std::int32_t>::max()) throw std::bad_array_new_length();
   auto length = static_cast<std::int32_t>(product / 3);
   if (!(flags & kBase64NoPadding)) length += sourceLength % 3;
   const std::int32_t lines = length / kLineCharacters + 1;

@@ -12,8 +12,8 @@ enum Base64Flags : std::uint32_t {
 };
 
 /// The size in characters that `Base64EncodeText` asks for, for `sourceLength` bytes. A generous estimate: it counts
-/// one line break more than is written. Throws std::length_error for a negative length, and for one whose estimate does
-/// not fit 32 bits: four times the length must.
+/// one line break more than is written. Throws std::bad_array_new_length for a negative length, and for one whose
+/// estimate does not fit 32 bits: four times the length must.
 std::int32_t Base64RequiredLength(std::int32_t sourceLength, std::uint32_t flags);
 
 /// Encodes `sourceLength` bytes. `*destinationLength` is the size of the destination on entry and receives the number

@@ -17,7 +17,6 @@
 #include <cxxabi.h>
 #include <windows.h>
 
-#include <cstdlib>
 #include <iterator>
 
 namespace {
@@ -92,11 +91,5 @@ abi::__cxa_eh_globals* __cxxabiv1::__cxa_get_globals_fast() noexcept { return Cu
 extern decltype(&CreateKeptSemaphore) const g_createSemaphore asm("__imp__CreateSemaphoreW@16");
 decltype(&CreateKeptSemaphore) const g_createSemaphore = CreateKeptSemaphore;
 }
-
-// What the runtime calls for an exception that nobody catches. Its own version names the type of the exception, for
-// which it brings a demangler of some 50 KB.
-namespace __gnu_cxx {
-void __verbose_terminate_handler() { std::abort(); }
-}  // namespace __gnu_cxx
 
 #endif
