@@ -12,4 +12,5 @@ for program in build/release/bench/*_bench.exe; do
   echo "== $(basename "$program" .exe)"
   run_wine "$program" | tr -d '\r' || missed=1
 done
+rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-bench-*   # what a module in use kept the programs from removing
 exit $missed

@@ -1,0 +1,75 @@
+// Loading and unloading the library, beside a DLL of the same size that does nothing; the size of the library; and the memory of a
+// process that has it loaded.
+#include <windows.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "bench/measure.h"
+#include "bench/store_tree.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kRounds = 31;
+constexpr int kLoadsOfARound = 20;
+constexpr double kLoadLimit = 1.20;
+constexpr std::uintmax_t kSizeLimit = 400 * 1024;  // bytes
+
+// Copies the idle DLL and fills the copy up to the size of the library.
+void MakeIdleLibrary(const fs::path& path, std::uintmax_t size) {
+  fs::copy_file(bench::BuildFolder() / "bench" / "idle_library.dll", path, fs::copy_options::overwrite_existing);
+  const std::uintmax_t own = fs::file_size(path);
+  std::printf("idle DLL: %u bytes, filled up to those of the library\n", static_cast<unsigned>(own));
+  std::ofstream(path, std::ios::binary | std::ios::app) << std::string(own < size ? size - own : 0, '\x5a');
+}
+
+bool MeasureSize(std::uintmax_t size) {
+  const bool met = size <= kSizeLimit;
+  std::printf("KELUtils.dll: %u bytes (at most %u: %s)\n", static_cast<unsigned>(size),
+              static_cast<unsigned>(kSizeLimit), met ? "met" : "NOT MET");
+  return met;
+}
+
+bool MeasureLoading(const fs::path& library, const fs::path& idle, const char* host) {
+  const auto loadAll = [](const fs::path& path) {
+    for (int load = 0; load < kLoadsOfARound; ++load) FreeLibrary(LoadLibraryW(path.c_str()));
+  };
+  std::printf("load and unload, %d times a round, %s:\n", kLoadsOfARound, host);
+  const auto nothing = [] {};
+  return bench::Compare(bench::Side{"KELUtils.dll", nothing, [&] { loadAll(library); }},
+                        bench::Side{"idle DLL", nothing, [&] { loadAll(idle); }}, kRounds, kLoadLimit);
+}
+
+// Committed memory that belongs to this process alone.
+std::size_t PrivateBytes() {
+  std::size_t bytes = 0;
+  MEMORY_BASIC_INFORMATION region;
+  const char* address = nullptr;
+  while (VirtualQuery(address, &region, sizeof region) != 0) {
+    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+    address = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
+    if (address == nullptr) break;
+  }
+  return bytes;
+}
+
+}  // namespace
+
+int main() {
+  const fs::path library = bench::BuildFolder() / "bin" / "KELUtils.dll";
+  const fs::path idle = fs::temp_directory_path() / "kelutils-bench-idle.dll";
+  const bool small = MeasureSize(fs::file_size(library));
+  MakeIdleLibrary(idle, fs::file_size(library));
+  MeasureLoading(library, idle, "in a process without Shell32");
+  const win::ModuleHandle shell(LoadLibraryW(L"Shell32.dll"));
+  const bool fast = MeasureLoading(library, idle, "in a process that has Shell32, as most have");
+  const std::size_t before = PrivateBytes();
+  const win::ModuleHandle loaded(LoadLibraryW(library.c_str()));
+  std::printf("private bytes: %u without the library, %u more with it\n", static_cast<unsigned>(before),
+              static_cast<unsigned>(PrivateBytes() - before));
+  fs::remove(idle);
+  return small && fast ? 0 : 1;
+}
