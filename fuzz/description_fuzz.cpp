@@ -1,5 +1,5 @@
-// Any bytes as a resource text and its insert, parted by the first zero byte: the description is the one that is read off
-// the text character by character, and its copy ends inside its buffer.
+// Any bytes as a resource text and its insert, parted by the first zero byte: the description is the one that is read
+// off the text character by character, and its copy ends inside its buffer.
 #include "services/description_text.h"
 
 #include <algorithm>

@@ -26,8 +26,8 @@ bool IsInUse(DWORD error) noexcept {
   return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING;
 }
 
-/// Repeats a step until it succeeds, or fails for another reason than a file in use, or patience ends. The reason of the
-/// failure is the last-error value.
+/// Repeats a step until it succeeds, or fails for another reason than a file in use, or patience ends. The reason of
+/// the failure is the last-error value.
 template <typename Step>
 bool Attempt(const Patience& patience, Step step) {
   for (int attempt = 1;; ++attempt) {

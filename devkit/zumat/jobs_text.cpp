@@ -56,8 +56,8 @@ bool ReadJob(const Json& object, Job& job) {
   return ReadTexts(object, job);
 }
 
-/// The value of a text, discarded when it is no JSON. A NUL byte, a byte order mark and a member that is there twice are
-/// refused, which the parser would pass over.
+/// The value of a text, discarded when it is no JSON. A NUL byte, a byte order mark and a member that is there twice
+/// are refused, which the parser would pass over.
 Json ParseStrictly(std::string_view text) {
   if (text.find('\0') != text.npos || text.starts_with("\xEF\xBB\xBF")) return Json(Json::value_t::discarded);
   bool repeated = false;

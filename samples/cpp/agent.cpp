@@ -1,7 +1,8 @@
 // KELUtils from C++, loaded at run time: reads the agent ID, enciphers a setting, schedules a job.
 //
-// The program lies in a folder of the product, such as C:\Orvane\Sample\loading_agent.exe, and finds the library in the folder
-// KELUtils beside its own. Another path may be given as its argument. A program of 64 bits cannot load the library.
+// The program lies in a folder of the product, such as C:\Orvane\Sample\loading_agent.exe, and finds the library in the
+// folder KELUtils beside its own. Another path may be given as its argument. A program of 64 bits cannot load the
+// library.
 #include <windows.h>
 
 #include <cstdlib>

@@ -10,8 +10,8 @@ bool DisableFsRedirection(void** old) noexcept;
 /// Switches it back to what it was. False as above.
 bool RevertFsRedirection(void* old) noexcept;
 
-/// Has the calling thread see the true folders of the system, in the scope of one file call: nothing that may load a DLL
-/// belongs there. Keeps the last-error value at its end.
+/// Has the calling thread see the true folders of the system, in the scope of one file call: nothing that may load a
+/// DLL belongs there. Keeps the last-error value at its end.
 class UnredirectedFiles {
  public:
   UnredirectedFiles() noexcept : off_(DisableFsRedirection(&old_)) {}

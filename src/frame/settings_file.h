@@ -19,8 +19,8 @@ std::string GetMyConfigIniValue(const char* section, const char* key, const char
 /// directory is unknown.
 KE_RESULT SetMyConfigIniValue(const char* section, const char* key, const char* value, const char* file = nullptr);
 
-/// Writes a value of the profile file at the full path `file`, as the platform does: a null value removes the key, a null
-/// key the section. False, and traced under `function`, when that fails.
+/// Writes a value of the profile file at the full path `file`, as the platform does: a null value removes the key, a
+/// null key the section. False, and traced under `function`, when that fails.
 bool WriteProfileValue(const char* function, const std::string& file, const char* section, const char* key,
                        const char* value) noexcept;
 

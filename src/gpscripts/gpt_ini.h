@@ -17,10 +17,10 @@ enum class ScriptsExtension {
   kListed,  // the scripts extension with its tool is put into the list, unless it is there
 };
 
-/// The text with the machine's version, the low word, one higher: the platform reads the policy's files again only then.
-/// 65535 is followed by 1, because the platform takes version 0 for a policy that was never edited; the high word, the
-/// users' version, stays. A missing version counts as 0. Everything else stays as it is, byte for byte; what is missing
-/// is added.
+/// The text with the machine's version, the low word, one higher: the platform reads the policy's files again only
+/// then. 65535 is followed by 1, because the platform takes version 0 for a policy that was never edited; the high
+/// word, the users' version, stays. A missing version counts as 0. Everything else stays as it is, byte for byte; what
+/// is missing is added.
 ///
 /// None for a text that must be left alone because it cannot be understood: too long, with control characters, a
 /// version that is no 32-bit decimal number, or a list that is none of extensions and tools.

@@ -33,8 +33,8 @@ void EraseMarks(HKEY key) noexcept {
   RegDeleteValueW(key, kCopied);
 }
 
-// Finishes or takes back the move to `number` that was interrupted, if one was. A key without rights for us is none that
-// we have made.
+// Finishes or takes back the move to `number` that was interrupted, if one was. A key without rights for this process
+// was not made by it.
 LSTATUS Recover(frame::ILogSink* sink, HKEY parent, std::uint32_t number) {
   const std::wstring name = std::to_wstring(number);
   win::RegistryKey key;

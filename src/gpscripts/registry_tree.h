@@ -1,7 +1,7 @@
 // Trees of registry keys: deleting, copying, and numbering the subkeys 0, 1, 2, ... of a key.
 //
-// A `parent` needs no more access than KEY_READ: the platform checks the rights to create and delete subkeys by the keys
-// themselves. Results are the platform's; a failure is written to the sink, which may be null.
+// A `parent` needs no more access than KEY_READ: the platform checks the rights to create and delete subkeys by the
+// keys themselves. Results are the platform's; a failure is written to the sink, which may be null.
 #pragma once
 
 #include <windows.h>
@@ -14,7 +14,8 @@
 
 namespace gpscripts {
 
-/// Deletes the subkey with all below it. A missing one is a success; what cannot be deleted stays with what is above it.
+/// Deletes the subkey with all below it. A missing one is a success; what cannot be deleted stays with what is above
+/// it.
 LSTATUS DeleteRegistryTree(frame::ILogSink* sink, HKEY parent, const std::wstring& name);
 
 /// Copies the subkey `from` over `to`, with all below it; values keep their types and bytes.

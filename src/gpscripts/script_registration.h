@@ -6,9 +6,10 @@
 
 namespace gpscripts {
 
-/// Adds a startup or shutdown script behind the others of its kind: to scripts.ini, with a step of the policy's version,
-/// and to the places in the registry that this release looks in, so that it counts at once. A script that is there
-/// already, with the same program and parameters, is not added again; a call that was interrupted can be repeated.
+/// Adds a startup or shutdown script behind the others of its kind: to scripts.ini, with a step of the policy's
+/// version, and to the places in the registry that this release looks in, so that it counts at once. A script that is
+/// there already, with the same program and parameters, is not added again; a call that was interrupted can be
+/// repeated.
 ///
 /// Writes to the sink, which may be null. Nothing is copied: the program must be where it will be looked for.
 ///

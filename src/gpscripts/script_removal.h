@@ -9,12 +9,12 @@ namespace gpscripts {
 /// What becomes of the files that removed scripts ran.
 enum class ScriptFiles {
   kKept,
-  kDeleted,  // those below the policy's own folder for the kind that no other script runs; when in use, at the next start
+  kDeleted,  // those below the policy's own folder for the kind that no other script runs; at the next start if in use
 };
 
 /// Removes the scripts of a kind that match from all places in the registry, of this and of earlier releases, and from
-/// scripts.ini, numbers the others anew, and steps the policy's version when scripts.ini has changed. What another policy
-/// has stays. Nothing found is a success; a call that was interrupted can be repeated.
+/// scripts.ini, numbers the others anew, and steps the policy's version when scripts.ini has changed. What another
+/// policy has stays. Nothing found is a success; a call that was interrupted can be repeated.
 ///
 /// Every place is tried. Writes to the sink, which may be null.
 ///
@@ -28,8 +28,8 @@ KE_RESULT RemoveScripts(frame::ILogSink* sink, const PolicyPlaces& places, Scrip
                         ScriptFiles files);
 
 /// Removes the shutdown scripts of this machine whose parameters are exactly `parameters`: as `RemoveScripts`, and
-/// KE_EXCEPTION for an unexpected failure. `text` is the program of the script, null or empty for any; with a `flag` other
-/// than 0 the script file is deleted too. Null parameters are KE_MISSING_ARGUMENT.
+/// KE_EXCEPTION for an unexpected failure. `text` is the program of the script, null or empty for any; with a `flag`
+/// other than 0 the script file is deleted too. Null parameters are KE_MISSING_ARGUMENT.
 KE_RESULT DeleteShutdownInformation(frame::ILogSink* sink, const wchar_t* parameters, const wchar_t* text,
                                     int flag) noexcept;
 

@@ -30,8 +30,8 @@ std::optional<ScriptsIni> Understood(const std::string& bytes) {
   return text ? ParseScriptsIni(*text) : std::nullopt;
 }
 
-// Reads gpt.ini and changes it by `change`, which is given its text, none when it is missing, and gives the new one: none
-// when the text cannot be understood, the same one for no change.
+// Reads gpt.ini and changes it by `change`, which is given its text, none when it is missing, and gives the new one:
+// none when the text cannot be understood, the same one for no change.
 template <typename Change>
 KE_RESULT ChangeGptIni(const SinkCall& call, const PolicyPlaces& places, Change change) {
   const std::wstring path = GptIniPath(places);

@@ -1,7 +1,7 @@
 // The files of the policy that name its scripts: scripts.ini and gpt.ini.
 //
-// Functions write to the sink, which may be null, and return KE_SUCCESS or KE_STORE_UNUSABLE: a file could not be read or
-// written, or its text cannot be understood; it is left alone then.
+// Functions write to the sink, which may be null, and return KE_SUCCESS or KE_STORE_UNUSABLE: a file could not be read
+// or written, or its text cannot be understood; it is left alone then.
 #pragma once
 
 #include <string>
@@ -24,8 +24,8 @@ struct ScriptsFile {
 KE_RESULT ReadScriptsFile(frame::ILogSink* sink, const PolicyPlaces& places, ScriptsFile& file);
 
 /// Looks whether scripts.ini and gpt.ini can be written, where they exist. Done before anything is changed: without the
-/// step of the version a changed scripts.ini would not be read again, and a call that is repeated would find nothing left
-/// to do.
+/// step of the version a changed scripts.ini would not be read again, and a call that is repeated would find nothing
+/// left to do.
 KE_RESULT CheckFilesWritable(frame::ILogSink* sink, const PolicyPlaces& places);
 
 /// Writes the changed `file.ini`, in UTF-16. When no section is left it deletes the file, or writes it without sections

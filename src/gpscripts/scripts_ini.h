@@ -27,15 +27,15 @@ struct ScriptsIni {
   std::vector<ScriptsSection> sections = {{}};  // the first one has no head, and is always there
 };
 
-/// None for a text that must be left alone because it cannot be understood: too long, with control characters, or with a
-/// kind's section twice, of which the platform sees only one.
+/// None for a text that must be left alone because it cannot be understood: too long, with control characters, or with
+/// a kind's section twice, of which the platform sees only one.
 std::optional<ScriptsIni> ParseScriptsIni(std::wstring_view text);
 
 /// The text again; of an unchanged model exactly the one that was parsed.
 std::wstring TextOf(const ScriptsIni& ini);
 
-/// The scripts of a kind in the order of their numbers, also behind a missing number. Texts are as the platform's profile
-/// functions give them: without blanks around them, then without one pair of quotation marks.
+/// The scripts of a kind in the order of their numbers, also behind a missing number. Texts are as the platform's
+/// profile functions give them: without blanks around them, then without one pair of quotation marks.
 std::vector<Script> ScriptsOf(const ScriptsIni& ini, ScriptKind kind);
 
 /// Adds a script, which must fit the policy, behind the others of its kind, and closes gaps in their numbers.
@@ -49,8 +49,8 @@ std::vector<Script> TakeOutScripts(ScriptsIni& ini, ScriptKind kind, const Scrip
 /// False when no section is left, and with it nothing that the platform would read.
 bool HasSections(const ScriptsIni& ini) noexcept;
 
-/// The characters of a file in UTF-16, low byte first, with its byte order mark; none when the mark is missing or half a
-/// character is left over.
+/// The characters of a file in UTF-16, low byte first, with its byte order mark; none when the mark is missing or half
+/// a character is left over.
 std::optional<std::wstring> DecodeUtf16(std::string_view bytes);
 
 /// The same file again, with its mark.

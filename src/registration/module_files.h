@@ -21,7 +21,8 @@ KE_RESULT AddPlugin(const char* function, const char* key, const char* host, con
 
 /// Takes a plug-in of `host` out. The upgrade module's file then says that the component is not installed; for the
 /// update module the launcher is told, and its failures are traced under `function`: KE_LAUNCHER_NOT_LOADED,
-/// KE_PROGRAM_NOT_STARTED when its Run failed, KE_STORE_UNUSABLE for a command that ended with another exit code than 0.
+/// KE_PROGRAM_NOT_STARTED when its Run failed, KE_STORE_UNUSABLE for a command that ended with another exit code than
+/// 0.
 KE_RESULT RemovePlugin(const char* function, const char* key, const char* host);
 
 /// Records the installed version of a component. The one of the agent itself then runs the upgrade module's action,

@@ -1,8 +1,9 @@
 // The token files below the installation folder. Each function creates the folders it needs, but not the installation
 // folder itself, writes its file from constants and the folder's name, and traces its start and end.
 //
-// KE_SUCCESS; KE_MISSING_ARGUMENT when `root` is null, empty or a lone backslash; KE_STORE_UNUSABLE, traced, when the file
-// could not be opened, or a value of KesWD.conf not written; KE_EXCEPTION. One trailing backslash of `root` does not count.
+// KE_SUCCESS; KE_MISSING_ARGUMENT when `root` is null, empty or a lone backslash; KE_STORE_UNUSABLE, traced, when the
+// file could not be opened, or a value of KesWD.conf not written; KE_EXCEPTION. One trailing backslash of `root` does
+// not count.
 #pragma once
 
 #include "KELUtils.h"

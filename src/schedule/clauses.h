@@ -8,9 +8,9 @@
 
 namespace schedule {
 
-/// When a job recurs: every so many weeks or days, else every so many hours and minutes on all days of the week or, with
-/// `randomWeekday`, on one from Monday to Friday that `random` picks. What is left over of a period of a day or more is
-/// dropped.
+/// When a job recurs: every so many weeks or days, else every so many hours and minutes on all days of the week or,
+/// with `randomWeekday`, on one from Monday to Friday that `random` picks. What is left over of a period of a day or
+/// more is dropped.
 std::string MkEveryClause(std::int32_t periodMinutes, bool randomWeekday, frame::RandomNumber random);
 
 /// The window of the day in which a job starts, each end brought between 00:29 and 23:59; the empty text for a negative

@@ -1,8 +1,8 @@
 // The workers behind the scheduling exports: each writes a job with one or two scheduler commands.
 //
-// Unless a function says otherwise it returns the code of its last command, as `CallZumAT` does. Nothing is repeated and
-// nothing undone. A job is written twice, first as a new one and then as an edited one, so that it is created when its
-// task ID is new and redefined when it exists; both commands always run, and the second one's code counts.
+// Unless a function says otherwise it returns the code of its last command, as `CallZumAT` does. Nothing is repeated
+// and nothing undone. A job is written twice, first as a new one and then as an edited one, so that it is created when
+// its task ID is new and redefined when it exists; both commands always run, and the second one's code counts.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@ KE_RESULT KE_SetTask0(const Job& job, const char* startDay, const char* startTim
 /// that when it is not 0. Checks nothing.
 KE_RESULT SetPeriodicTask(const Job& job, std::int32_t periodMinutes, bool randomWeekday);
 
-/// Whether a job can be periodic within a window: KE_SUCCESS; KE_MISSING_ARGUMENT without a module; KE_OUT_OF_RANGE for a
-/// period or task ID below 1, and for a negative or reversed window.
+/// Whether a job can be periodic within a window: KE_SUCCESS; KE_MISSING_ARGUMENT without a module; KE_OUT_OF_RANGE for
+/// a period or task ID below 1, and for a negative or reversed window.
 KE_RESULT CheckWindowedTask(const Job& job, std::int32_t periodMinutes, DayWindow window);
 
 /// A checked job that is periodic within a window of the day.
@@ -41,8 +41,8 @@ KE_RESULT KE_SetRebootTask(const Job& job, std::int32_t delaySeconds, bool weekl
 /// Removes a job. KE_MISSING_ARGUMENT for a task ID below 1.
 KE_RESULT KE_DeleteSheduledTask(std::int32_t taskId);
 
-/// Switch the boot jobs of a module, named in any letter case, on or off. KE_MISSING_ARGUMENT without a module. Switching
-/// off returns the last code that is not 0, switching on never returns one.
+/// Switch the boot jobs of a module, named in any letter case, on or off. KE_MISSING_ARGUMENT without a module.
+/// Switching off returns the last code that is not 0, switching on never returns one.
 KE_RESULT KE_ActivateRebootTasks(const char* module);
 KE_RESULT KE_DeactivateRebootTasks(const char* module);
 

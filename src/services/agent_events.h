@@ -16,8 +16,8 @@ KE_RESULT SendScanState(const char* function, const char* product, const char* t
 /// A forced restart.
 KE_RESULT SendRebootForced(const char* function, const char* product);
 
-/// The end of the agent: lets the upgrade module act, sends the event, waits 30 seconds when there was a connection, and
-/// removes the agent's shutdown script on every path.
+/// The end of the agent: lets the upgrade module act, sends the event, waits 30 seconds when there was a connection,
+/// and removes the agent's shutdown script on every path.
 KE_RESULT ReportUninstallation(const char* function, const char* product);
 
 /// An error of the agent with its description. Without one nothing is sent, and the result is that of

@@ -18,8 +18,8 @@ std::string PluginManagerCommand(const std::string& arguments);
 /// neither in its own folder nor in the module directory.
 KE_RESULT StartInstallHelper();
 
-/// On a computer that is not integrated, has the plug-in manager run the integration test, and waits up to three minutes
-/// for it; how it ends does not count. KE_SUCCESS, or KE_PROGRAM_NOT_STARTED. Traces what it does.
+/// On a computer that is not integrated, has the plug-in manager run the integration test, and waits up to three
+/// minutes for it; how it ends does not count. KE_SUCCESS, or KE_PROGRAM_NOT_STARTED. Traces what it does.
 KE_RESULT IntegrateComputerKelTest();
 
 }  // namespace services

@@ -1,5 +1,5 @@
-// The one way of an event: bind the event module, open a connection, make one event call, close the connection, free the
-// module.
+// The one way of an event: bind the event module, open a connection, make one event call, close the connection, free
+// the module.
 #pragma once
 
 #include <cstddef>
@@ -28,9 +28,9 @@ class EventSequence {
   /// True when the module is bound; only then may events be sent.
   explicit operator bool() const noexcept { return static_cast<bool>(module_); }
 
-  /// Opens a connection, has `call(functions, event)` make the event call, and closes the connection, also when the call
-  /// ends in an exception. The event that `call` is given has the name of the computer. `call` answers whether the event
-  /// was queued, and traces when it was not; a connection that cannot be opened is traced here.
+  /// Opens a connection, has `call(functions, event)` make the event call, and closes the connection, also when the
+  /// call ends in an exception. The event that `call` is given has the name of the computer. `call` answers whether the
+  /// event was queued, and traces when it was not; a connection that cannot be opened is traced here.
   template <typename Call>
   Sending Send(EventInfo event, Call call) const {
     return Send(

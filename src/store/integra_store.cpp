@@ -34,7 +34,8 @@ win::FileStatus IntegraFileStatus;
 // Set while the late repair reads again, so that it does not repair again.
 bool IntegraRelaunch = false;
 
-// The files of the store and its crypto module, named when they are needed: a read that keeps the cached store asks for two.
+// The files of the store and its crypto module, named when they are needed: a read that keeps the cached store asks for
+// two.
 class StorePaths {
  public:
   explicit StorePaths(std::string_view directory) noexcept : directory_(directory) {}

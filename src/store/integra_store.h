@@ -10,8 +10,8 @@
 namespace store {
 
 /// The cached store; null until the first successful load. Guarded by frame::IntegraLock, which is held from
-/// `ReadIntegraDat` to the last use of a value (`WithCurrentStore`), so that no other thread changes or replaces the store
-/// meanwhile.
+/// `ReadIntegraDat` to the last use of a value (`WithCurrentStore`), so that no other thread changes or replaces the
+/// store meanwhile.
 extern IniStore* IntegraStore;
 
 /// Makes the cached store current: keeps it while the file's last-write time is unchanged, else reads the file, or the
@@ -44,8 +44,8 @@ KE_RESULT KeepAsStartCopy();
 /// Reads the certificate and traces whether that worked. On the way the certificate's getter restores a damaged store.
 void CheckIntegrity();
 
-/// Runs `work()` on the current store and returns its result: with the lock held from the reading of the file to the end of
-/// the work. A code of `ReadIntegraDat` is returned before any work.
+/// Runs `work()` on the current store and returns its result: with the lock held from the reading of the file to the
+/// end of the work. A code of `ReadIntegraDat` is returned before any work.
 template <typename Work>
 KE_RESULT WithCurrentStore(Work work) {
   const win::Holding hold(frame::IntegraLock);

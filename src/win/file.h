@@ -39,8 +39,8 @@ FileHandle OpenForReading(const std::string& path) noexcept;
 /// hidden files too, and keeps their attributes.
 FileHandle CreateForUpdate(const std::string& path) noexcept;
 
-/// Creates the file empty when it is missing, and never touches one that exists meanwhile; true when there is a file that can be
-/// opened for update.
+/// Creates the file empty when it is missing, and never touches one that exists meanwhile; true when there is a file
+/// that can be opened for update.
 bool CreateMissing(const std::string& path) noexcept;
 
 /// Size in bytes, or none when it cannot be told.

@@ -22,8 +22,8 @@ std::optional<std::vector<std::string>> ValueNames(HKEY root, const char* path, 
 /// True when the key can be opened to query its values.
 bool CanOpenKey(HKEY root, const char* path) noexcept;
 
-/// Opens the key `path` below `parent`, or creates it where it is missing; `key` holds it after a success. The result is
-/// the platform's.
+/// Opens the key `path` below `parent`, or creates it where it is missing; `key` holds it after a success. The result
+/// is the platform's.
 LSTATUS OpenKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept;
 LSTATUS CreateKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept;
 

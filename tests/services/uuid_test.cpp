@@ -11,7 +11,8 @@ namespace {
 
 enum Step { kSecurity, kBlanket, kInit, kCreate, kConnect, kQuery, kNext, kGet, kException };
 
-/// COM and management instrumentation in the test's hands, by their binary interface, in which every argument is a word.
+/// COM and management instrumentation in the test's hands, by their binary interface, in which every argument is a
+/// word.
 struct FakeCom {
   static inline int failing, held;  // the step that fails; how much was taken and not given back
   static inline HRESULT failure;

@@ -106,7 +106,8 @@ TEST_CASE("encrypted file: the marker, then the text enciphered in whole blocks 
   CHECK(codec.Write(store) == store::kFileCipherFailed);
   CHECK(codec.Content() == text);
   cipher.error = 0;
-  // An empty store enciphers no block and leaves the marker alone; a first enciphered byte of zero makes the file plain.
+  // An empty store enciphers no block and leaves the marker alone; a first enciphered byte of zero makes the file
+  // plain.
   CHECK(codec.Write({}) == store::kFileDone);
   CHECK(codec.Content() == "TVKE");
   codec.SetContent(std::string("TVKE\0", 5) + "[A]\r\n");

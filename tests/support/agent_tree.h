@@ -9,8 +9,8 @@
 
 namespace support {
 
-/// Puts waiting and chance into the test's hands for the scope: pauses are only noted, programs are really waited for unless
-/// `inTime` is false, and the random number is `random`.
+/// Puts waiting and chance into the test's hands for the scope: pauses are only noted, programs are really waited for
+/// unless `inTime` is false, and the random number is `random`.
 struct HeldTime {
   HeldTime() {
     pauses.clear();

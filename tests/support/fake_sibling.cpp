@@ -1,6 +1,6 @@
-// A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS), each of which notes its calls and answers 0, or
-// what it is told to. Plain C functions: arguments are the caller's to clean up. Only the ciphers of a crypto module, the
-// configuration of an agent module and the launcher's Run look at theirs.
+// A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS), each of which notes its calls and
+// answers 0, or what it is told to. Plain C functions: arguments are the caller's to clean up. Only the ciphers of a
+// crypto module, the configuration of an agent module and the launcher's Run look at theirs.
 #include "support/fake_sibling.h"
 
 #include <algorithm>
@@ -73,8 +73,8 @@ int Answer(std::string_view name, void* first, std::uint32_t second, void* third
 
 }  // namespace
 
-// The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports them all. Each
-// takes as many words as the longest of them.
+// The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports
+// them all. Each takes as many words as the longest of them.
 #define FAKE_FUNCTION(name, presence)                                                                  \
   extern "C" int Fake_##name(void*, std::uint32_t, void*, std::uint32_t, void*) asm("_" #name);        \
   int Fake_##name(void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) { \

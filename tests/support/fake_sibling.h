@@ -1,4 +1,5 @@
-// What the fake sibling modules offer to tests. Load a fake before KELUtils does, so that it stays loaded and keeps its state.
+// What the fake sibling modules offer to tests. Load a fake before KELUtils does, so that it stays loaded and keeps its
+// state.
 #pragma once
 
 #include <cstdint>

@@ -7,7 +7,8 @@
 
 namespace support {
 
-/// Attaches the inner pieces to the KELUtils.dll of a tree for the scope: its folder is the module directory, and the lock exists.
+/// Attaches the inner pieces to the KELUtils.dll of a tree for the scope: its folder is the module directory, and the
+/// lock exists.
 struct InnerModule {
   explicit InnerModule(const ProductTree& tree) : anchor(tree.Path("KELUtils/KELUtils.dll")) {
     frame::IntegraLock.Create();

@@ -25,7 +25,8 @@ struct ProgramRun {
 /// Runs a command line as a user does and waits for its end, for at most a minute.
 ProgramRun RunProgram(std::string commandLine);
 
-/// Runs the case `name` of this test program, which may be a skipped one, in so many processes at once. The exit code of the last one.
+/// Runs the case `name` of this test program, which may be a skipped one, in so many processes at once. The exit code
+/// of the last one.
 unsigned long RunAtOnce(int processes, const std::string& name);
 
 /// A new empty folder below the temporary folder, removed at the end of the scope.
@@ -46,8 +47,8 @@ class Folder {
   std::filesystem::path root_;
 };
 
-/// A product tree: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and KELSysCf. The crypto module of the development
-/// kit is put where the store and the file codec look for it.
+/// A product tree: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and KELSysCf. The crypto module of the
+/// development kit is put where the store and the file codec look for it.
 struct ProductTree : Folder {
   ProductTree();
 
@@ -64,8 +65,8 @@ class LoadedDll {
   LoadedDll(LoadedDll&& other);
   ~LoadedDll();
 
-  /// Loads a copy of the DLL from beside it, under another name, and removes the copy at the end: an instance with state of its own,
-  /// as in another process.
+  /// Loads a copy of the DLL from beside it, under another name, and removes the copy at the end: an instance with
+  /// state of its own, as in another process.
   static LoadedDll Separate(const std::filesystem::path& path);
 
   HMODULE Handle() const { return module_; }
@@ -95,8 +96,9 @@ struct EnvironmentVariable {
   const char* name;
 };
 
-/// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only, which is how
-/// a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to read-only files.)
+/// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only,
+/// which is how a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to
+/// read-only files.)
 struct LockedFile {
   explicit LockedFile(const std::filesystem::path& path, DWORD share = 0)
       : file(CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr)) {}

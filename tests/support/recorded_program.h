@@ -19,8 +19,8 @@ class RecordedProgram {
     WriteFile(path_.string() + ".ini", "[recorder]\r\nExitCode=" + std::to_string(exitCode) + "\r\n");
   }
 
-  /// The command lines noted since the last call, each without the quoted path of the program and the blank behind it, and ended by
-  /// LF.
+  /// The command lines noted since the last call, each without the quoted path of the program and the blank behind it,
+  /// and ended by LF.
   std::string Lines() const {
     // Taken away before it is read, so that no program can append in between. That fails while one has it open.
     const std::string noted = path_.string() + ".txt", taken = path_.string() + ".taken";

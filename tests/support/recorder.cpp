@@ -1,5 +1,5 @@
-// A program that stands in for one of the agent's: it appends its command line to "<its path>.txt" and ends with the exit code in
-// "<its path>.ini", else with 0.
+// A program that stands in for one of the agent's: it appends its command line to "<its path>.txt" and ends with the
+// exit code in "<its path>.ini", else with 0.
 #include <windows.h>
 
 #include <string>

@@ -20,8 +20,8 @@ bool IsPropertyName(std::string_view name);
 /// The KEY of "property:KEY".
 std::string PropertyKey(std::string_view name);
 
-/// Throws UsageError when the store, or an INI file, would not find `key` again: it is empty, has a line break or "=", or begins with
-/// "[".
+/// Throws UsageError when the store, or an INI file, would not find `key` again: it is empty, has a line break or "=",
+/// or begins with "[".
 void CheckPropertyKey(std::string_view key);
 
 /// The longest path of Windows, in characters with the terminating zero.

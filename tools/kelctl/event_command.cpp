@@ -1,5 +1,5 @@
-// The commands that report events. There is none for KE_Uninstall: it would announce the end of an agent that stays, and
-// take away its shutdown script.
+// The commands that report events. There is none for KE_Uninstall: it would announce the end of an agent that stays,
+// and take away its shutdown script.
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>

@@ -16,8 +16,8 @@ std::string LibraryPath(const std::string& option);
 /// A loaded KELUtils library. Texts of kelctl are UTF-8, texts of the exports are in the system's code page.
 class Library {
  public:
-  /// Loads the DLL at `path` (UTF-8, relative to the current directory), or KELUtils.dll beside this program when `path`
-  /// is empty. Throws LibraryError.
+  /// Loads the DLL at `path` (UTF-8, relative to the current directory), or KELUtils.dll beside this program when
+  /// `path` is empty. Throws LibraryError.
   explicit Library(const std::string& path);
 
   /// The folder of the DLL (UTF-8), without a trailing backslash.
