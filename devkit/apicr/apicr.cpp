@@ -15,7 +15,7 @@ namespace {
 using namespace std::string_view_literals;
 using namespace sharedfile;
 
-constexpr std::uint32_t kVersion = 1u << 16 | 0u;
+constexpr std::uint32_t kVersion = 1u << 16;  // 1.0: the second number is in the low word
 
 void Report(std::int32_t* error, std::int32_t result) noexcept {
   if (error != nullptr) *error = result;

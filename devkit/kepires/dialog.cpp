@@ -87,7 +87,7 @@ INT_PTR CALLBACK OnMessage(HWND window, UINT message, WPARAM word, LPARAM parame
     Begin(window, *reinterpret_cast<Dialog*>(parameter));
     return TRUE;
   }
-  Dialog* const dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrA(window, DWLP_USER));
+  auto* const dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrA(window, DWLP_USER));
   if (dialog == nullptr) return FALSE;  // before WM_INITDIALOG
   if (message == WM_TIMER) Tick(window, *dialog);
   if (message == WM_COMMAND) Press(LOWORD(word), *dialog);

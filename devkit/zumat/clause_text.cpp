@@ -20,7 +20,7 @@ std::string Counted(int count, const std::string& unit) {
 
 std::string DescribeRecurrence(const Clauses& clauses) {
   const std::string count = std::to_string(clauses.count);
-  const std::string days = clauses.weekdays == kEveryWeekday ? "every day" : "on " + WeekdayList(clauses.weekdays);
+  std::string days = clauses.weekdays == kEveryWeekday ? "every day" : "on " + WeekdayList(clauses.weekdays);
   switch (clauses.recurrence) {
     case Recurrence::kOnce:
       return "once";

@@ -85,7 +85,7 @@ Outcome Run(const std::string& arguments) {
 /// A log that cannot be written changes nothing about the command.
 void Log(const std::string& arguments, const Outcome& outcome) {
   std::string text = std::to_string(outcome.result) + ";" + OnOneLine(arguments);
-  if (text.size() > kMaximumLogged) text = text.substr(0, kMaximumLogged - 3) + "...";
+  if (text.size() > kMaximumLogged) text.replace(kMaximumLogged - 3, std::string::npos, "...");
   logfile::LogBesideModule(text.c_str());
 }
 

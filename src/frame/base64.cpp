@@ -68,7 +68,7 @@ std::int32_t Base64RequiredLength(std::int32_t sourceLength, std::uint32_t flags
   if (!(flags & kBase64NoPadding)) length += sourceLength % 3;
   const std::int32_t lines = length / kLineCharacters + 1;
   length = (length + 3) / 4 * 4;
-  return flags & kBase64NoLineBreaks ? length : length + 2 * lines;
+  return (flags & kBase64NoLineBreaks) != 0 ? length : length + 2 * lines;
 }
 
 bool Base64EncodeText(const void* source, std::int32_t sourceLength, char* destination, std::int32_t* destinationLength,

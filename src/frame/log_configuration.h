@@ -21,6 +21,8 @@ struct LogConfiguration {
   std::uint32_t fileOptionB;
   char libraryDirectory[261];  // where TvLogSys.dll is looked for; never empty
   char moduleName[260];        // the component that logs
+
+  bool operator==(const LogConfiguration&) const = default;
 };
 
 /// The trace level a settings text stands for; 0 for a text that is no number and for numbers below 0.

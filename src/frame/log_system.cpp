@@ -48,9 +48,7 @@ int CL_LOG_SYSTEM::Configure(const char* moduleName, const char* settingsFile, c
 
   const win::Holding hold(traceLock_);
   // Lines are written without the lock: an unchanged record is left alone.
-  if (record && IsAcceptable(*record) && std::memcmp(&*record, &configuration_, sizeof configuration_) != 0) {
-    configuration_ = *record;
-  }
+  if (record && IsAcceptable(*record) && *record != configuration_) configuration_ = *record;
   return Enabled() && LoadDependences(counted) ? 0 : -1;
 }
 

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "win/registry.h"
 
@@ -11,7 +11,7 @@ namespace kelcrt {
 namespace {
 
 constexpr char kTestingPathVariable[] = "VOSK_TESTING_INSTALLPATH";
-constexpr char kDefaultProductName[] = "Tavrin Security Agent";
+constexpr std::string_view kDefaultProductName = "Tavrin Security Agent";
 constexpr char kSetupKey[] = "SOFTWARE\\Tavrin Security\\SetupEx\\Orvane";
 constexpr char kClientSystemKey[] = "SOFTWARE\\Tavrin Security\\Orvane\\ClientSystem";
 
@@ -22,9 +22,9 @@ CProductInfo::CProductInfo() {
     testingInstallPath_[0] = '\0';
   }
   const auto name = win::ReadTextValue(HKEY_LOCAL_MACHINE, kSetupKey, "ProductName", kSize - 1);
-  strcpy(productName_.get(), name && !name->empty() ? name->c_str() : kDefaultProductName);
+  (name && !name->empty() ? std::string_view(*name) : kDefaultProductName).copy(productName_.get(), kSize - 1);
   if (const auto path = win::ReadTextValue(HKEY_LOCAL_MACHINE, kClientSystemKey, "InstallPath", kSize - 1)) {
-    strcpy(installPath_.get(), path->c_str());
+    path->copy(installPath_.get(), kSize - 1);
   }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <ranges>
 
 #include "gpscripts/registry_tree.h"
 #include "gpscripts/sink_call.h"
@@ -60,8 +59,8 @@ struct LocalObject {
   win::RegistryKey key;
 };
 
-// The local policy among the objects; none, with success, when there is none. `next` is the first free number. An object
-// that cannot be read counts as a failure only when the local one is not found: it may be that one.
+// The local policy among the objects; none, with success, when there is none. `next` is the first free number. An
+// object that cannot be read counts as a failure only when the local one is not found: it may be that one.
 LSTATUS FindLocalObject(HKEY place, std::optional<LocalObject>& found, std::uint32_t& next) {
   Numbers numbers;
   LSTATUS status = NumberedSubkeys(place, numbers);
@@ -135,8 +134,8 @@ LSTATUS TakeOutOfObject(frame::ILogSink* sink, HKEY object, const ScriptMatch& w
     matching.push_back(number);
     taken.push_back(script);
   });
-  for (const std::uint32_t number : matching | std::views::reverse) {
-    if (status == ERROR_SUCCESS) status = DeleteRegistryTree(sink, object, std::to_wstring(number));
+  for (auto number = matching.rbegin(); number != matching.rend(); ++number) {
+    if (status == ERROR_SUCCESS) status = DeleteRegistryTree(sink, object, std::to_wstring(*number));
   }
   return status == ERROR_SUCCESS ? CloseGaps(sink, object) : status;
 }

@@ -19,7 +19,7 @@ using frame::FileIn;
 std::string MakeConfigFolder(const std::string& root, const char* folder) {
   const std::string host = FileIn(root, folder);
   win::MakeFolder(host);
-  const std::string config = FileIn(host, "Config");
+  std::string config = FileIn(host, "Config");
   win::MakeFolder(config);
   return config;
 }

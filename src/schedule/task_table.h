@@ -56,6 +56,7 @@ constexpr std::int32_t PeriodMinutes(const AgentTask& task) noexcept {
 constexpr std::int32_t DelaySeconds(const AgentTask& task, double fraction) noexcept {
   const std::int32_t seconds = task.unit == 'h' ? 3600 : task.unit == 'm' ? 60 : 1;
   const std::int32_t low = task.low * seconds, high = task.high * seconds;
+  // NOLINTNEXTLINE(bugprone-incorrect-roundings): the value is never negative, and lround is no constant expression
   return high > low ? low + static_cast<std::int32_t>((high - low) * fraction + 0.5) : low;
 }
 

@@ -22,7 +22,7 @@ std::optional<std::string> ReadTextValue(HKEY root, const char* path, const char
 
   std::string text(limit + 1, '\0');
   DWORD type = 0;
-  DWORD size = static_cast<DWORD>(text.size());
+  auto size = static_cast<DWORD>(text.size());
   const LSTATUS status = RegQueryValueExA(key.Get(), name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
   if (status != ERROR_SUCCESS || type != REG_SZ || size > text.size()) return std::nullopt;
   // The stored data may lack its terminating zero, or hold several.
@@ -37,7 +37,7 @@ std::optional<std::vector<std::string>> ValueNames(HKEY root, const char* path, 
   std::vector<std::string> names;
   std::string name(limit + 1, '\0');
   for (DWORD index = 0;; ++index) {
-    DWORD length = static_cast<DWORD>(name.size());
+    auto length = static_cast<DWORD>(name.size());
     if (RegEnumValueA(key.Get(), index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
       break;
     names.emplace_back(name.data(), length);

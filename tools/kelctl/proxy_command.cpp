@@ -90,7 +90,7 @@ std::string CheckAddress(const std::string& server, const std::string& port) {
   if (server.find(':') != server.npos) throw UsageError("SERVER is a host alone; the port stands behind it");
   const std::int32_t number = port.empty() ? 80 : ParseNumber(port);
   if (number < 1 || number > 65535) throw UsageError(port + " is out of range: 1 to 65535");
-  const std::string plain = std::to_string(number);
+  std::string plain = std::to_string(number);
   CheckFits("SERVER with PORT", server + ":" + plain, sizeof(KE_AGENT_PROXY_RECORD::address));
   return plain;
 }

@@ -1,6 +1,7 @@
 #include "settings.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "KELUtils.h"
 #include "calls.h"
@@ -37,7 +38,8 @@ std::string DecryptSetting(Library& library, const std::string& setting) {
   std::string buffer = setting + std::string(4, '\0');
   auto* const decrypt = KELCTL_EXPORT(library, KE_DecryptSetting);
   ThrowUnlessSuccess("KE_DecryptSetting", decrypt(buffer.data(), static_cast<std::int32_t>(buffer.size())));
-  return buffer.c_str();
+  buffer.resize(std::strlen(buffer.c_str()));
+  return buffer;
 }
 
 }  // namespace kelctl
