@@ -13,7 +13,7 @@ packages=(
   xvfb                                             # a display for programs with windows
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests, kelctl and zumat
   libssl-dev                                       # an independent base64 codec for the native tests
-  clang-format                                     # the formatting check
+  clang-format clang-tidy cppcheck shellcheck      # the checks of the tree
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)

@@ -2,7 +2,7 @@
 # Builds everything, runs the native tests under the sanitizers and the Windows tests under Wine, then the checks of the tree. Ends
 # with one line: N passed, N failed. With --fuzz it runs the fuzzers too, for a million inputs each.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh
 
 limit=300   # seconds for one test program; one that hangs is ended and names its case
@@ -87,11 +87,11 @@ step "exports and imports of the DLL" scripts/check_dll.sh
 step "the public headers" scripts/check_headers.sh
 step "the package, made twice" quietly package scripts/check_package.sh --quick
 step "the samples, built with the package" quietly samples scripts/check_samples.sh
-step "checks of the tree" scripts/check.sh
 if [ "${1:-}" = --fuzz ]; then
   step "building the fuzzers" build_fuzzers
   for fuzzer in base64_fuzz description_fuzz gpt_ini_fuzz ini_fuzz scripts_ini_fuzz zumat_fuzz; do step "$fuzzer" fuzz $fuzzer; done
 fi
+step "checks of the tree" scripts/check.sh
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]
