@@ -1,4 +1,5 @@
-/* KELAGAPI.dll: the agent module, for authors of one.
+/** @file
+ * KELAGAPI.dll: the agent module, for authors of one.
  *
  * KELUtils loads it from the product's Common folder, else from its own directory, in the exports that need the agent,
  * and frees it at their end. The six configuration functions are optional for loading; the proxy exports need them all
@@ -13,60 +14,109 @@
 extern "C" {
 #endif
 
-/* Called once after the module was loaded, and once before it is freed; the results are ignored. */
+/** Called once after the module was loaded.
+ *
+ * @return ignored
+ */
 int KE_SIBLING_CALL KE_AGAPI_Initialize(void);
+
+/** Called once before the module is freed.
+ *
+ * @return ignored
+ */
 int KE_SIBLING_CALL KE_AGAPI_Finalize(void);
 
-/* Reads or writes a configuration record as a whole; 0 on success. Class and item select the record, size is its size
- * in bytes. The records that KELUtils knows are described below. */
+/** Reads a configuration record as a whole. The records that KELUtils knows are described below.
+ *
+ * @param cls          class of the record
+ * @param item         number of the record in its class
+ * @param[out] record  receives the record
+ * @param size         of the record in bytes
+ * @return 0 on success
+ */
 uint32_t KE_SIBLING_CALL KE_AGAPI_GetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
+
+/** Writes a configuration record as a whole.
+ *
+ * @param cls     class of the record
+ * @param item    number of the record in its class
+ * @param record  the record; left alone
+ * @param size    of the record in bytes
+ * @return 0 on success
+ */
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetConfig(uint32_t cls, uint32_t item, void* record, uint32_t size);
 
+/** The records that KELUtils knows. */
 enum {
-  KE_AGENT_CONFIG_CLASS = 1,
-  KE_AGENT_SERVER_ITEM = 6,       /* a KE_AGENT_SERVER_RECORD */
-  KE_AGENT_PROXY_ITEM = 7,        /* a KE_AGENT_PROXY_RECORD */
-  KE_AGENT_STATIC_PROXY_ITEM = 10 /* a KE_STATIC_PROXY_RECORD */
+  KE_AGENT_CONFIG_CLASS = 1,      /**< the class of them all */
+  KE_AGENT_SERVER_ITEM = 6,       /**< a KE_AGENT_SERVER_RECORD */
+  KE_AGENT_PROXY_ITEM = 7,        /**< a KE_AGENT_PROXY_RECORD */
+  KE_AGENT_STATIC_PROXY_ITEM = 10 /**< a KE_STATIC_PROXY_RECORD */
 };
 
-/* The record that holds the address of the management server: 2564 bytes. KELUtils reads it, puts the address in and
+/** The record that holds the address of the management server: 2564 bytes. KELUtils reads it, puts the address in and
  * writes it back; the rest is the module's business. The first four bytes are zero when it is read. */
 typedef struct KE_AGENT_SERVER_RECORD {
-  uint8_t before[1028];
-  char server[512]; /* ends in a zero */
-  uint8_t after[1024];
+  uint8_t before[1028]; /**< the module's business */
+  char server[512];     /**< the address, which ends in a zero */
+  uint8_t after[1024];  /**< the module's business */
 } KE_AGENT_SERVER_RECORD;
 
-/* The proxy of the agent: 532 bytes. Texts end in a zero; what is not used is zero. */
+/** The proxy of the agent: 532 bytes. Texts end in a zero; what is not used is zero. */
 typedef struct KE_AGENT_PROXY_RECORD {
-  uint32_t flags;    /* a sum of the values below */
-  uint8_t inUse;     /* 1: the proxy is in use */
-  char address[256]; /* host, ":" and port */
-  char user[128];    /* in UTF-8 */
-  char password[128];
-  uint8_t reserved[15];
+  uint32_t flags;       /**< a sum of the values below */
+  uint8_t inUse;        /**< 1: the proxy is in use */
+  char address[256];    /**< host, ":" and port */
+  char user[128];       /**< in UTF-8 */
+  char password[128];   /**< in UTF-8, in plain text */
+  uint8_t reserved[15]; /**< zero */
 } KE_AGENT_PROXY_RECORD;
 
-enum { KE_PROXY_IN_USE = 1, KE_PROXY_HAS_ADDRESS = 2, KE_PROXY_HAS_USER = 4, KE_PROXY_HAS_PASSWORD = 8 };
+/** Flags of a KE_AGENT_PROXY_RECORD. */
+enum {
+  KE_PROXY_IN_USE = 1,      /**< the proxy is in use */
+  KE_PROXY_HAS_ADDRESS = 2, /**< address counts */
+  KE_PROXY_HAS_USER = 4,    /**< user counts */
+  KE_PROXY_HAS_PASSWORD = 8 /**< password counts */
+};
 
-/* The static proxy, by host name or addresses: 8536 bytes. Texts end in a zero; what is not used is zero. */
+/** The static proxy, by host name or addresses: 8536 bytes. Texts end in a zero; what is not used is zero. */
 typedef struct KE_STATIC_PROXY_RECORD {
-  uint32_t flags; /* a sum of the values below */
-  uint8_t reserved[20];
-  uint8_t enabled; /* 1: a host or an address list is given */
-  char host[256];
-  char addresses[320];
-  uint8_t reserved2[7935];
+  uint32_t flags;          /**< a sum of the values below */
+  uint8_t reserved[20];    /**< zero */
+  uint8_t enabled;         /**< 1: a host or an address list is given */
+  char host[256];          /**< host name */
+  char addresses[320];     /**< list of addresses */
+  uint8_t reserved2[7935]; /**< zero */
 } KE_STATIC_PROXY_RECORD;
 
-enum { KE_STATIC_PROXY = 32 /* always */, KE_STATIC_PROXY_HAS_HOST = 64, KE_STATIC_PROXY_HAS_ADDRESSES = 128 };
+/** Flags of a KE_STATIC_PROXY_RECORD. */
+enum {
+  KE_STATIC_PROXY = 32,               /**< always */
+  KE_STATIC_PROXY_HAS_HOST = 64,      /**< host counts */
+  KE_STATIC_PROXY_HAS_ADDRESSES = 128 /**< addresses counts */
+};
 
-/* Reads or writes the proxy as a KE_AGENT_PROXY_RECORD, size being its size; 0 on success. An empty address makes
- * KELUtils read the stored record with KE_AGAPI_GetConfig. */
+/** Reads the proxy in use. An empty address makes KELUtils read the stored record with KE_AGAPI_GetConfig().
+ *
+ * @param[out] record  receives a KE_AGENT_PROXY_RECORD
+ * @param size         of the record in bytes
+ * @return 0 on success
+ */
 uint32_t KE_SIBLING_CALL KE_AGAPI_GetProxyConfig(void* record, uint32_t size);
+
+/** Writes the proxy. Looked up, but not called by KELUtils.
+ *
+ * @param record  a KE_AGENT_PROXY_RECORD
+ * @param size    of the record in bytes
+ * @return 0 on success
+ */
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetProxyConfig(void* record, uint32_t size);
 
-/* Makes the module find out the proxy in use; 0 when KE_AGAPI_GetProxyConfig can answer afterwards. */
+/** Makes the module find out the proxy in use.
+ *
+ * @return 0 when KE_AGAPI_GetProxyConfig() can answer afterwards
+ */
 uint32_t KE_SIBLING_CALL KE_AGAPI_AskProxyConfig(void);
 
 /* Looked up but never called by KELUtils, and required (KE_UncalledFunction): KE_AGAPI_SendMsgEx, KE_AGAPI_GetURL,

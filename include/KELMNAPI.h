@@ -1,4 +1,5 @@
-/* KELMNAPI.dll: the launcher module, for authors of one.
+/** @file
+ * KELMNAPI.dll: the launcher module, for authors of one.
  *
  * KELUtils loads it from the product's Common folder for the length of one export. All functions named here must be
  * there.
@@ -12,15 +13,30 @@
 extern "C" {
 #endif
 
-/* Runs a component command such as "KELREPORT -R -force" and waits for it; 0 when it ran, with its exit code in
- * *exitCode. */
+/** Runs a component command and waits for it.
+ *
+ * @param command        such as "KELREPORT -R -force"
+ * @param[out] exitCode  receives its exit code; 0 on entry
+ * @return 0 when it ran
+ */
 int KE_SIBLING_CALL Run(const char* command, int32_t* exitCode);
 
-/* Runs the immediate update; 0 when it ran, with its exit code in *exitCode. forceContinue is 0 on the first call and 1
- * on every repetition. */
+/** Runs the immediate update.
+ *
+ * @param forceContinue  0 on the first call, 1 on every repetition
+ * @param[out] exitCode  receives its exit code
+ * @return 0 when it ran
+ */
 int KE_SIBLING_CALL UpdateNow(int32_t forceContinue, int32_t* exitCode);
 
-/* The same with two values that KELUtils passes through from its caller. */
+/** Runs the immediate update with two values that KELUtils passes through from its caller.
+ *
+ * @param forceContinue  0 on the first call, 1 on every repetition
+ * @param[out] exitCode  receives its exit code
+ * @param first          the first value
+ * @param second         the second value
+ * @return 0 when it ran
+ */
 int KE_SIBLING_CALL UpdateNowEx(int32_t forceContinue, int32_t* exitCode, uint32_t first, uint32_t second);
 
 /* Looked up but never called by KELUtils, and required (KE_UncalledFunction): DeliveryMsg, ContinueInstall,

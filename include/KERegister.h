@@ -1,4 +1,5 @@
-/* KERegister.dll: the registration module of a protection plug-in, for authors of one.
+/** @file
+ * KERegister.dll: the registration module of a protection plug-in, for authors of one.
  *
  * KELUtils loads it from the plug-in's directory and frees it after the call.
  */
@@ -11,7 +12,10 @@
 extern "C" {
 #endif
 
-/* Registers the plug-in again; the result is ignored. */
+/** Registers the plug-in again.
+ *
+ * @return ignored
+ */
 int KE_SIBLING_CALL KE_ReloadPlugins(void);
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-/* TvEvAPI.dll: the event module, for authors of one.
+/** @file
+ * TvEvAPI.dll: the event module, for authors of one.
  *
  * KELUtils loads it from the folder KELTVEVT beside its own directory, calls TEVT_StartAPI, makes one event call, calls
  * TEVT_StopAPI and frees it. Every function named here must be there. Several threads may do so at once.
@@ -12,24 +13,61 @@
 extern "C" {
 #endif
 
-/* What every event carries. The texts belong to the caller and are valid only during the call. */
+/** What every event carries. The texts belong to the caller and are valid only during the call. */
 typedef struct EventInfo {
-  uint32_t eventClass;
-  const char* computer;    /* name of the machine */
-  const char* product;     /* may be null */
-  uint32_t extra;          /* a value passed through */
-  const char* text;        /* may be null */
-  const char* description; /* may be null */
+  uint32_t eventClass;     /**< class of the event */
+  const char* computer;    /**< name of the machine */
+  const char* product;     /**< the product that reports; may be null */
+  uint32_t extra;          /**< a value passed through */
+  const char* text;        /**< may be null */
+  const char* description; /**< may be null */
 } EventInfo;
 
-/* Opens and closes the connection to the event service; 0 on success. */
+/** Opens the connection to the event service.
+ *
+ * @return 0 on success
+ */
 int KE_SIBLING_CALL TEVT_StartAPI(void);
+
+/** Closes the connection to the event service.
+ *
+ * @return ignored
+ */
 int KE_SIBLING_CALL TEVT_StopAPI(void);
 
-/* The event calls: 0 when the event was queued. */
+/** The state of a scan.
+ *
+ * @param info    what every event carries
+ * @param text    always "Unknown"
+ * @param status  of the scan
+ * @param taskId  of the scan; may be null
+ * @return 0 when the event was queued
+ */
 int KE_SIBLING_CALL TEVT_ScanState(const EventInfo* info, const char* text, int32_t status, const char* taskId);
+
+/** A forced restart of the computer.
+ *
+ * @param info  what every event carries
+ * @param text  always "0"
+ * @return 0 when the event was queued
+ */
 int KE_SIBLING_CALL TEVT_RebootForced(const EventInfo* info, const char* text);
+
+/** An installation or uninstallation.
+ *
+ * @param info  what every event carries
+ * @param flag  always 1: the agent is about to be uninstalled
+ * @return 0 when the event was queued
+ */
 int KE_SIBLING_CALL TEVT_Install(const EventInfo* info, int32_t flag);
+
+/** An error of the agent.
+ *
+ * @param info        what every event carries
+ * @param source      of the error, passed through
+ * @param identifier  such as "KEAGENT-403"
+ * @return 0 when the event was queued
+ */
 int KE_SIBLING_CALL TEVT_ErrorEvent(const EventInfo* info, uint32_t source, const char* identifier);
 
 /* Looked up but never called by KELUtils, and required (KE_UncalledFunction): TEVT_ProtectionState,

@@ -1,4 +1,5 @@
-/* TvLogSys.dll: the trace library, for authors of one.
+/** @file
+ * TvLogSys.dll: the trace library, for authors of one.
  *
  * KELUtils loads it from the product's Common folder at the start of every export and frees it at the end. All six
  * functions must be there. Calls of LogSys_DumpLogFile and LogSys_DumpLogDebugMsg come from any thread, several at
@@ -14,31 +15,62 @@ extern "C" {
 #endif
 
 #pragma pack(push, 1)
-/* Where and how much to write to a log file: 276 bytes. */
+/** Where and how much to write to a log file: 276 bytes. */
 typedef struct LogFileSettings {
-  uint32_t level;       /* lines of a higher level are not wanted; level 0 lines always are */
-  char path[260];       /* the log file, zero-terminated */
-  uint32_t maximumSize; /* bytes */
-  uint32_t optionA;     /* always 1 */
-  uint32_t optionB;     /* always 1 */
+  uint32_t level;       /**< lines of a higher level are not wanted; level 0 lines always are */
+  char path[260];       /**< the log file, zero-terminated */
+  uint32_t maximumSize; /**< in bytes */
+  uint32_t optionA;     /**< always 1 */
+  uint32_t optionB;     /**< always 1 */
 } LogFileSettings;
 #pragma pack(pop)
 
-/* Opens a log: stores a handle, which is never 0, and returns 0; any other result is a failure. */
+/** Opens a log.
+ *
+ * @param[out] handle  receives a handle, which is never 0
+ * @return 0 on success
+ */
 int KE_SIBLING_CALL LogSys_InitializeLogSystem(uint32_t* handle);
 
-/* Closes a log. The handle may still be passed to the dump functions afterwards, which then do nothing. */
+/** Closes a log. The handle may still be passed to the dump functions afterwards, which then do nothing.
+ *
+ * @param handle  of the log
+ * @return ignored
+ */
 int KE_SIBLING_CALL LogSys_FinalizeLogSystem(uint32_t handle);
 
-/* Sets the log file of an open log; 0 on success. The record is copied. */
+/** Sets the log file of an open log.
+ *
+ * @param handle    of the log
+ * @param settings  the file; copied
+ * @return 0 on success
+ */
 int KE_SIBLING_CALL LogSys_ConfigureLogFile(uint32_t handle, const LogFileSettings* settings);
 
-/* Switches output to the debugger on for an open log, for lines of at most the given level; 0 on success. */
+/** Switches output to the debugger on for an open log.
+ *
+ * @param handle  of the log
+ * @param level   lines of a higher level are not wanted
+ * @return 0 on success
+ */
 int KE_SIBLING_CALL LogSys_ConfigureLogDebugMsg(uint32_t handle, const uint32_t* level);
 
-/* Formats one line as printf does and writes it to the log file, or to the debugger. The format brings its own line
- * end. */
+/** Formats one line as printf does and writes it to the log file.
+ *
+ * @param handle  of the log
+ * @param level   of the line
+ * @param format  of the line, as for printf; it brings its own line end
+ * @return ignored
+ */
 int KE_SIBLING_CALL LogSys_DumpLogFile(uint32_t handle, uint32_t level, const char* format, ...);
+
+/** Formats one line as printf does and writes it to the debugger.
+ *
+ * @param handle  of the log
+ * @param level   of the line
+ * @param format  of the line, as for printf; it brings its own line end
+ * @return ignored
+ */
 int KE_SIBLING_CALL LogSys_DumpLogDebugMsg(uint32_t handle, uint32_t level, const char* format, ...);
 
 #ifdef __cplusplus

@@ -14,6 +14,7 @@ packages=(
   doctest-dev libcli11-dev nlohmann-json3-dev      # header-only libraries of the tests, kelctl and zumat
   libssl-dev                                       # an independent base64 codec for the native tests
   clang-format clang-tidy cppcheck shellcheck      # the checks of the tree
+  doxygen                                          # the reference of the headers
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
