@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Compiles every public header of the build by itself, as C89 and as C++11, for Windows and for this machine; and compares the type of
-# each export in KELUtils.h with its declaration.
+# Compiles every public header of the build by itself, as C89 and as C++11, for Windows and for this machine; compares the type of each
+# export in KELUtils.h with its declaration; and compiles the program in README.md.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -29,4 +29,9 @@ exports=$(sed -n 's/^  \(KE_[A-Za-z0-9_]*\)@[0-9]*.*/\1/p' src/KELUtils.def)
   printf '#include <type_traits>\n#include "KELUtils.h"\n'
   for name in $exports; do echo "static_assert(std::is_same<${name}_t, decltype(&${name})>::value, \"$name\");"; done
 } | as_cpp "the types of the exports" i686-w64-mingw32-g++-win32
+
+# The program that README.md begins with.
+sed -n '/^```c$/,/^```$/{/^```/!p}' README.md >build/readme-program.c
+grep -q 'int main' build/readme-program.c || { echo "README.md has no program"; bad=1; }
+as_c "the program in README.md" i686-w64-mingw32-gcc-win32 <build/readme-program.c
 exit $bad

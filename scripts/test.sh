@@ -85,6 +85,8 @@ rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*   # what a DLL in use kept 
 step "the demo" quietly demo scripts/demo.sh
 step "exports and imports of the DLL" scripts/check_dll.sh
 step "the public headers" scripts/check_headers.sh
+step "the reference of the headers" quietly reference scripts/reference.sh
+step "the documents" scripts/check_documents.sh
 step "the package, made twice" quietly package scripts/check_package.sh --quick
 step "the samples, built with the package" quietly samples scripts/check_samples.sh
 if [ "${1:-}" = --fuzz ]; then
