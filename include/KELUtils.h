@@ -116,6 +116,9 @@ typedef struct KE_TIME {
  * } while (result == KE_BUFFER_TOO_SMALL && size < 65536);
  * @endcode
  *
+ * A setter first looks for the certificate, as KE_GetCertificate() does, so that a damaged store is repaired before it
+ * is changed. Without ApiCr.dll a store in plain text is changed too, and written in plain text, with KE_SUCCESS.
+ *
  * Threads: accessors of the store may run at the same time, in any number of threads: each one sees or leaves a whole
  * value. A change of another process is seen by the next call.
  * @{ */
@@ -887,6 +890,9 @@ KE_RESULT KE_API KE_LaunchKEPWInst(void);
  * A job names the program that the scheduler starts, such as "KEPLPMNG" for the plug-in manager, the module that runs
  * under it and the module's arguments; null texts are empty. Its task ID, a positive number, names it for later
  * changes. No text may contain a double quote: nothing is escaped.
+ *
+ * A periodic job is added and then edited with the same clauses, so that it is there whether or not its task ID was.
+ * Only the result of the edit counts.
  *
  * Threads: nothing is locked. Calls at the same time start schedulers at the same time, which take turns by themselves.
  * @{ */
