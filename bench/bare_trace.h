@@ -8,8 +8,8 @@
 
 namespace bench {
 
-/// The settings are read, the trace library is loaded, bound and set up, lines are written, and all is undone at the end. Without
-/// the library it is looked for in its two places, and lines end before it.
+/// The settings are read, the trace library is loaded, bound and set up, lines are written, and all is undone at the
+/// end. Without the library it is looked for in its two places, and lines end before it.
 class BareTrace {
  public:
   /// `directory` is that of KELUtils.dll.

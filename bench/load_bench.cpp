@@ -1,5 +1,5 @@
-// Loading and unloading the library, beside a DLL of the same size that does nothing; the size of the library; and the memory of a
-// process that has it loaded.
+// Loading and unloading the library, beside a DLL of the same size that does nothing; the size of the library; and the
+// memory of a process that has it loaded.
 #include <windows.h>
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks what the documents say against the tree: result codes, exports, the names of tests, links to files and headings.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
 bad=0
 complain() { echo "$1"; bad=1; }
 # compare WHAT LEFT RIGHT: two lists, which have to be the same and not empty.

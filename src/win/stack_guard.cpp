@@ -1,6 +1,6 @@
-// The stack protector's number and its end, in place of those of GCC's libssp: that one asks a cryptographic provider for
-// the number, and so loads two modules of Windows into the host with every load of the DLL. Linked into every DLL of the
-// project. Other compilers bring their own.
+// The stack protector's number and its end, in place of those of GCC's libssp: that one asks a cryptographic provider
+// for the number, and so loads two modules of Windows into the host with every load of the DLL. Linked into every DLL
+// of the project. Other compilers bring their own.
 #if defined(__MINGW32__)
 
 #include <windows.h>
@@ -11,8 +11,8 @@
 
 extern "C" {
 
-// What functions put between their arrays and their return address, and compare at their end. The value here counts until
-// the DLL is attached, before any function with an array runs.
+// What functions put between their arrays and their return address, and compare at their end. The value here counts
+// until the DLL is attached, before any function with an array runs.
 std::uintptr_t __stack_chk_guard = 0xff0a0d00;
 
 // A stack that was overwritten is not unwound: the process ends at once (FAST_FAIL_STACK_COOKIE_CHECK_FAILURE).

@@ -16,8 +16,8 @@ enum ExitCode {
   kRefused = 4,          // nothing was changed: it would have lost something
 };
 
-/// Runs one command line, given without the program's name, and returns the exit code. The session has the streams and what is
-/// known of the console.
+/// Runs one command line, given without the program's name, and returns the exit code. The session has the streams and
+/// what is known of the console.
 int RunCommandLine(std::vector<std::string> arguments, Session session);
 
 }  // namespace kelctl

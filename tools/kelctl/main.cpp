@@ -20,8 +20,8 @@ class Utf8Console {
   UINT before_;
 };
 
-// Whether colours may be shown: on a console that understands their sequences, from Windows 10 on, unless the user wants
-// none (https://no-color.org).
+// Whether colours may be shown: on a console that understands their sequences, from Windows 10 on, unless the user
+// wants none (https://no-color.org).
 bool WantsColours() {
   const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
   DWORD mode = 0;

@@ -59,8 +59,8 @@ void ListFolder(const std::string& folder, nlohmann::ordered_json& list) {
   } while (list.size() < kMostFiles && FindNextFileW(search.Get(), &found));
 }
 
-// The files in the folders of the library, the shared components, the siblings and the settings files, without their own
-// subfolders.
+// The files in the folders of the library, the shared components, the siblings and the settings files, without their
+// own subfolders.
 nlohmann::ordered_json ListFiles(const Product& product) {
   std::vector<std::string> folders = {"", "Common", "KESAgent", "Scheduler", "KesLpmng", "KepWInst"};
   for (const ProductFile& file : product.SettingsFiles()) {

@@ -9,17 +9,18 @@
 
 namespace kelctl {
 
-/// True when a key, a section or an option of that name holds a secret: password, certificate, key, token and the like are in it.
+/// True when a key, a section or an option of that name holds a secret: password, certificate, key, token and the like
+/// are in it.
 bool NamesSecret(std::string_view name);
 
 /// Replaces secrets by a mask. What it takes for one:
 /// - every text that it was told is one;
-/// - what follows a name of a secret and "=", ":", a bracket or, for an option of a command line, a blank, to the end of
-///   the line;
-/// - a run of 20 or more characters of base64 with a digit or sign in it, or of 40 without: certificates, key blobs and
-///   enciphered settings look like that.
-/// It rather takes too much than too little, and no more than that: a secret that it was not told of, and that stands in
-/// the middle of other text, stays.
+/// - what follows a name of a secret and "=", ":", a bracket or, for an option of a command line, a blank, to the end
+///   of the line;
+/// - a run of 20 or more characters of base64 with a digit or sign in it, or of 40 without: certificates, key blobs
+///   and enciphered settings look like that.
+/// It rather takes too much than too little, and no more than that: a secret that it was not told of, and that stands
+/// in the middle of other text, stays.
 class Redactor {
  public:
   /// Texts of fewer than 3 bytes are not taken out: they are in any text.

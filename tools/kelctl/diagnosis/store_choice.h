@@ -1,5 +1,5 @@
-// Which of the store's three files the library works with, told from what is in them, without asking it: a reading through
-// its exports repairs.
+// Which of the store's three files the library works with, told from what is in them, without asking it: a reading
+// through its exports repairs.
 #pragma once
 
 #include <cstddef>

@@ -16,8 +16,8 @@ struct TraceRecord {
   std::string module, function;
   std::string description;  // without its quotes
 
-  /// True for a failure: every record of level 0, and those of level 20, which is also that of details, whose first line
-  /// says that something failed or was repaired.
+  /// True for a failure: every record of level 0, and those of level 20, which is also that of details, whose first
+  /// line says that something failed or was repaired.
   bool IsError() const;
 };
 
