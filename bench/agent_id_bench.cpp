@@ -24,7 +24,7 @@ class BareStore {
     trace_.Open();
     trace_.Line("KE_GetAgentID", "Function start");
     trace_.Line("ReadIntegraDat", "Function start");
-    GetFileAttributesA(start_.c_str());
+    found_ = GetFileAttributesA(start_.c_str()) != INVALID_FILE_ATTRIBUTES;
     WIN32_FILE_ATTRIBUTE_DATA status;
     GetFileAttributesExA(live_.c_str(), GetFileExInfoStandard, &status);
     trace_.Line("ReadIntegraDat", "Function end. Return code (0)");
@@ -35,6 +35,7 @@ class BareStore {
  private:
   bench::BareTrace trace_;
   std::string live_, start_;
+  bool found_ = false;
 };
 
 bool MeasureReading(const bench::StoreTree& tree, const char* traced) {

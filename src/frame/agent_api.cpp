@@ -66,6 +66,7 @@ bool FreeAgentApi() noexcept {
 
 unsigned OpenAgentApi() {
   const std::string directory = GetModuleDirectory();
+  if (directory.empty()) return kAgentModuleNotLoaded;  // nothing is looked for at the root of the current drive
   const bool loaded = LoadAgentApi(CommonFolder(directory).c_str()) || LoadAgentApi(OwnFolder(directory).c_str());
   return loaded ? 0 : kAgentModuleNotLoaded;
 }

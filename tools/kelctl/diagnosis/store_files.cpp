@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <algorithm>
+
 #include "code_page.h"
 #include "diagnosis/log_file.h"
 #include "errors.h"
@@ -20,7 +22,7 @@ void AddForms(Redactor& redactor, const std::string& secret) {
   // Most secrets are settings; what is none deciphers to noise or not at all.
   std::string plain = secret + std::string(4, '\0');
   if (store::DecryptSetting(plain.data(), static_cast<std::int32_t>(plain.size())) != KE_SUCCESS) return;
-  plain = plain.c_str();
+  plain.resize(std::min(plain.find('\0'), plain.size()));
   redactor.AddSecret(plain);
   try {
     redactor.AddSecret(CodePageFromUtf8(plain));

@@ -12,7 +12,7 @@ constexpr std::uint16_t kVersionMadeBy = 20, kVersionNeeded = 10;  // 2.0 with f
 constexpr std::uint16_t kNamesAreUtf8 = 0x0800;
 constexpr std::uint16_t kStored = 0;
 
-constexpr std::array<std::uint32_t, 256> kCrcTable = [] {
+constexpr std::array<std::uint32_t, 256> MakeCrcTable() {
   std::array<std::uint32_t, 256> table{};
   for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
     std::uint32_t crc = byte;
@@ -20,7 +20,9 @@ constexpr std::array<std::uint32_t, 256> kCrcTable = [] {
     table[byte] = crc;
   }
   return table;
-}();
+}
+
+constexpr std::array<std::uint32_t, 256> kCrcTable = MakeCrcTable();
 
 // Numbers of the format are little-endian.
 void Put16(std::string& bytes, std::uint32_t number) {
