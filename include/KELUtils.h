@@ -119,6 +119,11 @@ typedef struct KE_TIME {
  * A setter first looks for the certificate, as KE_GetCertificate() does, so that a damaged store is repaired before it
  * is changed. Without ApiCr.dll a store in plain text is changed too, and written in plain text, with KE_SUCCESS.
  *
+ * A setter replaces the file in one step: a process that is ended at any moment leaves the old values or the new ones.
+ * Setters of several processes wait for each other, so that none loses the other's value; five seconds at most, before
+ * the integrity check and once more before the change. While another program holds a file open, a setter tries for a
+ * sixth of a second to replace it.
+ *
  * Threads: accessors of the store may run at the same time, in any number of threads: each one sees or leaves a whole
  * value. A change of another process is seen by the next call.
  * @{ */

@@ -133,7 +133,7 @@ KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
 
 KE_RESULT StoreText(const char* section, const char* key, const char* text) {
   CheckIntegrity();
-  return WithCurrentStore([&] { return ChangeValue(section, key, text); });
+  return ChangeCurrentStore([&] { return ChangeValue(section, key, text); });
 }
 
 KE_RESULT GetNumber(const char* exportName, const char* section, const char* key, std::int32_t* value) noexcept {
@@ -148,7 +148,7 @@ KE_RESULT GetNumber(const char* exportName, const char* section, const char* key
 
 KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward) {
   CheckIntegrity();
-  return WithCurrentStore([&]() -> KE_RESULT {
+  return ChangeCurrentStore([&]() -> KE_RESULT {
     if (onlyForward && state <= NumberOf("INSTALL", "State")) return KE_SUCCESS;
     return ChangeValue("INSTALL", "State", std::to_string(state));
   });

@@ -67,7 +67,9 @@ FileResult Write(const char* path, const IniStore& store, const char* function) 
   const win::FileHandle file = win::CreateForUpdate(path);
   if (!file) return kFileNotOpened;
   if (!content) return kFileDone;
-  WriteContent(file, *content, function);
+  const std::size_t written = win::Write(file, content->bytes.data(), content->bytes.size());
+  const bool whole = written == content->bytes.size() && win::Flush(file);
+  TraceWritten(*content, written, whole, function);
   return content->form == TextForm::kPlainAfterFailure ? kFileCipherFailed : kFileDone;
 }
 

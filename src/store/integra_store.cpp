@@ -10,7 +10,9 @@
 #include "frame/module.h"
 #include "frame/paths.h"
 #include "frame/trace.h"
+#include "store/durable_file.h"
 #include "store/store_file.h"
+#include "store/store_lock.h"
 #include "win/critical_section.h"
 #include "win/file.h"
 #include "win/profile.h"
@@ -66,7 +68,7 @@ void ResetPolicies(const StorePaths& paths) {
 // Copies a file over the live one. The stamp is forgotten, so that the copied content is read whatever its file times.
 bool CopyOverLive(const std::string& source, const StorePaths& paths) {
   IntegraFileStatus = {};
-  return win::CopyOver(source, paths.Live());
+  return ReplaceByCopy(source, paths.Live());
 }
 
 bool RepairFromStart(const StorePaths& paths) {
@@ -118,6 +120,7 @@ KE_RESULT RefreshStore(const StorePaths& paths, bool startExists) {
   win::FileStatus status = win::StatusOf(live);
   win::FileHandle source;
   if (!status.exists) {
+    if (!win::WasMissing()) return KE_STORE_UNUSABLE;  // it is there: nothing may take its place
     ReplaceStore(nullptr);
     if (!FindReplacement(paths, source)) return KE_STORE_UNUSABLE;
     if (!source) status = win::StatusOf(live);
@@ -143,7 +146,17 @@ bool RepairLoadedStore(const StorePaths& paths) {
   return true;
 }
 
+// True when the cached store is that of the file, and neither has anything to be repaired.
+bool StoreIsCurrent(const StorePaths& paths) {
+  if (IntegraStore == nullptr || !IntegraFileStatus.exists) return false;
+  const win::FileStatus status = win::StatusOf(paths.Live());
+  return status.exists && status.written == IntegraFileStatus.written &&
+         !(StoreIsDamaged() && win::Exists(paths.Start()));
+}
+
 KE_RESULT ReadUnderLock(const StorePaths& paths) {
+  if (StoreIsCurrent(paths)) return KE_SUCCESS;
+  const StoreLock lock;
   const bool startExists = win::Exists(paths.Start());
   const KE_RESULT result = RefreshStore(paths, startExists);
   if (result != KE_SUCCESS) return result;
@@ -152,18 +165,17 @@ KE_RESULT ReadUnderLock(const StorePaths& paths) {
   return KE_SUCCESS;
 }
 
-// What a file of the store holds.
-enum class FileState { kUnknown, kDamaged, kWhole };
+// What a file of the store holds. Untold: it is enciphered, and there is no crypto module.
+enum class FileState { kMissing, kUnreadable, kUntold, kDamaged, kWhole };
 
-// Unknown when it cannot be read, or there is no crypto module to tell.
 FileState StateOfFile(const std::string& path, const StorePaths& paths) {
   const win::FileHandle file = win::OpenForReading(path);
-  if (!file) return FileState::kUnknown;
+  if (!file) return win::WasMissing() ? FileState::kMissing : FileState::kUnreadable;
   auto content = ReadContent(file);
-  if (!content) return FileState::kUnknown;
+  if (!content) return FileState::kUnreadable;
   switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
     case Deciphering::kCryptoNotLoaded:
-      return FileState::kUnknown;
+      return FileState::kUntold;
     case Deciphering::kFailed:
       return FileState::kDamaged;
     case Deciphering::kDone:
@@ -174,25 +186,32 @@ FileState StateOfFile(const std::string& path, const StorePaths& paths) {
   return store.sections.size() >= kFewestSections ? FileState::kWhole : FileState::kDamaged;
 }
 
+// True for a file that is whole, or may be. Such a one is not to be replaced by a damaged one: it may be the last good
+// copy.
+bool IsPrecious(const std::string& path, const StorePaths& paths) {
+  const FileState state = StateOfFile(path, paths);
+  return state == FileState::kWhole || state == FileState::kUnreadable;
+}
+
 KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
   if (IntegraStore == nullptr) return KE_NOT_CREATED;
   std::string text = Serialise(*IntegraStore);
   Trace(kDetail, function, "writing integra.dat:\n%s\n", text.c_str());
-  // Everything that may throw comes before the file is emptied.
+  // Everything that may throw comes before the file is touched.
   const std::string live = paths.Live();
   const std::string backup = paths.Backup();
   const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), function);
   // Sections are never taken out of a store. One that has too few, while its backup has them all, has lost them by
   // damage: the backup is then the last good copy.
-  const bool keepBackup = StoreIsDamaged() && StateOfFile(backup, paths) == FileState::kWhole;
-  win::FileHandle file = win::CreateForUpdate(live);
-  if (!file) return KE_STORE_UNUSABLE;
-  const bool good = WriteContent(file, content, function);
-  file.Reset();
+  const bool keepBackup = StoreIsDamaged() && IsPrecious(backup, paths);
+  win::FileStatus like = IntegraFileStatus.exists ? IntegraFileStatus : win::StatusOf(live);
+  const Replaced replaced = ReplaceContent(live, content.bytes, like);
+  if (!replaced.opened) return KE_STORE_UNUSABLE;
+  TraceWritten(content, replaced.written, replaced.whole, function);
   if (content.form == TextForm::kPlainAfterFailure) return KE_CRYPTO_FAILED;
   if (keepBackup) {
     Trace(kDetail, function, "Integra.bak kept: integra.dat is damaged");
-  } else if (good && !win::CopyOver(live, backup)) {
+  } else if (like.written = 0; replaced.whole && !ReplaceContent(backup, content.bytes, like).whole) {
     Trace(kDetail, function, "Could not copy integra.dat. to integra.bak");
   }
   IntegraFileStatus = win::StatusOf(live);
@@ -216,6 +235,7 @@ KE_RESULT WithStoreLocked(const char* function, Operation operation) {
 
 KE_RESULT Restore(const char* function, std::string (StorePaths::*source)() const) {
   return WithStoreLocked(function, [&](const StorePaths& paths) -> KE_RESULT {
+    const StoreLock lock;
     if (!CopyOverLive((paths.*source)(), paths)) return KE_STORE_UNUSABLE;
     return ReadIntegraDat();
   });
@@ -237,7 +257,10 @@ KE_RESULT ReadIntegraDat() {
 }
 
 KE_RESULT WriteIntegraDat() {
-  return WithStoreLocked(__func__, [](const StorePaths& paths) { return WriteUnderLock(paths, "WriteIntegraDat"); });
+  return WithStoreLocked(__func__, [](const StorePaths& paths) {
+    const StoreLock lock;
+    return WriteUnderLock(paths, "WriteIntegraDat");
+  });
 }
 
 KE_RESULT RestoreIntegraDat() { return Restore(__func__, &StorePaths::Backup); }
@@ -246,11 +269,12 @@ KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start); 
 
 KE_RESULT KeepAsStartCopy() {
   return WithStoreLocked(__func__, [](const StorePaths& paths) -> KE_RESULT {
+    const StoreLock lock;
     const std::string live = paths.Live(), start = paths.Start();
-    if (StateOfFile(live, paths) == FileState::kDamaged && StateOfFile(start, paths) == FileState::kWhole) {
-      return KE_STORE_UNUSABLE;
-    }
-    return win::CopyOver(live, start) ? KE_SUCCESS : KE_STORE_UNUSABLE;
+    const FileState state = StateOfFile(live, paths);
+    const bool doubtful = state == FileState::kDamaged || state == FileState::kUnreadable;
+    if (doubtful && IsPrecious(start, paths)) return KE_STORE_UNUSABLE;
+    return ReplaceByCopy(live, start) ? KE_SUCCESS : KE_STORE_UNUSABLE;
   });
 }
 

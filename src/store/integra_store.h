@@ -5,6 +5,7 @@
 #include "KELUtils.h"
 #include "frame/module.h"
 #include "store/ini_store.h"
+#include "store/store_lock.h"
 #include "win/critical_section.h"
 
 namespace store {
@@ -18,14 +19,15 @@ extern IniStore* IntegraStore;
 /// backup when the file is missing. Missing both, it creates both empty. A store of fewer than four sections counts as
 /// damaged and is replaced by the start copy, where there is one.
 ///
-/// KE_SUCCESS; KE_NO_MODULE_DIRECTORY; KE_STORE_UNUSABLE when a file cannot be opened, read, created or copied;
+/// KE_SUCCESS; KE_NO_MODULE_DIRECTORY; KE_STORE_UNUSABLE when a file cannot be opened, read, created or copied, or
+/// nobody can tell whether the live one is there;
 /// KE_CRYPTO_NOT_LOADED or KE_CRYPTO_FAILED for an enciphered file, which then stays as it is. The cached store
 /// survives every failure, but not a missing file. Traces its start, end and errors. Exceptions are traced and passed
 /// on.
 KE_RESULT ReadIntegraDat();
 
-/// Writes the cached store to the file and copies the file to the backup, but never a damaged store over a whole
-/// backup. The text is written plain when it cannot be enciphered.
+/// Writes the cached store to the file and the same to the backup, but never a damaged store over a whole backup. Each
+/// file is replaced in one step (`ReplaceContent`). The text is written plain when it cannot be enciphered.
 ///
 /// KE_SUCCESS; KE_NOT_CREATED without a cached store; KE_NO_MODULE_DIRECTORY; KE_STORE_UNUSABLE when the file cannot be
 /// opened; KE_CRYPTO_FAILED when enciphering failed: the text was written plain and the backup not refreshed.
@@ -49,6 +51,16 @@ void CheckIntegrity();
 template <typename Work>
 KE_RESULT WithCurrentStore(Work work) {
   const win::Holding hold(frame::IntegraLock);
+  const KE_RESULT result = ReadIntegraDat();
+  return result == KE_SUCCESS ? work() : result;
+}
+
+/// The same for work that changes the store and writes it. From the reading to the writing no other process of this
+/// library changes the file, unless the lock between the processes cannot be had in time.
+template <typename Work>
+KE_RESULT ChangeCurrentStore(Work work) {
+  const win::Holding hold(frame::IntegraLock);
+  const StoreLock lock;
   const KE_RESULT result = ReadIntegraDat();
   return result == KE_SUCCESS ? work() : result;
 }

@@ -39,7 +39,7 @@ KE_RESULT Integrate(const KE_TIME& time) {
 }
 
 KE_RESULT DeIntegrate() {
-  return WithCurrentStore([]() -> KE_RESULT {
+  return ChangeCurrentStore([]() -> KE_RESULT {
     const KE_RESULT date = ClearValue("INTEGRATION", "Date");
     const KE_RESULT device = ClearValue("INTEGRATION", "DEVICEID");
     return date != KE_SUCCESS && device != KE_SUCCESS ? KE_STORE_UNUSABLE : KE_SUCCESS;

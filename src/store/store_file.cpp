@@ -1,5 +1,6 @@
 #include "store/store_file.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -41,27 +42,24 @@ PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const
     Trace(kDetail, function, "Could not load ApiCrFunctions");
     return {.bytes = std::move(text), .form = TextForm::kPlainWithoutCrypto};
   }
-  std::string blocks = text;
-  blocks.resize(PaddedLength(text.size()));
-  if (const auto error = EncryptBufferInPlace(blocks.data(), blocks.size(), kFileKeyBlob); error != 0) {
+  const std::size_t length = PaddedLength(text.size());
+  std::string content;
+  content.reserve(kMarker.size() + length);
+  content.append(kMarker).append(text).resize(kMarker.size() + length);
+  if (const auto error = EncryptBufferInPlace(content.data() + kMarker.size(), length, kFileKeyBlob); error != 0) {
     Trace(kDetail, function, "Could not Encrypt  file. Error code: %d", static_cast<int>(error));
     return {.bytes = std::move(text), .form = TextForm::kPlainAfterFailure};
   }
   Trace(kDetail, function, "File successfully encrypted");
-  return {.bytes = std::move(blocks), .form = TextForm::kEnciphered};
+  return {.bytes = std::move(content), .form = TextForm::kEnciphered};
 }
 
-bool WriteContent(const win::FileHandle& file, const PreparedContent& content, const char* function) {
+void TraceWritten(const PreparedContent& content, std::size_t written, bool whole, const char* function) {
   const bool enciphered = content.form == TextForm::kEnciphered;
-  const std::size_t length = content.bytes.size();
-  const bool marked = !enciphered || win::Write(file, kMarker.data(), kMarker.size()) == kMarker.size();
-  const std::size_t written = win::Write(file, content.bytes.data(), length);
-  const bool good = marked && written == length && win::Flush(file);
-  if (enciphered || good) {
-    Trace(kDetail, function, "Number of items to write: [%d]. Number of items written to file  [%d]",
-          static_cast<int>(length), static_cast<int>(written));
-  }
-  return good;
+  if (!enciphered && !whole) return;
+  const std::size_t marker = enciphered ? kMarker.size() : 0;
+  Trace(kDetail, function, "Number of items to write: [%d]. Number of items written to file  [%d]",
+        static_cast<int>(content.bytes.size() - marker), static_cast<int>(written - std::min(written, marker)));
 }
 
 }  // namespace store

@@ -2,6 +2,7 @@
 // share.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,7 +27,7 @@ enum class TextForm { kEnciphered, kPlainWithoutCrypto, kPlainAfterFailure };
 
 /// The content for a store's file, ready to be written.
 struct PreparedContent {
-  std::string bytes;  // enciphered blocks without the marker, or the plain text
+  std::string bytes;  // the marker and the enciphered blocks, or the plain text
   TextForm form;
 };
 
@@ -34,8 +35,8 @@ struct PreparedContent {
 /// done, the content is the plain text. Traces the outcome under `function`. Throws when memory runs out.
 PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const char* function);
 
-/// Writes the content, with its marker, into an empty file and hands it to the disk; traces the counts under
-/// `function`. True when everything was written.
-bool WriteContent(const win::FileHandle& file, const PreparedContent& content, const char* function);
+/// Traces under `function` how much of the content went out: `written` bytes of the file. Plain text is only traced
+/// when it is `whole`.
+void TraceWritten(const PreparedContent& content, std::size_t written, bool whole, const char* function);
 
 }  // namespace store

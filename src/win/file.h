@@ -11,10 +11,23 @@
 
 namespace win {
 
-/// Size and times of a file; times in the platform's 100-nanosecond units since 1601. All zero when the file is
-/// missing.
+/// The kinds of file calls, as a gate sees them.
+enum class FileCall { kStatus, kOpen, kSize, kResize, kRead, kWrite, kFlush, kTime, kMove, kDelete };
+
+/// Asked before each file call of this header, on the calling thread. False keeps the call from the platform and makes
+/// it fail, with the last-error value that the gate has set. `bytes` is what one step of reading or writing moves; the
+/// gate may make it less.
+using FileGate = bool (*)(FileCall call, unsigned long& bytes);
+
+/// Null in the product. Tests put a gate of their own here, to count, to fail or to end the process at any call;
+/// nothing else changes it.
+extern FileGate g_fileGate;
+
+/// Attributes, size and times of a file; times in the platform's 100-nanosecond units since 1601. All zero when the
+/// file is missing.
 struct FileStatus {
   bool exists = false;
+  unsigned long attributes = 0;
   std::uint64_t size = 0;
   std::uint64_t created = 0;
   std::uint64_t accessed = 0;
@@ -22,6 +35,12 @@ struct FileStatus {
 };
 
 FileStatus StatusOf(const std::string& path) noexcept;
+
+/// True when the last-error value, left by a failed call of this header, says that there is no such file or folder.
+bool WasMissing() noexcept;
+
+/// The clock of the file times.
+std::uint64_t Now() noexcept;
 
 /// True when a file or folder of that name exists.
 bool Exists(const std::string& path) noexcept;
@@ -39,6 +58,14 @@ FileHandle OpenForReading(const std::string& path) noexcept;
 /// hidden files too, and keeps their attributes.
 FileHandle CreateForUpdate(const std::string& path) noexcept;
 
+/// Opens a file as it is for reading and writing, creating it empty when it is missing. After a success the last-error
+/// value is ERROR_ALREADY_EXISTS for one that was there.
+FileHandle OpenOrCreate(const std::string& path) noexcept;
+
+/// Creates a file that is to take the place of `target`: empty, held by this caller alone, with the given attributes
+/// and, where the target exists, its access rights. One of that name, left by a process that was killed, is removed.
+FileHandle CreateReplacement(const std::string& path, const std::string& target, unsigned long attributes) noexcept;
+
 /// Creates the file empty when it is missing, and never touches one that exists meanwhile; true when there is a file
 /// that can be opened for update.
 bool CreateMissing(const std::string& path) noexcept;
@@ -55,8 +82,16 @@ std::size_t Write(const FileHandle& file, const void* data, std::size_t size) no
 /// Hands what was written to the disk; true on success.
 bool Flush(const FileHandle& file) noexcept;
 
-/// Copies a file over another one, replacing it; true on success. The copy is writable even when its source is
-/// read-only.
-bool CopyOver(const std::string& source, const std::string& target) noexcept;
+/// Cuts the file, or grows it by zero bytes, and goes back to its beginning; true on success.
+bool Resize(const FileHandle& file, std::uint64_t size) noexcept;
+
+/// Sets the last-write time; true on success.
+bool SetWritten(const FileHandle& file, std::uint64_t time) noexcept;
+
+/// Gives a file the name `target` in one step, replacing the file of that name: whoever opens `target` finds the one or
+/// the other. Returns when the disk has it. False when anything is open elsewhere.
+bool PutInPlace(const std::string& path, const std::string& target) noexcept;
+
+void Remove(const std::string& path) noexcept;
 
 }  // namespace win

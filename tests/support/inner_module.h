@@ -10,7 +10,8 @@ namespace support {
 /// Attaches the inner pieces to the KELUtils.dll of a tree for the scope: its folder is the module directory, and the
 /// lock exists.
 struct InnerModule {
-  explicit InnerModule(const ProductTree& tree) : anchor(tree.Path("KELUtils/KELUtils.dll")) {
+  explicit InnerModule(const ProductTree& tree) : InnerModule(tree.Path("KELUtils/KELUtils.dll")) {}
+  explicit InnerModule(const std::filesystem::path& dll) : anchor(dll) {
     frame::IntegraLock.Create();
     frame::AttachModule(anchor.Handle());
   }
