@@ -5,14 +5,16 @@
 #include <string>
 
 #include "exports/store_tree.h"
+#include "support/tally.h"
 
 using support::LoadedDll;
 using support::LockedFile;
 
 namespace {
 
-enum State { kGood, kMissing, kEmpty, kCut, kGarbage, kOtherKey, kLocked, kStates };
-constexpr const char* kStateNames[] = {"good", "missing", "empty", "cut", "garbage", "other key", "locked"};
+enum State { kGood, kMissing, kEmpty, kCut, kZeroFilled, kBitFlipped, kOtherKey, kLocked, kStates };
+constexpr const char* kStateNames[] = {"good",        "missing",     "empty",     "cut",
+                                       "zero-filled", "bit-flipped", "other key", "locked"};
 
 // Brings one file of the store into a state; a good one carries the identifier `id`. Gives the lock of a locked one.
 std::unique_ptr<LockedFile> Prepare(const StoreTree& tree, const char* file, State state, const char* id) {
@@ -20,7 +22,9 @@ std::unique_ptr<LockedFile> Prepare(const StoreTree& tree, const char* file, Sta
   std::string content = FakeEnciphered(WholeStore(id));
   if (state == kEmpty) content.clear();
   if (state == kCut) content.resize(content.size() / 2);
-  if (state == kGarbage) content = std::string(600, '\xA7');
+  if (state == kZeroFilled) content.assign(content.size(), '\0');
+  if (state == kBitFlipped)
+    content[4] ^= 1;  // in the first section's bracket: a format without a checksum shows no other
   if (state == kOtherKey) {
     for (size_t i = 4; i < content.size(); ++i) content[i] = static_cast<char>(content[i] * 7 + 0x80 + i % 5);
   }
@@ -50,15 +54,17 @@ struct Combination {
   std::unique_ptr<LockedFile> locks[3];
 };
 
+// Runs a case for all 512 combinations; it tells whether what it has checked was right.
 template <typename Case>
-void ForEveryCombination(Case run) {
+void ForEveryCombination(const char* name, Case run) {
   const StoreTree tree;
+  support::Tally tally(name);
   for (int live = 0; live < kStates; ++live) {
     for (int backup = 0; backup < kStates; ++backup) {
       for (int start = 0; start < kStates; ++start) {
-        INFO("live, backup, start: ", std::string(kStateNames[live]), ", ", std::string(kStateNames[backup]), ", ",
-             std::string(kStateNames[start]));
-        run(tree, static_cast<State>(live), static_cast<State>(backup), static_cast<State>(start));
+        const std::string files = std::string("live, backup, start: ") + kStateNames[live] + ", " +
+                                  kStateNames[backup] + ", " + kStateNames[start];
+        tally.Case(run(tree, static_cast<State>(live), static_cast<State>(backup), static_cast<State>(start)), files);
       }
     }
   }
@@ -67,21 +73,22 @@ void ForEveryCombination(Case run) {
 }  // namespace
 
 TEST_CASE("damage: a getter finds the identity wherever it still is, and no good copy is overwritten") {
-  ForEveryCombination([](const StoreTree& tree, State live, State backup, State start) {
+  ForEveryCombination("damaged files, a getter", [](const StoreTree& tree, State live, State backup, State start) {
+    bool right = true;
     {
       const Combination files(tree, live, backup, start);
       const LoadedDll dll = tree.Load();
-      CHECK(AgentId(dll) == Expected(live, backup, start));
-      CHECK(AgentId(dll) == Expected(live, backup, start));
+      for (int i = 0; i < 2; ++i) right &= AgentId(dll) == Expected(live, backup, start);
     }
-    if (live == kGood) CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
-    if (backup == kGood) CHECK(tree.Text("INTEGRA.BAK") == WholeStore("backup"));
-    if (start == kGood) CHECK(tree.Text("INTEGRA.START") == WholeStore("start"));
+    if (live == kGood) right &= tree.Text("INTEGRA.DAT") == WholeStore("live");
+    if (backup == kGood) right &= tree.Text("INTEGRA.BAK") == WholeStore("backup");
+    if (start == kGood) right &= tree.Text("INTEGRA.START") == WholeStore("start");
+    return right;
   });
 }
 
 TEST_CASE("damage: a setter first repairs, then keeps the identity, and leaves the start copy alone") {
-  ForEveryCombination([](const StoreTree& tree, State live, State backup, State start) {
+  ForEveryCombination("damaged files, a setter", [](const StoreTree& tree, State live, State backup, State start) {
     const std::string expected = Expected(live, backup, start);
     Prepare(tree, "INTEGRA.START", start, "start");
     const std::string startBefore = support::ReadFile(tree.tree.Store("INTEGRA.START"));
@@ -90,15 +97,13 @@ TEST_CASE("damage: a setter first repairs, then keeps the identity, and leaves t
       const Combination files(tree, live, backup, start);
       result = CALL(tree.Load(), KE_SetServerDate)("2024-03-05");
     }
-    CHECK(support::ReadFile(tree.tree.Store("INTEGRA.START")) == startBefore);
+    if (support::ReadFile(tree.tree.Store("INTEGRA.START")) != startBefore) return false;
     if (expected.front() != '(') {
-      CHECK(result == KE_SUCCESS);
-      CHECK(tree.Text("INTEGRA.DAT").find("ServerDate=2024-03-05\r\n") != std::string::npos);
-      CHECK(AgentId(tree.Load()) == expected);
-    } else if (result != KE_SUCCESS) {
-      CHECK(result == KE_STORE_UNUSABLE);
-      if (backup == kGood) CHECK(tree.Text("INTEGRA.BAK") == WholeStore("backup"));
+      return result == KE_SUCCESS && tree.Text("INTEGRA.DAT").find("ServerDate=2024-03-05\r\n") != std::string::npos &&
+             AgentId(tree.Load()) == expected;
     }
+    return result == KE_SUCCESS ||
+           (result == KE_STORE_UNUSABLE && (backup != kGood || tree.Text("INTEGRA.BAK") == WholeStore("backup")));
   });
 }
 

@@ -43,7 +43,7 @@ inline std::string WholeStore(const std::string& agentId) {
 
 /// The agent identifier, or the result code in brackets.
 inline std::string AgentId(const support::LoadedDll& dll) {
-  char buffer[256] = "untouched";
+  char buffer[8192] = "untouched";
   const KE_RESULT result = CALL(dll, KE_GetAgentID)(buffer, sizeof buffer);
   return result == KE_SUCCESS ? buffer : "(" + std::to_string(result) + ")";
 }

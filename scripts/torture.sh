@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# The long form of the endurance tests: kills at every file call and at 1,000 moments, every file call failing, every combination of
+# damaged files, four processes of four threads on one store. Prints one line for each test; exit 1 when one fails. It takes some minutes,
+# and half an hour at most.
+set -uo pipefail
+cd "$(dirname "$0")/.." || exit 1
+. scripts/wine.sh
+
+output=build/torture-output.txt
+bad=0
+
+# run PROGRAM ARGUMENTS...: prints its summary lines; and all that it said when it failed.
+run() {
+  local program=build/release/tests/$1
+  shift
+  timeout --kill-after=10 900 "$wine_bin/wine64" "$program" "$@" >"$output" 2>&1
+  local status=$?
+  sed -n 's/^torture: \(.*\)/\1/p' "$output" | tr -d '\r'
+  [ $status -eq 0 ] && return
+  bad=1
+  cat "$output"
+  [ $status -ne 124 ] || echo "$program hung and was ended after 900 seconds"
+}
+
+scripts/build.sh >build/build-release.txt 2>&1 || { cat build/build-release.txt; exit 1; }
+trap wine_stop EXIT
+wine_start || exit 1
+export KELUTILS_TORTURE=long
+run torture_tests.exe
+run export_tests.exe --test-case='damage:*'
+rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*
+[ $bad -eq 0 ] && echo "all held" || echo "something failed"
+exit $bad

@@ -1,0 +1,128 @@
+// Many processes and threads at work on one store.
+#include <windows.h>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "store/accessors.h"
+#include "torture/scenes.h"
+
+using torture::Child;
+using torture::Value;
+
+namespace {
+
+constexpr int kProcesses = 4, kThreads = 4, kLast = 1000000;
+
+int Operations() { return torture::IsLong() ? 2000 : 30; }
+
+std::string Key(int process, int thread) { return "K" + std::to_string(process) + "_" + std::to_string(thread); }
+
+std::atomic<int> g_refused = 0, g_torn = 0, g_lost = 0;
+std::atomic<DWORD> g_longest = 0;  // milliseconds of one operation
+
+std::string Current(const std::string& key) {
+  std::string value;
+  const KE_RESULT result = store::WithCurrentStore([&]() -> KE_RESULT {
+    if (const std::string* found = store::FindValue("INTEGRATION", key.c_str())) value = *found;
+    return KE_SUCCESS;
+  });
+  g_refused += result != KE_SUCCESS;
+  return value;
+}
+
+struct Worker {
+  int process, thread;
+
+  void Run() const {
+    const std::string mine = Key(process, thread);
+    unsigned chance = static_cast<unsigned>(process * 100 + thread + 1);
+    int n = 0;
+    for (int i = 0; i < Operations(); ++i) {
+      chance = chance * 1103515245 + 12345;
+      const unsigned what = chance >> 16;
+      const DWORD begin = GetTickCount();
+      if (what % 8 == 0) {
+        g_refused += store::RestoreIntegraDat() != KE_SUCCESS;
+      } else if (what % 2 == 0) {
+        const std::string other = Key(static_cast<int>(what / 8 % kProcesses), static_cast<int>(what / 64 % kThreads));
+        const std::string value = Current(other);
+        g_torn += value != Value(other, std::atoi(value.c_str()));
+      } else {
+        g_lost += Current(mine) != Value(mine, n);  // nobody else sets it
+        g_refused += KE_SetPropertyInIntegra(mine.c_str(), Value(mine, ++n).c_str()) != KE_SUCCESS;
+      }
+      g_longest = std::max(g_longest.load(), GetTickCount() - begin);
+    }
+    g_refused += KE_SetPropertyInIntegra(mine.c_str(), Value(mine, kLast).c_str()) != KE_SUCCESS;
+  }
+};
+
+DWORD WINAPI RunWorker(void* worker) {
+  static_cast<const Worker*>(worker)->Run();
+  return 0;
+}
+
+}  // namespace
+
+TEST_CASE("many at once: processes and threads get, set and restore; no value is torn, and none is lost") {
+  support::Tally tally("many at once");
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("crowd"));
+  std::vector<std::unique_ptr<Child>> children;
+  for (int i = 0; i < kProcesses; ++i) {
+    children.push_back(std::make_unique<Child>("child: one of a crowd", tree.tree, i));
+  }
+  for (const auto& child : children) tally.Case(child->End(600000) == 0, "a process of the crowd");
+  const std::string text = tree.Text("INTEGRA.DAT");
+  for (int i = 0; i < kProcesses * kThreads; ++i) {
+    const std::string key = Key(i / kThreads, i % kThreads);
+    tally.Case(text.find(key + "=" + Value(key, kLast) + "\r\n") != std::string::npos, "the last value of " + key);
+  }
+  CHECK(tree.Text("INTEGRA.BAK") == text);
+  tally.note = " (4 processes of 4 threads, " + std::to_string(Operations()) + " operations each)";
+}
+
+TEST_CASE("child: one of a crowd" * doctest::skip()) {
+  const torture::ToldModule module;
+  Worker workers[kThreads];
+  HANDLE threads[kThreads];
+  for (int i = 0; i < kThreads; ++i) {
+    workers[i] = {module.first, i};
+    threads[i] = CreateThread(nullptr, 0, RunWorker, &workers[i], 0, nullptr);
+  }
+  CHECK(WaitForMultipleObjects(kThreads, threads, TRUE, 600000) == WAIT_OBJECT_0);
+  for (const HANDLE thread : threads) CloseHandle(thread);
+  std::printf("torture:   process %d: longest operation %lu ms\n", module.first, g_longest.load());
+  CHECK(g_refused == 0);
+  CHECK(g_torn == 0);
+  CHECK(g_lost == 0);
+}
+
+TEST_CASE("a process that hangs inside a write holds up the others for seconds, not for good") {
+  if (!torture::IsLong()) return;
+  support::Tally tally("beside a process that hangs");
+  const StoreTree tree;
+  torture::Prepare(tree, torture::Scenes()[0]);
+  const Child child("child: hangs inside a write", tree.tree);
+  const auto hung = tree.tree.Store("INTEGRA.DAT.NEW");
+  for (int i = 0; i < 1000 && !std::filesystem::exists(hung); ++i) Sleep(10);
+  REQUIRE(std::filesystem::exists(hung));
+  const support::LoadedDll dll = tree.Load();
+  const DWORD begin = GetTickCount();
+  const bool set = CALL(dll, KE_SetAgentID)(torture::kNew.c_str()) == KE_SUCCESS;
+  const DWORD waited = GetTickCount() - begin;
+  tally.Case(set && AgentId(tree.Load()) == torture::kNew && waited < 20000,
+             "waited " + std::to_string(waited) + " ms");
+  tally.note = ", " + std::to_string(waited) + " ms";
+}
+
+TEST_CASE("child: hangs inside a write" * doctest::skip()) {
+  const torture::ToldModule module;
+  win::g_fileGate = [](win::FileCall call, unsigned long&) {
+    if (call == win::FileCall::kWrite) Sleep(INFINITE);
+    return true;
+  };
+  torture::SetNew();
+}

@@ -1,0 +1,85 @@
+// File calls of the store fail: each in turn, once or from then on. The result tells what came of it, nothing leaks,
+// and the next process finds an identity.
+#include <windows.h>
+
+#include "support/handles.h"
+#include "torture/scenes.h"
+
+using torture::Gate;
+
+namespace {
+
+struct Fault {
+  const char* name;
+  Gate::Act act;
+  DWORD error;
+};
+
+constexpr Fault kFaults[] = {
+    {"denied once", Gate::kFailOnce, ERROR_ACCESS_DENIED},
+    {"shared once", Gate::kFailOnce, ERROR_SHARING_VIOLATION},
+    {"full once", Gate::kFailOnce, ERROR_DISK_FULL},
+    {"denied from then on", Gate::kFailFromThenOn, ERROR_ACCESS_DENIED},
+    {"shared from then on", Gate::kFailFromThenOn, ERROR_SHARING_VIOLATION},
+    {"full from then on", Gate::kFailFromThenOn, ERROR_DISK_FULL},
+    {"no room for any byte from then on", Gate::kFailWritesFromThenOn, ERROR_DISK_FULL},
+};
+
+}  // namespace
+
+TEST_CASE("every file call may fail: the result is right, nothing leaks, and the store can be read afterwards") {
+  const StoreTree tree;
+  const support::InnerModule module(tree.tree);
+  support::Tally tally("every file call fails");
+  DWORD handles = 0;
+  for (const torture::Scene& scene : torture::Scenes()) {
+    for (const Fault& fault : kFaults) {
+      bool reached = true;
+      for (int at = 1; reached && at < 200; ++at) {
+        torture::Prepare(tree, scene);
+        store::DropIntegraStore();
+        KE_RESULT result;
+        {
+          const Gate gate(fault.act, at, fault.error);
+          result = scene.call();
+          reached = Gate::Reached();
+        }
+        if (handles == 0) handles = support::OpenHandles();  // the first call binds the crypto module
+        const bool whole = torture::CopiesAreWhole(tree, scene);
+        const std::string id = AgentId(tree.Load());
+        // A write that was cut short for want of room is a success, and changes nothing.
+        const bool cut = fault.act == Gate::kFailWritesFromThenOn && id == scene.before;
+        const bool fits = result == KE_SUCCESS          ? id == scene.after || id == scene.also || cut
+                          : result == KE_STORE_UNUSABLE ? scene.Allows(id)
+                                                        : false;
+        tally.Case(whole && fits, std::string(scene.name) + ", call " + std::to_string(at) + " " + fault.name + ": " +
+                                      std::to_string(result) + " " + id.substr(0, 20));
+      }
+      CHECK_FALSE(reached);
+    }
+  }
+  CHECK(support::OpenHandles() <= handles);
+}
+
+TEST_CASE("files that others hold or leave: values are set all the same, and the attributes stay") {
+  enum State { kHeld, kFolder, kLeft };
+  const std::pair<const char*, State> rows[] = {
+      {"INTEGRA.DAT", kHeld}, {"INTEGRA.BAK", kHeld}, {"INTEGRA.DAT.NEW", kFolder}, {"INTEGRA.DAT.NEW", kLeft}};
+  for (const auto& [file, state] : rows) {
+    CAPTURE(std::string(file) + std::to_string(state));
+    const StoreTree tree;
+    const support::InnerModule module(tree.tree);
+    torture::Prepare(tree, torture::Scenes()[0]);
+    const auto path = tree.tree.Store(file), live = tree.tree.Store("INTEGRA.DAT");
+    SetFileAttributesW(live.c_str(), FILE_ATTRIBUTE_HIDDEN);
+    std::optional<support::LockedFile> held;
+    if (state == kHeld) held.emplace(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    if (state == kFolder) std::filesystem::create_directory(path);
+    if (state == kLeft) support::WriteFile(path, "half a store");
+    CHECK(torture::SetNew() == KE_SUCCESS);
+    held.reset();
+    for (const char* copy : {"INTEGRA.DAT", "INTEGRA.BAK"}) CHECK(tree.Text(copy) == WholeStore(torture::kNew));
+    CHECK((GetFileAttributesW(live.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
+    CHECK(std::filesystem::exists(tree.tree.Store("INTEGRA.DAT.NEW")) == (state == kFolder));
+  }
+}
