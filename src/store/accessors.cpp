@@ -1,8 +1,6 @@
 #include "store/accessors.h"
 
-#include <cstring>
 #include <string>
-#include <utility>
 
 #include "frame/decimal.h"
 #include "frame/export_call.h"
@@ -18,16 +16,16 @@ using frame::Export;
 using frame::ExportCall;
 
 // The value of a row; when it is missing, that of the backup and then of the start copy, which thereby become the live
-// store. Null when no copy holds one.
-const std::string* FindOrRestore(const TextGetter& row, const Export& self) {
-  if (const auto* value = FindValue(row.section, row.key)) return value;
+// store. None when no copy holds one.
+std::optional<std::string_view> FindOrRestore(const TextGetter& row, const Export& self) {
+  if (const auto value = FindValue(row.section, row.key)) return value;
   const bool fromBackup = RestoreIntegraDat() == KE_SUCCESS;
   if (fromBackup) {
-    if (const auto* value = FindValue(row.section, row.key)) return value;
+    if (const auto value = FindValue(row.section, row.key)) return value;
   }
   if (RestoreIntegraDatEx() != KE_SUCCESS) {
     if (!fromBackup) Trace(frame::kDetail, self.name, "Could not open Restored File Integra.dat");
-    return nullptr;
+    return std::nullopt;
   }
   return FindValue(row.section, row.key);
 }
@@ -50,23 +48,20 @@ KE_RESULT AnswerMissing(TextRead read, char* buffer, std::int32_t size) noexcept
 KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
   if (row.read == TextRead::kRequired && size <= 0) return KE_BUFFER_TOO_SMALL;
   return WithCurrentStore([&]() -> KE_RESULT {
-    const std::string* value =
-        row.read == TextRead::kRestored ? FindOrRestore(row, self) : FindValue(row.section, row.key);
+    const auto value = row.read == TextRead::kRestored ? FindOrRestore(row, self) : FindValue(row.section, row.key);
     return value ? CopyOut(*value, buffer, size) : AnswerMissing(row.read, buffer, size);
   });
 }
 
 // A decimal number of the current store; 0 when it is missing.
 std::int32_t NumberOf(const char* section, const char* key) {
-  const std::string* text = FindValue(section, key);
-  return text ? frame::DecimalFromText(text->c_str()) : 0;
+  const auto text = FindValue(section, key);
+  return text ? frame::DecimalFromText(std::string(*text).c_str()) : 0;
 }
 
 // Changes a value of the current store, creating it when it is missing, and writes the store.
-KE_RESULT ChangeValue(const char* section, const char* key, std::string value) {
-  IniEntry* entry = LookupEntry(*IntegraStore, section, key, true);
-  if (entry == nullptr) return KE_NOT_CREATED;
-  entry->value = std::move(value);
+KE_RESULT ChangeValue(const char* section, const char* key, std::string_view value) {
+  if (!SetValue(*IntegraStore, section, key, value)) return KE_NOT_CREATED;
   return WriteIntegraDat();
 }
 
@@ -99,14 +94,15 @@ KE_RESULT TellPlugins(PluginValue value, const char* text) {
 
 }  // namespace
 
-const std::string* FindValue(const char* section, const char* key) {
+std::optional<std::string_view> FindValue(const char* section, const char* key) {
   const IniEntry* entry = LookupEntry(*IntegraStore, section, key, false);
-  return entry && !entry->value.empty() ? &entry->value : nullptr;
+  if (entry == nullptr || entry->value.empty()) return std::nullopt;
+  return entry->value;
 }
 
-KE_RESULT CopyOut(const std::string& value, char* buffer, std::int32_t size) noexcept {
+KE_RESULT CopyOut(std::string_view value, char* buffer, std::int32_t size) noexcept {
   if (size <= 0 || static_cast<std::size_t>(size) <= value.size()) return KE_BUFFER_TOO_SMALL;
-  std::memcpy(buffer, value.c_str(), value.size() + 1);
+  frame::CopyCut(value, buffer, static_cast<std::size_t>(size));
   return KE_SUCCESS;
 }
 

@@ -3,7 +3,8 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
+#include <string_view>
 
 #include "KELUtils.h"
 #include "store/accessor_table.h"
@@ -28,10 +29,11 @@ KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward);
 /// Tells whether the store holds an integration date and a device identifier.
 KE_RESULT ReadIntegrated(std::int32_t* integrated);
 
-/// A value of the cached store; null when it is missing or empty. For an engine that holds the lock.
-const std::string* FindValue(const char* section, const char* key);
+/// A value of the cached store, good until the store changes; none when it is missing or empty. For an engine that holds
+/// the lock.
+std::optional<std::string_view> FindValue(const char* section, const char* key);
 
 /// Copies a value with its terminating zero; KE_BUFFER_TOO_SMALL, with the buffer left alone, when it does not fit.
-KE_RESULT CopyOut(const std::string& value, char* buffer, std::int32_t size) noexcept;
+KE_RESULT CopyOut(std::string_view value, char* buffer, std::int32_t size) noexcept;
 
 }  // namespace store

@@ -1,24 +1,51 @@
 #include "store/ini_store.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "frame/text.h"
 
 namespace store {
 namespace {
 
+// Bounds of the room that a section of a text gets at first.
+constexpr std::size_t kFewEntries = 4, kManyEntries = 64;
+
 bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 
 // The first element whose `name` member matches; null when there is none.
-template <typename Element>
-Element* FindNamed(std::vector<Element>& elements, std::string Element::*name, std::string_view wanted) noexcept {
+template <typename Elements, typename Name>
+auto FindNamed(Elements& elements, Name name, std::string_view wanted) noexcept {
   const auto found =
-      std::ranges::find_if(elements, [&](const Element& element) { return frame::SameName(element.*name, wanted); });
+      std::ranges::find_if(elements, [&](const auto& element) { return frame::SameName(element.*name, wanted); });
   return found == elements.end() ? nullptr : &*found;
 }
 
-void AppendWithoutLineBreaks(std::string& text, const std::string& part) {
-  if (part.find_first_of("\r\n") == std::string::npos) {
+// Copies a text into the store.
+std::string_view Keep(IniStore& store, std::string_view text) {
+  if (text.empty()) return {};
+  auto& kept = store.texts.emplace_back(new char[text.size()]);
+  text.copy(kept.get(), text.size());
+  return {kept.get(), text.size()};
+}
+
+// Frees a text that is kept alone; one that is part of a file's text stays.
+void Forget(IniStore& store, std::string_view text) noexcept {
+  if (text.empty()) return;
+  std::erase_if(store.texts, [&](const auto& kept) { return kept.get() == text.data(); });
+}
+
+IniEntry* LookupOrCreate(IniStore& store, const char* section, const char* key, bool create) {
+  if (section == nullptr || key == nullptr) return nullptr;
+  IniSection* found = FindSection(store, section);
+  if (found == nullptr && create) found = AddSection(store, section);
+  if (found == nullptr) return nullptr;
+  IniEntry* entry = FindNamed(found->entries, &IniEntry::key, key);
+  return entry == nullptr && create ? &found->entries.emplace_back(IniEntry{Keep(store, key), {}}) : entry;
+}
+
+void AppendWithoutLineBreaks(std::string& text, std::string_view part) {
+  if (std::ranges::none_of(part, IsLineBreak)) {
     text += part;
   } else {
     std::ranges::remove_copy_if(part, std::back_inserter(text), IsLineBreak);
@@ -34,16 +61,43 @@ std::size_t SerialisedLength(const IniStore& store) noexcept {
   return length;
 }
 
-void ParseLine(std::string_view line, IniStore& store) {
-  if (line.front() == '[') {
-    line.remove_prefix(1);
-    store.sections.push_back({.name = std::string(line.substr(0, line.find(']'))), .entries = {}});
-    return;
+// A text that the store keeps, read from its beginning.
+class KeptText {
+ public:
+  explicit KeptText(std::string_view text) noexcept : at_(text.data()), end_(at_ + text.size()) {}
+
+  bool SkipLineBreaks() noexcept {
+    while (at_ != end_ && IsLineBreak(*at_)) ++at_;
+    return at_ != end_;
   }
-  const auto separator = line.find('=');
-  if (separator == std::string_view::npos || store.sections.empty()) return;
-  store.sections.back().entries.push_back(
-      {.key = std::string(line.substr(0, separator)), .value = std::string(line.substr(separator + 1))});
+
+  // What stands in front of `mark`, or of the line's end when it comes first. Stops there.
+  std::string_view Before(char mark) noexcept {
+    const char* const from = at_;
+    while (at_ != end_ && *at_ != mark && !IsLineBreak(*at_)) ++at_;
+    return {from, at_};
+  }
+
+  std::string_view RestOfLine() noexcept { return Before('\n'); }
+
+  // Steps over `mark` if it comes next.
+  bool Take(char mark) noexcept {
+    const bool comes = at_ != end_ && *at_ == mark;
+    if (comes) ++at_;
+    return comes;
+  }
+
+ private:
+  const char* at_;
+  const char* const end_;
+};
+
+// Appends a section. Those of a text resemble each other: it gets room for as many entries as the one before has, so that
+// its list need not grow in small steps.
+void AppendParsedSection(IniStore& store, std::string_view name) {
+  const std::size_t before = store.sections.empty() ? 0 : store.sections.back().entries.size();
+  store.sections.push_back({.name = name, .entries = {}});
+  store.sections.back().entries.reserve(std::clamp(before, kFewEntries, kManyEntries));
 }
 
 }  // namespace
@@ -54,27 +108,37 @@ IniSection* FindSection(IniStore& store, const char* name) noexcept {
 
 IniSection* AddSection(IniStore& store, const char* name) {
   if (name == nullptr) return nullptr;
-  store.sections.push_back({.name = name, .entries = {}});
+  store.sections.push_back({.name = Keep(store, name), .entries = {}});
   return FindSection(store, name);
 }
 
-IniEntry* FindEntry(IniSection& section, const char* key) noexcept {
+const IniEntry* FindEntry(const IniSection& section, const char* key) noexcept {
   return key ? FindNamed(section.entries, &IniEntry::key, key) : nullptr;
 }
 
-IniEntry* AddEntry(IniSection& section, const char* key, std::string_view value) {
+const IniEntry* AddEntry(IniStore& store, IniSection& section, const char* key, std::string_view value) {
   if (key == nullptr) return nullptr;
-  section.entries.push_back({.key = key, .value = std::string(value)});
+  const std::string_view keptKey = Keep(store, key);
+  section.entries.push_back({keptKey, Keep(store, value)});
   return FindEntry(section, key);
 }
 
-IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create) {
-  if (section == nullptr || key == nullptr) return nullptr;
-  IniSection* found = FindSection(store, section);
-  if (found == nullptr && create) found = &store.sections.emplace_back(IniSection{.name = section, .entries = {}});
-  if (found == nullptr) return nullptr;
-  IniEntry* entry = FindEntry(*found, key);
-  return entry == nullptr && create ? AddEntry(*found, key) : entry;
+const IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create) {
+  return LookupOrCreate(store, section, key, create);
+}
+
+const IniEntry* LookupEntry(const IniStore& store, const char* section, const char* key) noexcept {
+  const IniSection* const found = section ? FindNamed(store.sections, &IniSection::name, section) : nullptr;
+  return found ? FindEntry(*found, key) : nullptr;
+}
+
+bool SetValue(IniStore& store, const char* section, const char* key, std::string_view value) {
+  IniEntry* const entry = LookupOrCreate(store, section, key, true);
+  if (entry == nullptr) return false;
+  const std::string_view kept = Keep(store, value);
+  Forget(store, entry->value);
+  entry->value = kept;
+  return true;
 }
 
 std::string Serialise(const IniStore& store) {
@@ -95,11 +159,17 @@ std::string Serialise(const IniStore& store) {
 }
 
 void ParseIni(std::string_view text, IniStore& store) {
-  auto position = text.begin();
-  while ((position = std::find_if_not(position, text.end(), IsLineBreak)) != text.end()) {
-    const auto end = std::find_if(position, text.end(), IsLineBreak);
-    ParseLine({position, end}, store);
-    position = end;
+  KeptText rest(Keep(store, text));
+  while (rest.SkipLineBreaks()) {
+    if (rest.Take('[')) {
+      AppendParsedSection(store, rest.Before(']'));
+      rest.RestOfLine();
+      continue;
+    }
+    const std::string_view key = rest.Before('=');
+    if (!rest.Take('=')) continue;
+    const std::string_view value = rest.RestOfLine();
+    if (!store.sections.empty()) store.sections.back().entries.push_back({key, value});
   }
 }
 

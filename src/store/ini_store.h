@@ -1,19 +1,21 @@
 // The in-memory model of every store: ordered sections of ordered entries, and its text form.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace store {
 
+/// The texts of a store stand in its `texts`: good as long as it lives, even when it is moved, until they are replaced.
 struct IniEntry {
-  std::string key;
-  std::string value;
+  std::string_view key;
+  std::string_view value;
 };
 
 struct IniSection {
-  std::string name;  // without brackets
+  std::string_view name;  // without brackets
   std::vector<IniEntry> entries;
 };
 
@@ -22,9 +24,10 @@ struct IniSection {
 /// Names are compared without regard to ASCII letter case. Nothing prevents duplicates: adding always appends, looking
 /// up always finds the first. A file that holds a section twice keeps both, of which only the first is ever found.
 ///
-/// Pointers into a store are good until something is added to it.
+/// Pointers into a store are good until something is added to it. It can be moved, but not copied.
 struct IniStore {
   std::vector<IniSection> sections;
+  std::vector<std::unique_ptr<char[]>> texts;  // whole files, and names and values that were added or changed since
 };
 
 /// The first section of that name; null when there is none or `name` is null.
@@ -35,21 +38,28 @@ IniSection* FindSection(IniStore& store, const char* name) noexcept;
 IniSection* AddSection(IniStore& store, const char* name);
 
 /// The first entry of that key; null when there is none or `key` is null.
-IniEntry* FindEntry(IniSection& section, const char* key) noexcept;
+const IniEntry* FindEntry(const IniSection& section, const char* key) noexcept;
 
-/// Appends an entry and returns the first one of its key. A null key adds nothing and gives null.
-IniEntry* AddEntry(IniSection& section, const char* key, std::string_view value = {});
+/// Appends an entry to a section of the store and returns the section's first one of its key. A null key adds nothing
+/// and gives null.
+const IniEntry* AddEntry(IniStore& store, IniSection& section, const char* key, std::string_view value = {});
 
 /// The entry of `key` in the first section of that name. When `create` is set, a missing section is appended, and a
-/// missing entry is appended to it with an empty value; else, or when a name is null, null. The caller reads or changes
-/// the value in place.
-IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create);
+/// missing entry is appended to it with an empty value; else, or when a name is null, null.
+const IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create);
+
+/// The same without creating anything.
+const IniEntry* LookupEntry(const IniStore& store, const char* section, const char* key) noexcept;
+
+/// Gives the entry that `LookupEntry` finds or creates its value, which may be part of the old one, and frees what the
+/// store kept for an older change of it. False, with nothing changed, when a name is null.
+bool SetValue(IniStore& store, const char* section, const char* key, std::string_view value);
 
 /// The text form: "[name]" and "key=value" lines that end in CR LF. CR and LF inside names and values are left out: a
 /// line break has no place there, and would forge entries and sections.
 std::string Serialise(const IniStore& store);
 
-/// Appends the sections and entries of a text to the store, in time proportional to its length.
+/// Appends the sections and entries of a text to the store, in time proportional to its length. The text is copied once.
 ///
 /// Lines end at any run of CR and LF. A line that begins with "[" is a section, named by what stands before the first
 /// "]", or by the rest of the line. Another line belongs to the last section of the store and is split at its first

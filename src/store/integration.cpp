@@ -21,9 +21,8 @@ constexpr std::int64_t kFirstYear = 1900;
 
 // Empties a value and writes the store. KE_SUCCESS, with nothing written, when there is none.
 KE_RESULT ClearValue(const char* section, const char* key) {
-  IniEntry* entry = LookupEntry(*IntegraStore, section, key, false);
-  if (entry == nullptr || entry->value.empty()) return KE_SUCCESS;
-  entry->value.clear();
+  if (!FindValue(section, key)) return KE_SUCCESS;
+  SetValue(*IntegraStore, section, key, {});
   return WriteIntegraDat();
 }
 
@@ -48,7 +47,7 @@ KE_RESULT DeIntegrate() {
 
 KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size) {
   return WithCurrentStore([&]() -> KE_RESULT {
-    if (const std::string* stored = FindValue("AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
+    if (const auto stored = FindValue("AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
     buffer[0] = '\0';
     return KE_STORE_UNUSABLE;
   });
@@ -56,7 +55,7 @@ KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size) {
 
 KE_RESULT ReadUninstallPassword(const char* function, PasswordCopy copy, char* buffer, std::int32_t size) {
   return WithCurrentStore([&]() -> KE_RESULT {
-    if (const std::string* stored = FindValue("UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
+    if (const auto stored = FindValue("UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
     Trace(frame::kDetail, function, "Could not open Restored File Integra.dat");
     return KE_STORE_UNUSABLE;
   });

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "KELUtils.h"
 
@@ -20,7 +20,7 @@ KE_RESULT DeIntegrate();
 KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size);
 
 /// How a stored password is copied: `CopyOut` as it stands, `CopyDeciphered` in plain.
-using PasswordCopy = KE_RESULT (*)(const std::string& stored, char* buffer, std::int32_t size);
+using PasswordCopy = KE_RESULT (*)(std::string_view stored, char* buffer, std::int32_t size);
 
 /// Copies the uninstall password. A missing one is KE_STORE_UNUSABLE, traced under `function`, and leaves the buffer.
 KE_RESULT ReadUninstallPassword(const char* function, PasswordCopy copy, char* buffer, std::int32_t size);

@@ -100,7 +100,7 @@ KE_RESULT DecryptSetting(char* buffer, std::int32_t size) {
   return Decipher(buffer, Failure::kReported, buffer, size);
 }
 
-KE_RESULT CopyDeciphered(const std::string& stored, char* buffer, std::int32_t size) {
+KE_RESULT CopyDeciphered(std::string_view stored, char* buffer, std::int32_t size) {
   LoadSettingCrypto();
   return Decipher(stored, Failure::kIgnored, buffer, size);
 }

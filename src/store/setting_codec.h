@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "KELUtils.h"
 
@@ -18,6 +18,6 @@ KE_RESULT DecryptSetting(char* buffer, std::int32_t size);
 /// Deciphers a stored setting into `buffer`. A failure to bind the crypto module or to decipher is not reported: what
 /// base64 decoding gave is then taken as the text. KE_SUCCESS; KE_BUFFER_TOO_SMALL when the size is not greater than
 /// the decoded length + 1; KE_NOT_CREATED when memory runs out.
-KE_RESULT CopyDeciphered(const std::string& stored, char* buffer, std::int32_t size);
+KE_RESULT CopyDeciphered(std::string_view stored, char* buffer, std::int32_t size);
 
 }  // namespace store

@@ -49,9 +49,7 @@ KE_RESULT SetFileValue(const char* section, const char* key, const char* value, 
   const auto store = NewStore(kFunction);
   if (!store) return KE_NOT_CREATED;
   if (ReadEncryptedFile(filePath, store.get()) != kFileDone) return KE_CRYPTO_FAILED;
-  IniEntry* entry = LookupEntry(*store, CutName(section).c_str(), CutName(key).c_str(), true);
-  if (entry == nullptr) return KE_CRYPTO_FAILED;
-  entry->value = value;
+  if (!SetValue(*store, CutName(section).c_str(), CutName(key).c_str(), value)) return KE_CRYPTO_FAILED;
   if (WriteEncryptedFile(filePath, store.get()) == kFileDone) return KE_SUCCESS;
   Trace(kDetail, kFunction, "Could save info to EncryptedFile");
   return KE_CRYPTO_FAILED;

@@ -57,7 +57,7 @@ TEST_CASE("ini store: lookups find the first of a name, in any letter case; addi
   const store::IniSection* section = store::AddSection(store, "X");
   CHECK(section == &store.sections[0]);
   CHECK(store.sections.size() == 3);
-  const store::IniEntry* entry = store::AddEntry(store.sections[0], "key", "9");
+  const store::IniEntry* entry = store::AddEntry(store, store.sections[0], "key", "9");
   CHECK(entry == &store.sections[0].entries[0]);
   CHECK(store.sections[0].entries.back().value == "9");
   // Only ASCII letters have cases here.
@@ -72,10 +72,17 @@ TEST_CASE("ini store: LookupEntry creates only when asked, and nothing for a nul
   CHECK_FALSE(store::LookupEntry(store, nullptr, "k", true));
   CHECK_FALSE(store::LookupEntry(store, "C", nullptr, true));
   CHECK_FALSE(store::AddSection(store, nullptr));
-  CHECK_FALSE(store::AddEntry(store.sections[0], nullptr));
+  CHECK_FALSE(store::AddEntry(store, store.sections[0], nullptr));
   CHECK(store::Serialise(store) == "[A]\r\nk=v\r\n");
 
-  store::LookupEntry(store, "A", "n", true)->value = "w";
+  store::LookupEntry(store, "A", "n", true);
+  // A value may be part of the old one. Each change frees what the one before it kept.
+  for (const char* value : {"1", "", "older w"}) CHECK(store::SetValue(store, "a", "N", value));
+  const std::size_t texts = store.texts.size();
+  CHECK(store::SetValue(store, "a", "N", store::LookupEntry(store, "A", "n")->value.substr(6)));
+  CHECK(store.texts.size() == texts);
+  CHECK_FALSE(store::SetValue(store, nullptr, "k", "v"));
+  CHECK_FALSE(store::LookupEntry(store, "A", nullptr));
   store::LookupEntry(store, "B", "m", true);
   CHECK(store::Serialise(store) == "[A]\r\nk=v\r\nn=w\r\n[B]\r\nm=\r\n");
 }
@@ -83,7 +90,7 @@ TEST_CASE("ini store: LookupEntry creates only when asked, and nothing for a nul
 TEST_CASE("ini store: line breaks inside names and values cannot forge entries") {
   IniStore store;
   store::AddSection(store, "A\r\nx");
-  store::AddEntry(store.sections[0], "k\n[B", "v\r\n[C]\r\nid=forged");
+  store::AddEntry(store, store.sections[0], "k\n[B", "v\r\n[C]\r\nid=forged");
   CHECK(store::Serialise(store) == "[Ax]\r\nk[B=v[C]id=forged\r\n");
 }
 

@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::int32_t kInstallComplete = 200;  // states from here on are those of a complete installation
 
-std::string TextOf(store::IniStore& store, const char* section, const char* key) {
-  const store::IniEntry* const entry = store::LookupEntry(store, section, key, false);
-  return entry ? entry->value : "";
+std::string TextOf(const store::IniStore& store, const char* section, const char* key) {
+  const store::IniEntry* const entry = store::LookupEntry(store, section, key);
+  return std::string(entry ? entry->value : std::string_view());
 }
 
-std::int32_t NumberOf(store::IniStore& store, std::string_view getter) {
+std::int32_t NumberOf(const store::IniStore& store, std::string_view getter) {
   const auto state = [&] { return frame::DecimalFromText(TextOf(store, "INSTALL", "State").c_str()); };
   if (getter == "KE_GetInstallState") return state();
   if (getter == "KE_IsInstallComplete") return state() >= kInstallComplete ? 1 : 0;
@@ -28,7 +28,7 @@ std::int32_t NumberOf(store::IniStore& store, std::string_view getter) {
 
 }  // namespace
 
-Reading ValueIn(store::IniStore& store, const StoreValue& value) {
+Reading ValueIn(const store::IniStore& store, const StoreValue& value) {
   if (value.getter.type == GetterType::kNumber) return {.number = NumberOf(store, value.getter.name)};
   const auto* const row = std::ranges::find(store::kTextGetters, value.getter.name, &store::TextGetter::exportName);
   const std::string text = TextOf(store, row->section, row->key);
@@ -37,7 +37,7 @@ Reading ValueIn(store::IniStore& store, const StoreValue& value) {
   return {.text = Utf8FromCodePage(text)};
 }
 
-std::vector<ReadStoreValue> ValuesIn(store::IniStore* store) {
+std::vector<ReadStoreValue> ValuesIn(const store::IniStore* store) {
   std::vector<ReadStoreValue> values;
   for (const StoreValue& value : StoreValues()) {
     values.push_back({&value, store ? ValueIn(*store, value) : Reading{.result = KE_STORE_UNUSABLE}});
@@ -45,6 +45,6 @@ std::vector<ReadStoreValue> ValuesIn(store::IniStore* store) {
   return values;
 }
 
-bool HasUninstallPassword(store::IniStore& store) { return !TextOf(store, "UNINSTALL", "PASSWORD").empty(); }
+bool HasUninstallPassword(const store::IniStore& store) { return !TextOf(store, "UNINSTALL", "PASSWORD").empty(); }
 
 }  // namespace kelctl

@@ -52,12 +52,11 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
                     std::size_t errorCount) {
   Status status{.choice = ChooseCopy(copies), .file = {}, .values = {}, .versions = {}, .siblings = {}, .errors = {}};
   const StoreCopy* const copy = FileOf(copies, status.choice.copy);
-  store::IniStore store = copy ? copy->store : store::IniStore{};
   if (copy) {
     status.file = copy->file + ", " + Describe(*copy);
-    status.uninstallPassword = HasUninstallPassword(store);
+    status.uninstallPassword = HasUninstallPassword(copy->store);
   }
-  status.values = ValuesIn(copy ? &store : nullptr);
+  status.values = ValuesIn(copy ? &copy->store : nullptr);
   for (auto& read : status.values) {
     if (!read.value->secret) read.reading.text = redactor.WithoutKnown(std::move(read.reading.text));
   }

@@ -34,7 +34,7 @@ void AddForms(Redactor& redactor, const std::string& secret) {
 void AddSecrets(Redactor& redactor, const store::IniStore& store) {
   for (const auto& section : store.sections) {
     for (const auto& entry : section.entries) {
-      if (NamesSecret(section.name) || NamesSecret(entry.key)) AddForms(redactor, entry.value);
+      if (NamesSecret(section.name) || NamesSecret(entry.key)) AddForms(redactor, std::string(entry.value));
     }
   }
 }
