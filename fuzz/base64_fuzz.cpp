@@ -1,8 +1,9 @@
-// Decodes any bytes, and encodes and decodes again what came out. The buffers are exact, so that AddressSanitizer sees
-// every step past them.
+// Decodes any bytes, also as a decoder does that looks at one character at a time, and encodes and decodes again what came
+// out. The buffers are exact, so that AddressSanitizer sees every step past them.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "frame/base64.h"
 
@@ -16,23 +17,44 @@ void Require(bool held) {
 
 std::int32_t Size(const std::string& text) { return static_cast<std::int32_t>(text.size()); }
 
+std::string Expected(const std::string& text) {
+  constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string bytes;
+  unsigned bits = 0;
+  int count = 0;
+  for (const char character : text) {
+    if (character == '\0') break;
+    const auto value = kAlphabet.find(character);
+    if (value == kAlphabet.npos) continue;
+    bits = bits << 6 | static_cast<unsigned>(value);
+    count += 6;
+    if (count >= 8) bytes += static_cast<char>(bits >> (count -= 8));
+  }
+  return bytes;
+}
+
 std::string Decoded(const std::string& text) {
   std::int32_t length = 0;
   Base64DecodeText(text.data(), Size(text), nullptr, &length);
   std::string bytes(static_cast<std::size_t>(length), '\0');
   std::int32_t counted = length;
   Require(Base64DecodeText(text.data(), Size(text), bytes.data(), &counted) && counted == length);
+  // What does not fit is counted, and nothing is written from the first group on that does not.
   if (length == 0) return bytes;
-  std::string tooSmall(bytes.size() - 1, '\0');
-  counted = length - 1;
+  std::string tooSmall(bytes.size() / 2, '~');
+  counted = Size(tooSmall);
   Require(!Base64DecodeText(text.data(), Size(text), tooSmall.data(), &counted) && counted == length);
+  const std::size_t whole = tooSmall.size() / 3 * 3;
+  Require(tooSmall == bytes.substr(0, whole) + std::string(tooSmall.size() - whole, '~'));
   return bytes;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string bytes = Decoded({reinterpret_cast<const char*>(data), size});
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  const std::string bytes = Decoded(input);
+  Require(bytes == Expected(input));
   for (std::uint32_t flags = 0; flags < 4; ++flags) {
     std::int32_t length = Base64RequiredLength(Size(bytes), flags);
     std::string text(static_cast<std::size_t>(length), '\0');

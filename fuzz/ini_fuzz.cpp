@@ -1,26 +1,80 @@
-// Parses any bytes as a store. What is written of it must read as the same store again.
+// Parses any bytes as a store, also line by line in the plainest way. What is written of it must read as the same store
+// again; and a value that is changed must be the one that is found.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "store/ini_store.h"
 
 using namespace store;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  IniStore parsed;
-  ParseIni({reinterpret_cast<const char*>(data), size}, parsed);
-  for (auto& section : parsed.sections) {
-    const IniSection* first = FindSection(parsed, section.name.c_str());
-    // A name with a zero byte inside is looked up by its beginning.
-    if (first == nullptr && section.name.find('\0') == std::string::npos) std::abort();
-    for (auto& entry : section.entries) {
-      if (FindEntry(section, entry.key.c_str()) == nullptr && entry.key.find('\0') == std::string::npos) std::abort();
+namespace {
+
+void Require(bool held) {
+  if (!held) std::abort();
+}
+
+// The text form of what is understood of a text, which has no line breaks within its lines.
+std::string Expected(const std::string& text) {
+  std::string written;
+  for (std::size_t at = 0; (at = text.find_first_not_of("\r\n", at)) != text.npos;) {
+    const std::size_t end = std::min(text.find_first_of("\r\n", at), text.size());
+    const std::string line = text.substr(at, end - at);
+    if (line[0] == '[') {
+      written += "[" + line.substr(1, line.find(']') - 1) + "]\r\n";
+    } else if (!written.empty() && line.find('=') != line.npos) {
+      written += line + "\r\n";
+    }
+    at = end;
+  }
+  return written;
+}
+
+// Every section and entry is found by its name, unless a zero byte is in it: such a name is looked up by its beginning.
+void CheckLookups(IniStore& store) {
+  for (const auto& section : store.sections) {
+    Require(FindSection(store, std::string(section.name).c_str()) || section.name.find('\0') != section.name.npos);
+    for (const auto& entry : section.entries) {
+      Require(FindEntry(section, std::string(entry.key).c_str()) || entry.key.find('\0') != entry.key.npos);
     }
   }
+}
+
+// Changes the first entry of each section twice, and one that is new.
+void Change(IniStore& store) {
+  const std::size_t count = store.sections.size();
+  std::size_t entries = 0;
+  for (std::size_t i = 0; i < std::min<std::size_t>(count, 8); ++i) {
+    const std::string name(store.sections[i].name.data(), store.sections[i].name.size());
+    const std::string key(store.sections[i].entries.empty() ? "new" : store.sections[i].entries[0].key);
+    for (const std::string value : {"first", "", "the second, which is longer"}) {
+      Require(SetValue(store, name.c_str(), key.c_str(), value));
+      Require(LookupEntry(store, name.c_str(), key.c_str(), false)->value == value);
+    }
+    const std::string_view own = LookupEntry(store, name.c_str(), key.c_str(), false)->value;
+    Require(SetValue(store, name.c_str(), key.c_str(), own.substr(4)));
+    Require(LookupEntry(store, name.c_str(), key.c_str(), false)->value == "second, which is longer");
+    ++entries;
+  }
+  // Each change frees the one before it: what stays is the file's text, a value, and names of what had a zero byte.
+  Require(store.texts.size() <= 1 + 3 * entries);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  IniStore parsed;
+  ParseIni(input, parsed);
+  CheckLookups(parsed);
   const std::string text = Serialise(parsed);
+  Require(text == Expected(input));
   IniStore again;
   ParseIni(text, again);
-  if (Serialise(again) != text) std::abort();
+  Require(Serialise(again) == text);
+  Change(again);
+  CheckLookups(again);
   return 0;
 }

@@ -6,7 +6,6 @@ cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh
 
 limit=300   # seconds for one test program; one that hangs is ended and names its case
-fuzz_limit=1800   # seconds for one fuzzer
 passed=0
 failed=0
 
@@ -58,16 +57,13 @@ quietly() {
   "$@" >"$output" 2>&1 || { cat "$output"; return 1; }
 }
 
-# Runs a fuzzer; the input that breaks something is left in build/fuzz.
-fuzz() {
-  timeout --kill-after=10 $fuzz_limit "build/fuzz/fuzz/$1" -runs=1000000 -max_len=4096 -artifact_prefix=build/fuzz/ >"build/fuzz-output-$1.txt" 2>&1 ||
-    { tail -n 40 "build/fuzz-output-$1.txt"; return 1; }
-  tail -n 1 "build/fuzz-output-$1.txt"
-}
-
-build_fuzzers() {
-  { scripts/install_dependencies.sh --fuzz && cmake --preset fuzz && cmake --build --preset fuzz; } >build/build-fuzz.txt 2>&1 ||
-    { cat build/build-fuzz.txt; return 1; }
+# Runs each fuzzer over the inputs that are kept of it. One without any fails.
+replay() {
+  local program name
+  for program in build/native/fuzz/*_replay; do
+    name=$(basename "$program" _replay)
+    timeout --kill-after=10 $limit "$program" "fuzz/corpus/$name" || return 1
+  done
 }
 
 mkdir -p build
@@ -82,6 +78,7 @@ wine_start || exit 1
 for program in build/native/tests/*_tests; do run "native-$(basename "$program")" "$program"; done
 for program in build/release/tests/*_tests.exe; do run "$(basename "$program" .exe)" "$wine_bin/wine64" "$program"; done
 rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*   # what a DLL in use kept the tests from removing
+step "the kept inputs of the fuzzers" quietly replay replay
 step "the demo" quietly demo scripts/demo.sh
 step "exports and imports of the DLL" scripts/check_dll.sh
 step "the public headers" scripts/check_headers.sh
@@ -90,8 +87,7 @@ step "the documents" scripts/check_documents.sh
 step "the package, made twice" quietly package scripts/check_package.sh --quick
 step "the samples, built with the package" quietly samples scripts/check_samples.sh
 if [ "${1:-}" = --fuzz ]; then
-  step "building the fuzzers" build_fuzzers
-  for fuzzer in base64_fuzz description_fuzz gpt_ini_fuzz ini_fuzz scripts_ini_fuzz zumat_fuzz; do step "$fuzzer" fuzz $fuzzer; done
+  step "the fuzzers" scripts/fuzz.sh 1000000 1800
 fi
 step "checks of the tree" scripts/check.sh
 
