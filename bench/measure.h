@@ -2,7 +2,11 @@
 // both.
 #pragma once
 
+#ifdef _WIN32
 #include <windows.h>
+#else
+#include <time.h>
+#endif
 
 #include <algorithm>
 #include <cstdio>
@@ -23,15 +27,27 @@ inline Spread SpreadOf(std::vector<double> values) {
   return {values[count / 2], values[count / 4], values[count - 1 - count / 4]};
 }
 
+/// The clock, in milliseconds. On Windows the time that passes, for there other processes are measured too; elsewhere the
+/// processor time of this process, which leaves out what else the machine does.
+inline double Now() {
+#ifdef _WIN32
+  LARGE_INTEGER frequency, now;
+  QueryPerformanceFrequency(&frequency);
+  QueryPerformanceCounter(&now);
+  return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
+#else
+  timespec now;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return 1000.0 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e6;
+#endif
+}
+
 /// Milliseconds that `work()` takes.
 template <typename Work>
 double Milliseconds(Work work) {
-  LARGE_INTEGER frequency, start, end;
-  QueryPerformanceFrequency(&frequency);
-  QueryPerformanceCounter(&start);
+  const double start = Now();
   work();
-  QueryPerformanceCounter(&end);
-  return 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
+  return Now() - start;
 }
 
 /// One side: its name in the output, what is done before each run without being measured, and the run.

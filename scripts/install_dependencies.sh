@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need on Debian 12 (amd64): says what it installs, and does nothing when all is there.
-# With --fuzz also what fuzzing needs.
+# With --fuzz also what fuzzing needs, with --bench what the library is measured beside.
 set -euo pipefail
 
 packages=(
@@ -18,6 +18,8 @@ packages=(
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
+# Only for measuring: INI libraries to compare with.
+[ "${1:-}" != --bench ] || packages+=(libinih-dev libsimpleini-dev)
 wine_modules=/usr/lib/x86_64-linux-gnu/wine/i386-windows
 
 as_root() {
