@@ -25,7 +25,7 @@ std::atomic<DWORD> g_longest = 0;  // milliseconds of one operation
 std::string Current(const std::string& key) {
   std::string value;
   const KE_RESULT result = store::WithCurrentStore([&]() -> KE_RESULT {
-    if (const std::string* found = store::FindValue("INTEGRATION", key.c_str())) value = *found;
+    value = store::FindValue("INTEGRATION", key.c_str()).value_or("");
     return KE_SUCCESS;
   });
   g_refused += result != KE_SUCCESS;
