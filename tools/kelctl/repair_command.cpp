@@ -30,7 +30,7 @@ struct Plan {
 // A name for the file that is replaced, with the first number that is free; empty when all are taken.
 std::string FreeNameBeside(const std::string& path) {
   for (int number = 1; number <= kMostKept; ++number) {
-    const std::string name = path + "." + std::to_string(number);
+    std::string name = path + "." + std::to_string(number);
     if (!win::Exists(name)) return name;
   }
   return {};

@@ -18,8 +18,8 @@
 namespace kelctl {
 namespace {
 
-constexpr std::uint64_t kLongestLog = 4 * 1024 * 1024;   // bytes
-constexpr std::uint64_t kLongestSettings = 1024 * 1024;  // bytes
+constexpr std::uint64_t kLongestLog = std::uint64_t{4} * 1024 * 1024;   // bytes
+constexpr std::uint64_t kLongestSettings = std::uint64_t{1024} * 1024;  // bytes
 constexpr std::size_t kErrors = 100;
 constexpr std::size_t kMostFiles = 5000;
 

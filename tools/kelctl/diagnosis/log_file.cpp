@@ -11,7 +11,7 @@
 namespace kelctl {
 namespace {
 
-constexpr std::uint64_t kLongestPart = 16 * 1024 * 1024;  // bytes read at once
+constexpr std::uint64_t kLongestPart = std::uint64_t{16} * 1024 * 1024;  // bytes read at once
 constexpr char kOlderPart[] = ".old";
 
 // The file may be renamed while it is open here.
