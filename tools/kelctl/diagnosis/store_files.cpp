@@ -14,7 +14,8 @@
 namespace kelctl {
 namespace {
 
-constexpr std::uint64_t kLargestFile = std::uint64_t{64} * 1024 * 1024;  // bytes; no store and no settings file comes near
+constexpr std::uint64_t kLargestFile =
+    std::uint64_t{64} * 1024 * 1024;  // bytes; no store and no settings file comes near
 
 void AddForms(Redactor& redactor, const std::string& secret) {
   redactor.AddSecret(secret);
