@@ -80,7 +80,8 @@ for program in build/release/tests/*_tests.exe; do run "$(basename "$program" .e
 rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*   # what a DLL in use kept the tests from removing
 step "the kept inputs of the fuzzers" quietly replay replay
 step "the demo" quietly demo scripts/demo.sh
-step "exports and imports of the DLL" scripts/check_dll.sh
+step "exports of the DLL" scripts/check_dll.sh
+step "hardening of the built files" scripts/check_hardening.sh
 step "the public headers" scripts/check_headers.sh
 step "the reference of the headers" quietly reference scripts/reference.sh
 step "the documents" scripts/check_documents.sh

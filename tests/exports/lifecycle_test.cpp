@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "exports/store_tree.h"
+#include "support/handles.h"
 
 using support::LoadedDll;
 
@@ -26,37 +27,12 @@ size_t HighestHandle() {
   return highest;
 }
 
-// The TLS slots that can still be had.
-size_t FreeTlsSlots() {
-  std::vector<DWORD> slots;
-  for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
-  for (const DWORD slot : slots) TlsFree(slot);
-  return slots.size();
-}
-
 DWORD WINAPI RunThread(void* work) {
   (*static_cast<std::function<void()>*>(work))();
   return 0;
 }
 
 HANDLE StartThread(std::function<void()>& work) { return CreateThread(nullptr, 0, RunThread, &work, 0, nullptr); }
-
-// Calls a getter with a stack that is misaligned by `offset` bytes, as callers of other compilers do.
-KE_RESULT CallMisaligned(KE_RESULT(KE_API* getter)(char*, int32_t), char* buffer, int32_t size, int offset) {
-  KE_RESULT result;
-  asm volatile(
-      "movl %%esp, %%esi\n\t"
-      "andl $-16, %%esp\n\t"
-      "subl %[offset], %%esp\n\t"
-      "pushl %[size]\n\t"
-      "pushl %[buffer]\n\t"
-      "call *%[getter]\n\t"
-      "movl %%esi, %%esp"
-      : "=a"(result)
-      : [getter] "b"(getter), [buffer] "d"(buffer), [size] "c"(size), [offset] "D"(offset)
-      : "esi", "memory", "cc");
-  return result;
-}
 
 }  // namespace
 
@@ -73,11 +49,11 @@ TEST_CASE(
     CHECK(CALL(dll, KE_GetContainer)(buffer, sizeof buffer) == expected);
   };
   for (int i = 0; i < 10; ++i) cycle(tree, KE_SUCCESS);
-  const size_t handles = HighestHandle(), slots = FreeTlsSlots();
+  const size_t handles = HighestHandle(), slots = support::FreeSlots();
   for (int i = 0; i < 1000; ++i) cycle(tree, KE_SUCCESS);
   for (int i = 0; i < 100; ++i) cycle(large, KE_EXCEPTION);
   CHECK(HighestHandle() <= handles + 64);
-  CHECK(FreeTlsSlots() == slots);
+  CHECK(support::FreeSlots() == slots);
   CHECK(GetModuleHandleA("KELUtils.dll") == nullptr);
 }
 
@@ -100,18 +76,6 @@ TEST_CASE("threads: getting and setting at once never shows a torn value") {
   CHECK(WaitForMultipleObjects(6, threads, TRUE, 120000) == WAIT_OBJECT_0);
   for (const HANDLE thread : threads) CloseHandle(thread);
   CHECK(failures == 0);
-}
-
-TEST_CASE("calls with a misaligned stack work") {
-  const StoreTree tree;
-  tree.Put("INTEGRA.DAT", WholeStore("aligned"));
-  const LoadedDll dll = tree.Load();
-  for (const int offset : {0, 4, 8, 12}) {
-    CAPTURE(offset);
-    char buffer[64] = {};
-    CHECK(CallMisaligned(CALL(dll, KE_GetAgentID), buffer, sizeof buffer, offset) == KE_SUCCESS);
-    CHECK(std::string(buffer) == "aligned");
-  }
 }
 
 TEST_CASE(

@@ -1,0 +1,104 @@
+// Calls and loads, over and over: what the process holds stays as it was.
+#include <windows.h>
+
+#include <psapi.h>
+#include <tlhelp32.h>
+
+#include "endurance/busy_tree.h"
+#include "support/handles.h"
+#include "support/tally.h"
+
+namespace {
+
+struct Holding {
+  std::string name;
+  long long amount;
+  long long slack;  // how much more may be there after all the calls: less than one each
+};
+
+DWORD Threads() {
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  DWORD count = 0;
+  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+    count += entry.th32OwnerProcessID == GetCurrentProcessId();
+  }
+  CloseHandle(snapshot);
+  return count;
+}
+
+DWORD WINAPI TakeFiberSlot() { return FlsAlloc(nullptr); }
+
+// Bytes in use in all heaps of the process.
+long long HeapBytes() {
+  HANDLE heaps[64];
+  long long bytes = 0;
+  const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
+  for (DWORD i = 0; i < count; ++i) {
+    PROCESS_HEAP_ENTRY entry{};
+    HeapLock(heaps[i]);
+    while (HeapWalk(heaps[i], &entry)) bytes += entry.wFlags & PROCESS_HEAP_ENTRY_BUSY ? entry.cbData : 0;
+    HeapUnlock(heaps[i]);
+  }
+  return bytes;
+}
+
+std::vector<Holding> Holdings() {
+  PROCESS_MEMORY_COUNTERS_EX memory{};
+  GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
+  DWORD handles = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &handles);
+  return {{"handles", support::OpenHandles(), 0},
+          {"handles by the platform's count", handles, 0},
+          {"threads", Threads(), 0},
+          {"TLS slots", -static_cast<long long>(support::FreeSlots()), 0},
+          {"FLS slots", -static_cast<long long>(support::FreeSlots(TakeFiberSlot, FlsFree)), 0},
+          {"heap bytes", HeapBytes(), 400},
+          {"private bytes", static_cast<long long>(memory.PrivateUsage), 1 << 20}};
+}
+
+// Runs `work` `warmUp` times and then `times` times, between which nothing may be left behind.
+template <typename Work>
+void Repeat(support::Tally& tally, const std::string& name, int warmUp, int times, Work work) {
+  for (int i = 0; i < warmUp; ++i) work();
+  const auto before = Holdings();
+  for (int i = 0; i < times; ++i) work();
+  const auto after = Holdings();
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    const long long more = after[i].amount - before[i].amount;
+    tally.Case(more <= before[i].slack,
+               name + ", " + before[i].name + ": " + std::to_string(more) + " more after " + std::to_string(times));
+  }
+}
+
+}  // namespace
+
+TEST_CASE("leaks: loading, using and unloading") {
+  const endurance::BusyTree tree(true);
+  support::Tally tally("loading, using and unloading");
+  const int times = endurance::IsLong() ? 10000 : 300;
+  Repeat(tally, "load", 20, times, [&] {
+    const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+    char buffer[64];
+    CHECK(CALL(dll, KE_GetAgentID)(buffer, sizeof buffer) == KE_SUCCESS);
+  });
+  tally.note = ", " + std::to_string(times) + " cycles";
+}
+
+TEST_CASE("leaks: calls of every export that does not wait") {
+  const endurance::BusyTree tree(true);
+  // Loading the trace log takes most of the time of a call, and is part of the short form and of the loads above.
+  if (endurance::IsLong()) std::filesystem::remove(tree.Path("Common/TvLogSys.dll"));
+  const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+  support::Tally tally("calls of every export that does not wait");
+  const int times = endurance::IsLong() ? 10000 : 50;
+  for (const endurance::ExportedFunction& function : endurance::ExportedFunctions()) {
+    if (endurance::Waits(function)) continue;
+    tree.Reset();
+    const auto values = tree.Values(function);
+    const auto good = endurance::GoodValues(values);
+    Repeat(tally, function.name, 10, times, [&] { endurance::Call(dll.Handle(), function, good, 0); });
+  }
+  tally.note = ", " + std::to_string(times) + " calls of each";
+}
