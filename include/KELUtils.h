@@ -825,7 +825,7 @@ KE_RESULT KE_API KE_UpdateNowEx(uint32_t first, uint32_t second);
  * @param key          name of the key; null lists the keys
  * @param def          what is read when the value is missing
  * @param[out] buffer  receives the value, cut when it does not fit; null reads nothing
- * @param bufferSize   size of buffer in bytes; 0 reads nothing
+ * @param bufferSize   size of buffer in bytes, of which at most 1 MiB is used; 0 reads nothing
  * @retval KE_SUCCESS    always, but for an exception: also when nothing was read
  * @retval KE_EXCEPTION  an unexpected failure, such as memory that ran out
  */
@@ -834,7 +834,7 @@ KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, con
 
 /** Sets a value of the update settings, UPDNW.DAT in the folder KesLpmng, as WritePrivateProfileString does.
  *
- * @param section       name of the section
+ * @param section       name of the section; null writes nothing
  * @param key           name of the key; null removes the section
  * @param value         the value; null removes the key
  * @param onlyIfExists  other than 0: a missing file is not created

@@ -1,6 +1,7 @@
 // The exports that hand work to the launcher, to the plug-ins and to the installer helper, and their settings files.
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -21,6 +22,9 @@ using frame::kAlways;
 using frame::kDetail;
 
 namespace {
+
+// Bytes. The platform makes a wide buffer of twice the size that it is told: a size beyond 2 GiB makes it overrun that.
+constexpr std::uint32_t kProfileLimit = 1 << 20;
 
 // The settings of the immediate update; empty when the module directory is unknown.
 std::string UpdateSettingsFile() {
@@ -73,7 +77,8 @@ KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, con
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
     const std::string file = UpdateSettingsFile();
     if (!file.empty() && buffer != nullptr && bufferSize != 0) {
-      GetPrivateProfileStringA(section, key, def, buffer, bufferSize, file.c_str());
+      const DWORD size = std::min(bufferSize, kProfileLimit);
+      GetPrivateProfileStringA(section, key, def, buffer, size, file.c_str());
     }
     return KE_SUCCESS;
   });
@@ -82,7 +87,8 @@ KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, con
 KE_RESULT KE_API KE_SetUpdateNowConfig(const char* section, const char* key, const char* value, uint32_t onlyIfExists) {
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
     const std::string file = UpdateSettingsFile();
-    if (!file.empty() && (onlyIfExists == 0 || win::Exists(file))) {
+    // Without a section there is nothing to write, and not every platform takes that well.
+    if (!file.empty() && section != nullptr && (onlyIfExists == 0 || win::Exists(file))) {
       WritePrivateProfileStringA(section, key, value, file.c_str());
     }
     return KE_SUCCESS;
