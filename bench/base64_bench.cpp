@@ -1,5 +1,5 @@
-// Base64 of 16 bytes to 1 MB beside OpenSSL: without line breaks beside EVP_EncodeBlock and EVP_DecodeBlock, and with them
-// beside the encoder and decoder for streams, whose lines have 64 characters where ours have 76.
+// Base64 of 16 bytes to 1 MB beside OpenSSL: without line breaks beside EVP_EncodeBlock and EVP_DecodeBlock, and with
+// them beside the encoder and decoder for streams, whose lines have 64 characters where ours have 76.
 #include <openssl/evp.h>
 
 #include <cstdio>

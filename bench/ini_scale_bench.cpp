@@ -1,5 +1,5 @@
-// What an entry costs in stores of a thousand entries up to a million: reading a text into a store, with the store's end,
-// and writing it. Each run works through the same million entries, in as many texts as it takes.
+// What an entry costs in stores of a thousand entries up to a million: reading a text into a store, with the store's
+// end, and writing it. Each run works through the same million entries, in as many texts as it takes.
 #include <cstdio>
 #include <cstdlib>
 #include <string>

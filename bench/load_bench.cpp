@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t kRounds = 31;
 constexpr int kLoadsOfARound = 20;
 constexpr double kLoadLimit = 1.20;
-constexpr std::uintmax_t kSizeLimit = 400 * 1024;  // bytes
+constexpr std::uintmax_t kSizeLimit = std::uintmax_t{400} * 1024;  // bytes
 
 // Copies the idle DLL and fills the copy up to the size of the library.
 void MakeIdleLibrary(const fs::path& path, std::uintmax_t size) {

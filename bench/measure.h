@@ -27,8 +27,8 @@ inline Spread SpreadOf(std::vector<double> values) {
   return {values[count / 2], values[count / 4], values[count - 1 - count / 4]};
 }
 
-/// The clock, in milliseconds. On Windows the time that passes, for there other processes are measured too; elsewhere the
-/// processor time of this process, which leaves out what else the machine does.
+/// The clock, in milliseconds. On Windows the time that passes, for there other processes are measured too; elsewhere
+/// the processor time of this process, which leaves out what else the machine does.
 inline double Now() {
 #ifdef _WIN32
   LARGE_INTEGER frequency, now;

@@ -1,5 +1,5 @@
-// Decodes any bytes, also as a decoder does that looks at one character at a time, and encodes and decodes again what came
-// out. The buffers are exact, so that AddressSanitizer sees every step past them.
+// Decodes any bytes, also as a decoder does that looks at one character at a time, and encodes and decodes again what
+// came out. The buffers are exact, so that AddressSanitizer sees every step past them.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

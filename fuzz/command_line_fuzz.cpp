@@ -1,5 +1,5 @@
-// Builds the command lines of the scheduler and of the prompt program from any texts and numbers. Every text must stand in
-// its line as it is; and the development versions of these programs must read what they accept as it was meant.
+// Builds the command lines of the scheduler and of the prompt program from any texts and numbers. Every text must stand
+// in its line as it is; and the development versions of these programs must read what they accept as it was meant.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>

@@ -4,7 +4,7 @@
 #   scripts/fuzz.sh [COUNT [SECONDS]]
 # The input that broke something is left in build/fuzz.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
 count=${1:-10000000}
 limit=${2:-3600}
 

@@ -16,7 +16,7 @@ constexpr std::uint32_t kLineCharacters = 4 * kLineGroups;
 constexpr std::uint32_t kForeign = 0x80000000;
 
 // The bits of each character of the alphabet, in the first to the fourth place of a group; kForeign for the others.
-constexpr auto kBits = [] {
+constexpr auto MakeBits() {
   std::array<std::array<std::uint32_t, 256>, 4> bits{};
   for (std::size_t place = 0; place < 4; ++place) {
     bits[place].fill(kForeign);
@@ -25,16 +25,18 @@ constexpr auto kBits = [] {
     }
   }
   return bits;
-}();
+}
+constexpr auto kBits = MakeBits();
 
 // The two characters of each value of 12 bits.
-constexpr auto kPairs = [] {
+constexpr auto MakePairs() {
   std::array<std::array<char, 2>, 4096> pairs{};
   for (std::size_t value = 0; value < pairs.size(); ++value) {
     pairs[value] = {kAlphabet[value >> 6], kAlphabet[value & 0x3F]};
   }
   return pairs;
-}();
+}
+constexpr auto kPairs = MakePairs();
 
 // Writes the last one or two bytes.
 char* PutTail(char* to, const unsigned char* bytes, bool two, bool padded) noexcept {
@@ -156,8 +158,8 @@ inline std::int32_t RequiredLength(std::int32_t sourceLength, std::uint32_t flag
   if (sourceLength < 0 || sourceLength > std::numeric_limits<std::int32_t>::max() / 4)
     throw std::bad_array_new_length();
   const std::uint32_t bytes = static_cast<std::uint32_t>(sourceLength), rest = bytes % 3;
-  const std::uint32_t length = bytes / 3 * 4 + (flags & kBase64NoPadding ? rest : 2 * rest);
-  const std::uint32_t lines = flags & kBase64NoLineBreaks ? 0 : length / kLineCharacters + 1;
+  const std::uint32_t length = bytes / 3 * 4 + ((flags & kBase64NoPadding) != 0 ? rest : 2 * rest);
+  const std::uint32_t lines = (flags & kBase64NoLineBreaks) != 0 ? 0 : length / kLineCharacters + 1;
   return static_cast<std::int32_t>((length + 3) / 4 * 4 + 2 * lines);
 }
 

@@ -29,8 +29,8 @@ KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward);
 /// Tells whether the store holds an integration date and a device identifier.
 KE_RESULT ReadIntegrated(std::int32_t* integrated);
 
-/// A value of the cached store, good until the store changes; none when it is missing or empty. For an engine that holds
-/// the lock.
+/// A value of the cached store, good until the store changes; none when it is missing or empty. For an engine that
+/// holds the lock.
 std::optional<std::string_view> FindValue(const char* section, const char* key);
 
 /// Copies a value with its terminating zero; KE_BUFFER_TOO_SMALL, with the buffer left alone, when it does not fit.

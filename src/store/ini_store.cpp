@@ -92,8 +92,8 @@ class KeptText {
   const char* const end_;
 };
 
-// Appends a section. Those of a text resemble each other: it gets room for as many entries as the one before has, so that
-// its list need not grow in small steps.
+// Appends a section. Those of a text resemble each other: it gets room for as many entries as the one before has, so
+// that its list need not grow in small steps.
 void AppendParsedSection(IniStore& store, std::string_view name) {
   const std::size_t before = store.sections.empty() ? 0 : store.sections.back().entries.size();
   store.sections.push_back({.name = name, .entries = {}});

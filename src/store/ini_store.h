@@ -59,7 +59,8 @@ bool SetValue(IniStore& store, const char* section, const char* key, std::string
 /// line break has no place there, and would forge entries and sections.
 std::string Serialise(const IniStore& store);
 
-/// Appends the sections and entries of a text to the store, in time proportional to its length. The text is copied once.
+/// Appends the sections and entries of a text to the store, in time proportional to its length. The text is copied
+/// once.
 ///
 /// Lines end at any run of CR and LF. A line that begins with "[" is a section, named by what stands before the first
 /// "]", or by the rest of the line. Another line belongs to the last section of the store and is split at its first

@@ -1,17 +1,17 @@
-// Three leaks of GCC's static runtime, closed. Linked into every DLL of the project that is loaded and unloaded over and
-// over.
+// Three leaks of GCC's static runtime, closed. Linked into every DLL of the project that is loaded and unloaded over
+// and over.
 //
 // 1. The runtime keeps two words a thread about exceptions in flight. Its own functions for that take a TLS slot with
-// the first
-//    exception and never return it: each load of a DLL that meets an exception would cost its host one of some thousand
-//    slots. The functions below keep the words in fiber-local storage, whose slot and blocks are returned when the DLL
-//    is unloaded, and a thread's block when the thread ends. (Itanium C++ ABI, Exception Handling, 2.2.2 "Caught
-//    Exception Stack".)
+//    the first exception and never return it: each load of a DLL that meets an exception would cost its host one of
+//    some thousand slots. The functions below keep the words in fiber-local storage, whose slot and blocks are returned
+//    when the DLL is unloaded, and a thread's block when the thread ends. (Itanium C++ ABI, Exception Handling, 2.2.2
+//    "Caught Exception Stack".)
 // 2. The runtime's locks are semaphores that are made while a DLL is loaded and never closed: one handle a load. Its
-// calls of
-//    CreateSemaphoreW go through the pointer below, which keeps the handles so that they are closed at the end.
-// 3. The runtime keeps some 19 KB in reserve for exceptions when memory has run out, taken while a DLL is loaded and never
-// freed: a host that loads a DLL for each call would lose them each time. The runtime has a function that frees them.
+//    calls of CreateSemaphoreW go through the pointer below, which keeps the handles so that they are closed at the
+//    end.
+// 3. The runtime keeps some 19 KB in reserve for exceptions when memory has run out, taken while a DLL is loaded and
+//    never freed: a host that loads a DLL for each call would lose them each time. The runtime has a function that
+//    frees them.
 //
 // The first two definitions go before those of the static libraries. Other compilers' runtimes have no such leaks.
 #if defined(__MINGW32__)

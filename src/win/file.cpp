@@ -99,7 +99,7 @@ FileHandle CreateReplacement(const std::string& path, const std::string& target,
   // Attributes that a file can be created with. A read-only target stays in place anyway.
   constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                           FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-  const DWORD kept = attributes & kKept ? attributes & kKept : DWORD{FILE_ATTRIBUTE_NORMAL};
+  const DWORD kept = (attributes & kKept) != 0 ? attributes & kKept : DWORD{FILE_ATTRIBUTE_NORMAL};
   alignas(SECURITY_DESCRIPTOR) char rights[2048];
   SECURITY_ATTRIBUTES security{.nLength = sizeof security, .lpSecurityDescriptor = rights, .bInheritHandle = FALSE};
   DWORD needed = 0;

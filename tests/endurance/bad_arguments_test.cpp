@@ -1,5 +1,5 @@
-// Every export against every bad argument, and in the long form against every two of them: a documented result, nothing read or written
-// outside of what was handed over, and the arguments taken off the stack, whatever its alignment.
+// Every export against every bad argument, and in the long form against every two of them: a documented result, nothing
+// read or written outside of what was handed over, and the arguments taken off the stack, whatever its alignment.
 #include "endurance/busy_tree.h"
 #include "support/tally.h"
 

@@ -28,8 +28,9 @@ inline bool Waits(const ExportedFunction& function) {
                      [&](const Waiting& row) { return function.name == row.name; });
 }
 
-/// The scheduler, the plug-in manager and the installer helper are missing: each export that starts them tells so at once. With
-/// `siblings` there are a trace log, agent, launcher and event module, the plug-ins, and the descriptions of errors.
+/// The scheduler, the plug-in manager and the installer helper are missing: each export that starts them tells so at
+/// once. With `siblings` there are a trace log, agent, launcher and event module, the plug-ins, and the descriptions of
+/// errors.
 struct BusyTree : support::ProductTree {
   explicit BusyTree(bool siblings) {
     for (const char* folder : {"KesLpmng", "KelConf", "KelUpg", "KELUPD", "KELTVEVT", "KELREPORT", "KelQtine",

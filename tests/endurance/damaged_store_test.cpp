@@ -1,5 +1,5 @@
-// INTEGRA.DAT cut at every length and with every bit flipped (in the short form some of them), before every export that reads it: a
-// documented result each time, and a setter that succeeds leaves a store that holds the value.
+// INTEGRA.DAT cut at every length and with every bit flipped (in the short form some of them), before every export that
+// reads it: a documented result each time, and a setter that succeeds leaves a store that holds the value.
 #include "endurance/busy_tree.h"
 #include "support/tally.h"
 

@@ -1,4 +1,5 @@
-// Texts that the library reads, cut at every length and with every bit flipped, in memory of exactly their size, under the sanitizers.
+// Texts that the library reads, cut at every length and with every bit flipped, in memory of exactly their size, under
+// the sanitizers.
 #include <doctest/doctest.h>
 
 #include <algorithm>

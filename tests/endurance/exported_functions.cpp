@@ -71,7 +71,8 @@ Value Text(const std::string& shown, const std::string& text, bool terminated = 
   return {shown, {Word(at)}, {}};
 }
 
-// Something of `size` bytes that is filled before each call; `room` bytes are there, before the page that cannot be touched.
+// Something of `size` bytes that is filled before each call; `room` bytes are there, before the page that cannot be
+// touched.
 Value Memory(const std::string& shown, const std::string& content, std::size_t room = 0) {
   static std::map<std::size_t, char*> memory[8];
   static int turn = 0;  // so that the arguments of one call have memory of their own

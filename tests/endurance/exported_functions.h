@@ -1,4 +1,5 @@
-// The exports, as KELUtils.h declares and documents them: what there is to call, with which arguments, and which results it may have.
+// The exports, as KELUtils.h declares and documents them: what there is to call, with which arguments, and which
+// results it may have.
 #pragma once
 
 #include <windows.h>
@@ -36,15 +37,16 @@ struct Fill {
   std::string content;
 };
 
-/// A value of a parameter, or of a pair such as a buffer and its size. What it points to ends where the next page cannot be touched.
+/// A value of a parameter, or of a pair such as a buffer and its size. What it points to ends where the next page
+/// cannot be touched.
 struct Value {
   std::string shown;
   std::vector<std::uint32_t> words;
   std::vector<Fill> fills;
 };
 
-/// For each parameter or pair, in their order: a good value, and then the bad ones. Good paths lie in `folder`, which ends in a backslash; buffers hold
-/// what fits of `settingText` on entry.
+/// For each parameter or pair, in their order: a good value, and then the bad ones. Good paths lie in `folder`, which
+/// ends in a backslash; buffers hold what fits of `settingText` on entry.
 std::vector<std::vector<Value>> ValuesOf(const ExportedFunction& function, const std::string& folder,
                                          const std::string& settingText);
 
@@ -55,7 +57,8 @@ struct Called {
   bool untouched;        // and so is all else that it might have written
 };
 
-/// Calls `function` of a loaded DLL, with a stack that is `offset` bytes off a multiple of 16, as callers of other compilers do.
+/// Calls `function` of a loaded DLL, with a stack that is `offset` bytes off a multiple of 16, as callers of other
+/// compilers do.
 Called Call(HMODULE dll, const ExportedFunction& function, const std::vector<const Value*>& values, int offset);
 
 }  // namespace endurance

@@ -23,8 +23,7 @@ std::unique_ptr<LockedFile> Prepare(const StoreTree& tree, const char* file, Sta
   if (state == kEmpty) content.clear();
   if (state == kCut) content.resize(content.size() / 2);
   if (state == kZeroFilled) content.assign(content.size(), '\0');
-  if (state == kBitFlipped)
-    content[4] ^= 1;  // in the first section's bracket: a format without a checksum shows no other
+  if (state == kBitFlipped) content[0] ^= 1;  // in the marker: not every flip elsewhere shows, without a checksum
   if (state == kOtherKey) {
     for (size_t i = 4; i < content.size(); ++i) content[i] = static_cast<char>(content[i] * 7 + 0x80 + i % 5);
   }

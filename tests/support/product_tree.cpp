@@ -69,9 +69,11 @@ ProgramRun RunProgram(std::string commandLine) {
   SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
   startup.hStdError = startup.hStdOutput;
   PROCESS_INFORMATION process{};
-  REQUIRE_MESSAGE(
-      CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process),
-      commandLine);
+  const auto start = [&] {
+    return CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
+  };
+  // Now and then Wine answers ERROR_INTERNAL_ERROR for a program that is there, on a busy machine.
+  REQUIRE_MESSAGE((start() || (GetLastError() == ERROR_INTERNAL_ERROR && start())), commandLine);
   CloseHandle(startup.hStdOutput);
   ProgramRun run{};
   char buffer[4096];
