@@ -25,11 +25,24 @@ BareTrace::BareTrace(const std::string& directory)
       library_(directory + "\\..\\Common\\TvLogSys.dll"),
       log_(directory + "\\KELUtils.log") {}
 
-void BareTrace::Open() {
+void BareTrace::ReadSettings() const {
   char text[255];
-  LogFileSettings settings{};
   GetPrivateProfileStringA("LOG", "LEVELLOG", "0", text, sizeof text, settings_.c_str());
   GetPrivateProfileStringA("LOG", "LOGFILESIZE", "3072", text, sizeof text, settings_.c_str());
+}
+
+void BareTrace::OpenAgain() {
+  ReadSettings();
+  if (!module_) LoadLibraryExA(library_.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!module_) LoadLibraryExA("TvLogSys.dll", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (module_) Announce("LD");
+}
+
+void BareTrace::CloseAgain() { Announce("FD"); }
+
+void BareTrace::Open() {
+  LogFileSettings settings{};
+  ReadSettings();
   module_.Reset(LoadLibraryExA(library_.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module_) module_.Reset(LoadLibraryExA("TvLogSys.dll", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module_) return;

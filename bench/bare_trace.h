@@ -16,10 +16,16 @@ class BareTrace {
   explicit BareTrace(const std::string& directory);
 
   void Open();
+
+  /// An export that is called inside of another: the settings are read again, and the library stays loaded.
+  void OpenAgain();
+  void CloseAgain();
+
   void Line(const char* function, const char* description);
   void Close();
 
  private:
+  void ReadSettings() const;
   struct Functions {
     decltype(&LogSys_InitializeLogSystem) initialize;
     decltype(&LogSys_FinalizeLogSystem) finalize;

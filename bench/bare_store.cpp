@@ -1,0 +1,88 @@
+#include "bench/bare_store.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "store/key_blobs.h"
+
+namespace bench {
+
+BareStore::BareStore(const std::string& directory)
+    : trace_(directory),
+      live_(directory + "\\..\\Bare\\INTEGRA.DAT"),
+      backup_(directory + "\\..\\Bare\\INTEGRA.BAK"),
+      encrypt_(reinterpret_cast<decltype(&APIcr_EncryptBuffer)>(
+          reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ApiCr.dll"), "APIcr_EncryptBuffer")))) {
+  const std::string store = directory + "\\..\\KESAgent\\INTEGRA.DAT";
+  std::filesystem::create_directories(directory + "\\..\\Bare");
+  for (const std::string& file : {live_, backup_}) {
+    std::filesystem::copy_file(store, file, std::filesystem::copy_options::overwrite_existing);
+  }
+  std::ifstream file(store, std::ios::binary);
+  plain_.assign(std::istreambuf_iterator<char>(file), {});
+}
+
+void BareStore::Read(const char* name) {
+  trace_.Line(name, "Function start");
+  trace_.Line("ReadIntegraDat", "Function start");
+  WIN32_FILE_ATTRIBUTE_DATA status;
+  GetFileAttributesExA(live_.c_str(), GetFileExInfoStandard, &status);
+  trace_.Line("ReadIntegraDat", "Function end. Return code (0)");
+}
+
+void BareStore::GetAgentId() {
+  trace_.Open();
+  Read("KE_GetAgentID");
+  trace_.Line("KE_GetAgentID", "Function end. Return code (0)");
+  trace_.Close();
+}
+
+bool BareStore::Replace(const std::string& path, const std::string& content, bool ownTime) const {
+  const std::string beside = path + ".NEW";
+  alignas(SECURITY_DESCRIPTOR) char rights[2048];
+  SECURITY_ATTRIBUTES security{.nLength = sizeof security, .lpSecurityDescriptor = rights, .bInheritHandle = FALSE};
+  DWORD needed = 0, written = 0;
+  bool good = GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, rights, sizeof rights, &needed) != 0;
+  win::FileHandle file(CreateFileA(beside.c_str(), GENERIC_READ | GENERIC_WRITE, 0, &security, CREATE_NEW,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+  good = good && WriteFile(file.Get(), content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
+  if (ownTime) {
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    good = good && SetFileTime(file.Get(), nullptr, nullptr, &now);
+  }
+  good = good && FlushFileBuffers(file.Get());
+  file.Reset();
+  return good && MoveFileExA(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
+bool BareStore::SetAgentId() {
+  trace_.Open();
+  trace_.Line("KE_SetAgentID", "Function start");
+  trace_.OpenAgain();
+  Read("KE_GetCertificate");
+  trace_.Line("KE_GetCertificate", "Function end. Return code (0)");
+  trace_.CloseAgain();
+  trace_.Line("CheckIntegrity", "CheckIntegrity ok");
+  const HANDLE lock = CreateMutexExA(nullptr, "Global\\KELUtils bare store", 0, SYNCHRONIZE | MUTEX_MODIFY_STATE);
+  WaitForSingleObject(lock, 5000);
+  Read("KE_SetAgentID");
+  trace_.Line("WriteIntegraDat", plain_.c_str());
+  std::string content = plain_;
+  std::int32_t error = 0;
+  encrypt_(content.data() + 4, static_cast<std::uint32_t>(content.size() - 4), store::kFileKeyBlob, 0, &error);
+  trace_.Line("WriteIntegraDat", "File successfully encrypted");
+  const bool live = Replace(live_, content, true);
+  trace_.Line("WriteIntegraDat", "Number of items to write: [352]. Number of items written to file  [352]");
+  const bool backup = Replace(backup_, content, false);
+  WIN32_FILE_ATTRIBUTE_DATA status;
+  GetFileAttributesExA(live_.c_str(), GetFileExInfoStandard, &status);
+  ReleaseMutex(lock);
+  CloseHandle(lock);
+  trace_.Line("KE_SetAgentID", "Function end. Return code (0)");
+  trace_.Close();
+  return error == 0 && live && backup;
+}
+
+}  // namespace bench
