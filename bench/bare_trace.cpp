@@ -33,8 +33,8 @@ void BareTrace::ReadSettings() const {
 
 void BareTrace::OpenAgain() {
   ReadSettings();
-  if (!module_) LoadLibraryExA(library_.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  if (!module_) LoadLibraryExA("TvLogSys.dll", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!module_) module_.Reset(LoadLibraryExA(library_.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  if (!module_) module_.Reset(LoadLibraryExA("TvLogSys.dll", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (module_) Announce("LD");
 }
 
