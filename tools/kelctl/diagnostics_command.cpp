@@ -47,9 +47,8 @@ void AddDiagnosticsCommand(CLI::App& kelctl, Session& session) {
   const auto path = std::make_shared<std::string>();
   command->add_option("FILE", *path, "The ZIP archive to make; it must not exist")->required()->type_name("");
   command->footer(
-      "Passwords, certificates, keys and the store's text in the trace log are left out; docs/kelctl.md says how they "
-      "are "
-      "known. Look the archive through before it leaves the machine.\n"
+      "Passwords, certificates, keys and the store's text in the trace log are left out; docs/kelctl.md says how "
+      "they are known. Look the archive through before it leaves the machine.\n"
       "Example: kelctl diagnostics C:\\Temp\\agent.zip");
   command->callback([&session, path] { Collect(session, *path); });
 }

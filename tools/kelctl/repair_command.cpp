@@ -123,8 +123,8 @@ void AddRepairCommand(CLI::App& kelctl, Session& session) {
   command->add_flag("--dry-run", options->dryRun, "Only show what would be done");
   command->footer(
       "Only a whole store is taken: one that can be deciphered and has at least 4 sections. Else, and when "
-      "INTEGRA.DAT.1 "
-      "to .9 are all there, the exit code is 4 and nothing is changed. The agent's other programs should be stopped.\n"
+      "INTEGRA.DAT.1 to .9 are all there, the exit code is 4 and nothing is changed. The agent's other programs should "
+      "be stopped.\n"
       "Example: kelctl repair --dry-run\n"
       "Example: kelctl repair --from bak");
   command->callback([&session, options] { Repair(session, *options); });

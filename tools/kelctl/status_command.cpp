@@ -24,9 +24,8 @@ void AddStatusCommand(CLI::App& kelctl, Session& session) {
       ->type_name("N")
       ->check(CLI::Range(0, 1000));
   command->footer(
-      "Told from the files alone: nothing is changed, and nothing repaired. Exit code 1 when no copy of the store can "
-      "be "
-      "used.\n"
+      "Told from the files alone: nothing is changed, and nothing repaired. Exit code 1 when no copy of the store "
+      "can be used.\n"
       "Example: kelctl status --json");
   command->callback([&session, errorCount] { ShowStatus(session, *errorCount); });
 }
