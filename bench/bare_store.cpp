@@ -17,7 +17,8 @@ BareStore::BareStore(const std::string& directory)
   const std::string store = directory + "\\..\\KESAgent\\INTEGRA.DAT";
   std::filesystem::create_directories(directory + "\\..\\Bare");
   for (const std::string& file : {live_, backup_}) {
-    std::filesystem::copy_file(store, file, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(file);  // a copy over an existing file fails with this library
+    std::filesystem::copy_file(store, file);
   }
   std::ifstream file(store, std::ios::binary);
   plain_.assign(std::istreambuf_iterator<char>(file), {});
