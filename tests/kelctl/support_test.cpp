@@ -1,6 +1,7 @@
 // The support commands of kelctl.exe in product trees that are whole, and in damaged ones.
 #include <doctest/doctest.h>
 
+#include <fstream>
 #include <list>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -311,9 +312,11 @@ TEST_CASE("log: follows what is appended, also over a rotation") {
   const Started program(tree.CommandLine("log -f -n 2"), output);
   CHECK(program.Writes("line 1\"\r\n"));
   CHECK(program.Writes("line 2\"\r\n"));
-  WriteFile(log, line(2) + line(3));
+  // As a trace library does: a file that is written anew is empty for a moment, and then read from its beginning.
+  const auto append = [&](int number) { std::ofstream(log, std::ios::binary | std::ios::app) << line(number); };
+  append(3);
   CHECK(program.Writes("line 3\"\r\n"));
-  WriteFile(log, line(2) + line(3) + line(4));
+  append(4);
   std::filesystem::rename(log, log.string() + ".old");
   WriteFile(log, line(5));
   CHECK(program.Writes("line 5\"\r\n"));
