@@ -77,14 +77,26 @@ void AddRegistrations(std::vector<Sibling>& siblings) {
   }
 }
 
-// Fills in what loading the module at `path` shows.
+// What is known of one that was looked for and found at `path`, or nowhere.
+Finding Looked(const Sibling& sibling, const std::optional<std::string>& path) {
+  const bool listed = !sibling.places.empty();
+  return {.kind = sibling.kind == SiblingKind::kModule ? "module" : "program",
+          .subject = Utf8FromCodePage(sibling.name),
+          .path = Utf8FromCodePage(path.value_or(listed ? sibling.places.front() : "")),
+          .health = path ? Health::kOk : sibling.whenUnusable,
+          .detail = path     ? "found"
+                    : listed ? "missing"
+                             : sibling.unlisted};
+}
+
+// Fills in what loading the module at `path`, where it was found, shows.
 void CheckModule(const Sibling& sibling, const std::string& path, Finding& finding) {
   const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
+    finding.health = sibling.whenUnusable;
     finding.detail = "cannot be loaded (Windows error " + std::to_string(GetLastError()) + ")";
     return;
   }
-  finding.health = Health::kOk;
   finding.detail = sibling.names.empty() ? "loaded" : "loaded, has all functions";
   for (const auto& [name, required] : sibling.names) {
     if (GetProcAddress(module.Get(), name.c_str()) != nullptr) continue;
@@ -94,14 +106,11 @@ void CheckModule(const Sibling& sibling, const std::string& path, Finding& findi
   }
 }
 
-void CheckProgram(const std::string& path, Finding& finding) {
+void CheckProgram(const Sibling& sibling, const std::string& path, Finding& finding) {
   DWORD type = 0;
-  if (!GetBinaryTypeA(path.c_str(), &type)) {
-    finding.detail = "is no program (Windows error " + std::to_string(GetLastError()) + ")";
-    return;
-  }
-  finding.health = Health::kOk;
-  finding.detail = "found";
+  if (GetBinaryTypeA(path.c_str(), &type)) return;
+  finding.health = sibling.whenUnusable;
+  finding.detail = "is no program (Windows error " + std::to_string(GetLastError()) + ")";
 }
 
 }  // namespace
@@ -136,15 +145,13 @@ std::optional<std::string> FindSibling(const Sibling& sibling) {
   return std::nullopt;
 }
 
+Finding LookForSibling(const Sibling& sibling) { return Looked(sibling, FindSibling(sibling)); }
+
 Finding CheckSibling(const Sibling& sibling) {
   const auto path = FindSibling(sibling);
-  const bool module = sibling.kind == SiblingKind::kModule;
-  Finding finding{.kind = module ? "module" : "program",
-                  .subject = Utf8FromCodePage(sibling.name),
-                  .path = Utf8FromCodePage(path.value_or(sibling.places.empty() ? "" : sibling.places.front())),
-                  .health = sibling.whenUnusable,
-                  .detail = sibling.places.empty() ? sibling.unlisted : "missing"};
-  if (path) module ? CheckModule(sibling, *path, finding) : CheckProgram(*path, finding);
+  Finding finding = Looked(sibling, path);
+  const auto check = sibling.kind == SiblingKind::kModule ? CheckModule : CheckProgram;
+  if (path) check(sibling, *path, finding);
   return finding;
 }
 

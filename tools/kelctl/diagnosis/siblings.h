@@ -34,7 +34,10 @@ std::vector<Sibling> SiblingsOf(const Product& product);
 /// The first place where the file is; none when it is missing.
 std::optional<std::string> FindSibling(const Sibling& sibling);
 
-/// Examines one: a module is loaded and freed again, a program only looked at.
+/// Looks for one: all is well when its file is there.
+Finding LookForSibling(const Sibling& sibling);
+
+/// Looks for one and examines it: a module is loaded and freed again, a program only looked at.
 Finding CheckSibling(const Sibling& sibling);
 
 }  // namespace kelctl

@@ -22,18 +22,6 @@ std::vector<NamedText> VersionsOf(const std::vector<Sibling>& siblings) {
   return versions;
 }
 
-Finding Look(const Sibling& sibling) {
-  const auto path = FindSibling(sibling);
-  const bool listed = !sibling.places.empty();
-  return {.kind = sibling.kind == SiblingKind::kModule ? "module" : "program",
-          .subject = Utf8FromCodePage(sibling.name),
-          .path = Utf8FromCodePage(path.value_or(listed ? sibling.places.front() : "")),
-          .health = path ? Health::kOk : sibling.whenUnusable,
-          .detail = path     ? "found"
-                    : listed ? "missing"
-                             : sibling.unlisted};
-}
-
 std::string Row(const std::string& name, const std::string& text) {
   std::string row = name;
   row.resize(std::max<std::size_t>(row.size(), 24), ' ');
@@ -62,7 +50,7 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
   }
   const std::vector<Sibling> siblings = SiblingsOf(product);
   status.versions = VersionsOf(siblings);
-  for (const Sibling& sibling : siblings) status.siblings.push_back(Look(sibling));
+  for (const Sibling& sibling : siblings) status.siblings.push_back(LookForSibling(sibling));
   const auto isError = [](const TraceRecord& record) { return record.IsError(); };
   for (TraceRecord& record : LastRecords(product.TraceLog(), errorCount, isError)) {
     status.errors.push_back(redactor.Record(std::move(record)));
