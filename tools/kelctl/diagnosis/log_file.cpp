@@ -14,12 +14,6 @@ namespace {
 constexpr std::uint64_t kLongestPart = std::uint64_t{16} * 1024 * 1024;  // bytes read at once
 constexpr char kOlderPart[] = ".old";
 
-// The file may be renamed while it is open here.
-win::FileHandle OpenShared(const std::string& path) {
-  return win::FileHandle(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                     nullptr, OPEN_EXISTING, 0, nullptr));
-}
-
 // The file's number on its volume, which a renaming keeps.
 std::uint64_t IdentityOf(const win::FileHandle& file) {
   BY_HANDLE_FILE_INFORMATION information;
@@ -49,7 +43,7 @@ std::string TakeLines(const win::FileHandle& file, std::uint64_t& position) {
 }  // namespace
 
 std::optional<std::string> EndOfFile(const std::string& path, std::uint64_t limit) {
-  const win::FileHandle file = OpenShared(path);
+  const win::FileHandle file = win::OpenForReading(path);
   if (!file) return std::nullopt;
   const std::uint64_t size = win::SizeOf(file).value_or(0);
   return ReadFrom(file, size - std::min(size, limit));
@@ -69,18 +63,18 @@ std::vector<TraceRecord> LastRecords(const std::string& path, std::size_t count,
 }
 
 LogFollower::LogFollower(std::string path) : path_(std::move(path)) {
-  const win::FileHandle file = OpenShared(path_);
+  const win::FileHandle file = win::OpenForReading(path_);
   identity_ = IdentityOf(file);
   position_ = file ? win::SizeOf(file).value_or(0) : 0;
 }
 
 std::string LogFollower::NewText() {
   std::string text;
-  const win::FileHandle file = OpenShared(path_);
+  const win::FileHandle file = win::OpenForReading(path_);
   const std::uint64_t identity = IdentityOf(file);
   if (identity == 0) return text;  // between the two steps of a replacement; nothing is lost by waiting
   if (identity != identity_) {
-    const win::FileHandle older = OpenShared(path_ + kOlderPart);
+    const win::FileHandle older = win::OpenForReading(path_ + kOlderPart);
     if (identity_ != 0 && IdentityOf(older) == identity_) text = TakeLines(older, position_);
     identity_ = identity;
     position_ = 0;
