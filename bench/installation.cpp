@@ -1,11 +1,10 @@
 #include "bench/installation.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 
+#include "bench/build_folder.h"
 #include "services/message_types.h"
 #include "services/upgrade_settings.h"
 
@@ -20,12 +19,6 @@ constexpr const char* kActions[] = {
     "SendMessage", "SendStateInfo", "IntegrationMessage", "CheckPolicy", "Action1", "Action2", "Action3", "Action4",
     "Action5",     "Action6"};
 constexpr int kMessages = 65;  // with two entries each; an action has seven
-
-fs::path OwnFolder() {
-  wchar_t name[MAX_PATH];
-  GetModuleFileNameW(nullptr, name, MAX_PATH);
-  return fs::path(name).parent_path();
-}
 
 std::string Entry(const std::string& key, const std::string& value) { return key + "=" + value + "\r\n"; }
 
@@ -77,7 +70,7 @@ Installation::Installation() {
   do {
     root_ = fs::temp_directory_path() / ("kelutils-bench-" + std::to_string(++count));
   } while (!fs::create_directory(root_));
-  const fs::path build = OwnFolder().parent_path();
+  const fs::path build = BuildFolder();
   for (const char* folder : {"KELUtils", "Common"}) fs::create_directory(root_ / folder);
   fs::copy_file(build / "bin" / "KELUtils.dll", Library());
   fs::copy_file(build / "devkit" / "TvLogSys.dll", TraceLibrary());

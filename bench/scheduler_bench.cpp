@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "bench/build_folder.h"
 #include "bench/measure.h"
 #include "frame/module.h"
 #include "frame/trace.h"
@@ -25,11 +26,11 @@ class Product {
   Product() {
     fs::create_directories(root_ / "KELUtils");
     fs::create_directories(root_ / "Scheduler");
-    fs::copy_file(Build() / "bin" / "KELUtils.dll", Dll(), fs::copy_options::overwrite_existing);
+    fs::copy_file(bench::BuildFolder() / "bin" / "KELUtils.dll", Dll(), fs::copy_options::overwrite_existing);
     fs::create_directories(root_ / "Common");
-    fs::copy_file(Build() / "devkit" / "TvLogSys.dll", root_ / "Common" / "TvLogSys.dll",
+    fs::copy_file(bench::BuildFolder() / "devkit" / "TvLogSys.dll", root_ / "Common" / "TvLogSys.dll",
                   fs::copy_options::overwrite_existing);
-    fs::copy_file(Build() / "bench" / "idle_program.exe", root_ / "Scheduler" / "zumat.exe",
+    fs::copy_file(bench::BuildFolder() / "bench" / "idle_program.exe", root_ / "Scheduler" / "zumat.exe",
                   fs::copy_options::overwrite_existing);
     module_.Reset(LoadLibraryW(Dll().c_str()));
     frame::AttachModule(module_.Get());
@@ -46,11 +47,6 @@ class Product {
   }
 
  private:
-  static fs::path Build() {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return fs::path(path).parent_path().parent_path();
-  }
   fs::path Dll() const { return root_ / "KELUtils" / "KELUtils.dll"; }
 
   const fs::path root_ = fs::temp_directory_path() / ("kelutils-bench-" + std::to_string(GetCurrentProcessId()));

@@ -8,12 +8,6 @@ namespace bench {
 
 namespace fs = std::filesystem;
 
-fs::path BuildFolder() {
-  wchar_t name[MAX_PATH];
-  GetModuleFileNameW(nullptr, name, MAX_PATH);
-  return fs::path(name).parent_path().parent_path();
-}
-
 StoreTree::StoreTree()
     : root_(fs::temp_directory_path() / ("kelutils-bench-" + std::to_string(GetCurrentProcessId()))) {
   const fs::path build = BuildFolder();

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "bench/build_folder.h"
 #include "win/owner.h"
 
 namespace bench {
@@ -34,8 +35,5 @@ class StoreTree {
   std::filesystem::path root_;
   win::ModuleHandle library_;
 };
-
-/// The folder of a build that this program is in.
-std::filesystem::path BuildFolder();
 
 }  // namespace bench
