@@ -48,7 +48,7 @@ struct Matrix {
         std::vector<const Value*> arguments = good;
         arguments[i] = &bad;
         Try(function, arguments);
-        for (std::size_t j = i + 1; j < values.size() && endurance::IsLong(); ++j) {
+        for (std::size_t j = i + 1; j < values.size() && support::IsLong(); ++j) {
           for (const Value& other : values[j]) {
             arguments[j] = &other;
             Try(function, arguments);

@@ -55,7 +55,7 @@ TEST_CASE("damage: the store cut at every length, and every bit flipped") {
   Damage damage;
   CHECK(damage.getters.size() + damage.setters.size() >= 35);
   const std::string whole = damage.tree.content;
-  const std::size_t step = endurance::IsLong() ? 1 : 101;
+  const std::size_t step = support::IsLong() ? 1 : 101;
   for (std::size_t length = 0; length < whole.size(); length += step)
     damage.Run(whole.substr(0, length), "cut at " + std::to_string(length));
   for (std::size_t bit = 0; bit < 8 * whole.size(); bit += bit < 64 ? std::min<std::size_t>(step, 5) : step) {

@@ -3,7 +3,6 @@
 #include <doctest/doctest.h>
 
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <regex>
@@ -160,8 +159,6 @@ std::vector<Value> Pointers(std::initializer_list<std::string> contents) {
 }
 
 }  // namespace
-
-bool IsLong() { return std::getenv("KELUTILS_TORTURE") != nullptr; }
 
 const std::vector<ExportedFunction>& ExportedFunctions() {
   static const std::vector<ExportedFunction> functions = ReadHeader();

@@ -11,9 +11,6 @@
 
 namespace endurance {
 
-/// True for the long form of a test, which the environment variable KELUTILS_TORTURE asks for.
-bool IsLong();
-
 enum class Kind { kText, kBuffer, kNumber, kNumberIn, kNumberOut, kTime, kProxy };
 
 struct Parameter {

@@ -77,7 +77,7 @@ void Repeat(support::Tally& tally, const std::string& name, int warmUp, int time
 TEST_CASE("leaks: loading, using and unloading") {
   const endurance::BusyTree tree(true);
   support::Tally tally("loading, using and unloading");
-  const int times = endurance::IsLong() ? 10000 : 300;
+  const int times = support::IsLong() ? 10000 : 300;
   Repeat(tally, "load", 20, times, [&] {
     const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
     char buffer[64];
@@ -89,10 +89,10 @@ TEST_CASE("leaks: loading, using and unloading") {
 TEST_CASE("leaks: calls of every export that does not wait") {
   const endurance::BusyTree tree(true);
   // Loading the trace log takes most of the time of a call, and is part of the short form and of the loads above.
-  if (endurance::IsLong()) std::filesystem::remove(tree.Path("Common/TvLogSys.dll"));
+  if (support::IsLong()) std::filesystem::remove(tree.Path("Common/TvLogSys.dll"));
   const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
   support::Tally tally("calls of every export that does not wait");
-  const int times = endurance::IsLong() ? 10000 : 50;
+  const int times = support::IsLong() ? 10000 : 50;
   for (const endurance::ExportedFunction& function : endurance::ExportedFunctions()) {
     if (endurance::Waits(function)) continue;
     tree.Reset();

@@ -1,12 +1,16 @@
-// Counts the cases of an endurance test.
+// What tests with a short and a long form share.
 #pragma once
 
 #include <doctest/doctest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace support {
+
+/// True for the long form of a test, which the environment variable KELUTILS_TORTURE asks for (scripts/torture.sh).
+inline bool IsLong() { return std::getenv("KELUTILS_TORTURE") != nullptr; }
 
 /// Counts what one test does, and prints its summary line at the end.
 class Tally {

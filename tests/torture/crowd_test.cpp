@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kProcesses = 4, kThreads = 4, kLast = 1000000;
 
-int Operations() { return torture::IsLong() ? 2000 : 30; }
+int Operations() { return support::IsLong() ? 2000 : 30; }
 
 std::string Key(int process, int thread) { return "K" + std::to_string(process) + "_" + std::to_string(thread); }
 
@@ -102,7 +102,7 @@ TEST_CASE("child: one of a crowd" * doctest::skip()) {
 }
 
 TEST_CASE("a process that hangs inside a write holds up the others for seconds, not for good") {
-  if (!torture::IsLong()) return;
+  if (!support::IsLong()) return;
   support::Tally tally("beside a process that hangs");
   const StoreTree tree;
   torture::Prepare(tree, torture::Scenes()[0]);

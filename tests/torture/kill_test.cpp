@@ -8,7 +8,7 @@ using torture::Child;
 using torture::Gate;
 
 TEST_CASE("killed at every file call: the old identity or the new one, and no copy is ever half a file") {
-  for (std::size_t i = 0; i < (torture::IsLong() ? torture::Scenes().size() : 2); ++i) {
+  for (std::size_t i = 0; i < (support::IsLong() ? torture::Scenes().size() : 2); ++i) {
     const torture::Scene& scene = torture::Scenes()[i];
     support::Tally tally(scene.name);
     const StoreTree tree;
@@ -57,7 +57,7 @@ TEST_CASE("killed at moments of chance: each process finds a whole identity, nev
   support::WriteFile(tree.Store("INTEGRA.DAT"), WholeStore(Identity(1)));
   unsigned chance = 12345;
   int reached = 1;
-  for (int i = 0; i < (torture::IsLong() ? 1000 : 10); ++i) {
+  for (int i = 0; i < (support::IsLong() ? 1000 : 10); ++i) {
     chance = chance * 1103515245 + 12345;
     const Child child("child: sets until it is killed", tree, reached, static_cast<int>(chance >> 8) % 40000);
     tally.Case(child.End() == Gate::kEnded, "run " + std::to_string(i));

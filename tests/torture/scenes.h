@@ -69,7 +69,7 @@ inline bool CopiesAreWhole(const StoreTree& tree, const Scene& scene) {
 /// The identity that a fresh process finds, through the DLL and the tool; in the short form a fresh instance in this
 /// process.
 inline std::string FreshIdentity(const StoreTree& tree) {
-  if (!IsLong()) return AgentId(tree.Load());
+  if (!support::IsLong()) return AgentId(tree.Load());
   const std::string tool = (support::BuildFolder() / "bin" / "kelctl.exe").string();
   const std::string dll = tree.tree.Path("KELUtils/KELUtils.dll").string();
   const auto run = support::RunProgram("\"" + tool + "\" --dll \"" + dll + "\" get agent-id");

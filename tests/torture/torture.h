@@ -15,8 +15,6 @@
 
 namespace torture {
 
-inline bool IsLong() { return std::getenv("KELUTILS_TORTURE") != nullptr; }
-
 /// Stands before every file call of the store, for the scope. Writes arrive in two halves, so that each can be cut in
 /// the middle; pauses take no time.
 class Gate {
