@@ -113,6 +113,11 @@ KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const S
   return KE_SUCCESS;
 }
 
+// True when a file of that status has the stamp of the cached store.
+bool HasStamp(const win::FileStatus& status) noexcept {
+  return IntegraFileStatus.exists && status.exists && status.written == IntegraFileStatus.written;
+}
+
 // Brings the cached store up to date with the file or the backup. A damaged cached store is first repaired from the
 // start copy, unless its stamp was forgotten: then the file holds a copy that has yet to be read.
 KE_RESULT RefreshStore(const StorePaths& paths, bool startExists) {
@@ -130,7 +135,7 @@ KE_RESULT RefreshStore(const StorePaths& paths, bool startExists) {
     Trace(kDetail, "ReadIntegraDat", "Restored from Integra.start");
     status = win::StatusOf(live);
   }
-  if (IntegraStore && IntegraFileStatus.exists && status.written == IntegraFileStatus.written) return KE_SUCCESS;
+  if (IntegraStore && HasStamp(status)) return KE_SUCCESS;
   if (!source) source = win::OpenForUpdate(live);
   if (!source) return KE_STORE_UNUSABLE;
   return LoadStore(std::move(source), status, paths);
@@ -148,10 +153,8 @@ bool RepairLoadedStore(const StorePaths& paths) {
 
 // True when the cached store is that of the file, and neither has anything to be repaired.
 bool StoreIsCurrent(const StorePaths& paths) {
-  if (IntegraStore == nullptr || !IntegraFileStatus.exists) return false;
-  const win::FileStatus status = win::StatusOf(paths.Live());
-  return status.exists && status.written == IntegraFileStatus.written &&
-         !(StoreIsDamaged() && win::Exists(paths.Start()));
+  if (IntegraStore == nullptr || !IntegraFileStatus.exists) return false;  // nothing to compare a file with
+  return HasStamp(win::StatusOf(paths.Live())) && !(StoreIsDamaged() && win::Exists(paths.Start()));
 }
 
 KE_RESULT ReadUnderLock(const StorePaths& paths) {

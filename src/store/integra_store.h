@@ -61,8 +61,7 @@ template <typename Work>
 KE_RESULT ChangeCurrentStore(Work work) {
   const win::Holding hold(frame::IntegraLock);
   const StoreLock lock;
-  const KE_RESULT result = ReadIntegraDat();
-  return result == KE_SUCCESS ? work() : result;
+  return WithCurrentStore(work);
 }
 
 /// Destroys the cached store, at process detach.
