@@ -1,6 +1,7 @@
 // The in-memory model of every store: ordered sections of ordered entries, and its text form.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -29,6 +30,9 @@ struct IniStore {
   std::vector<IniSection> sections;
   std::vector<std::unique_ptr<char[]>> texts;  // whole files, and names and values that were added or changed since
 };
+
+/// An integration store with fewer sections is taken as damaged.
+inline constexpr std::size_t kFewestSections = 4;
 
 /// The first section of that name; null when there is none or `name` is null.
 IniSection* FindSection(IniStore& store, const char* name) noexcept;

@@ -27,8 +27,6 @@ using frame::kDetail;
 using frame::kInfo;
 using frame::Trace;
 
-constexpr std::size_t kFewestSections = 4;  // a store with fewer is taken as damaged
-
 // Status of the file when the cached store was loaded or written; its last-write time is the stamp of the cache. A
 // status of no file matches nothing: the next read loads the file.
 win::FileStatus IntegraFileStatus;

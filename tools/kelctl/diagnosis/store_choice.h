@@ -2,16 +2,12 @@
 // through its exports repairs.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "store/ini_store.h"
 
 namespace kelctl {
-
-/// A store with fewer sections is taken as damaged.
-inline constexpr std::size_t kFewestSections = 4;
 
 enum class CopyState {
   kMissing,
@@ -31,7 +27,7 @@ struct StoreCopy {
   std::uint64_t size = 0;   // bytes
   store::IniStore store;    // when it was read
 
-  bool IsWhole() const { return state == CopyState::kRead && store.sections.size() >= kFewestSections; }
+  bool IsWhole() const { return state == CopyState::kRead && store.sections.size() >= store::kFewestSections; }
 };
 
 /// The three files.
