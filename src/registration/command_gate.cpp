@@ -4,12 +4,11 @@
 #include <span>
 #include <string_view>
 
+#include "frame/install_state.h"
 #include "frame/text.h"
 
 namespace registration {
 namespace {
-
-constexpr std::int32_t kInstallComplete = 200;  // states from here on are those of a complete installation
 
 // The gaps are meant: no command of a list runs in state 45.
 constexpr std::int32_t kTestStates[] = {40, 41, 42, 43, 44, 47, 48};
@@ -31,7 +30,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 bool IsCommandAllowed(const char* command, std::int32_t state) noexcept {
-  if (state >= kInstallComplete) return true;
+  if (state >= frame::kInstallComplete) return true;
   if (command == nullptr) return false;
   return std::ranges::any_of(kCommands, [&](const Command& row) {
     if (!frame::SameName(row.name, command)) return false;

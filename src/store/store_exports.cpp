@@ -4,6 +4,7 @@
 
 #include "KELUtils.h"
 #include "frame/export_call.h"
+#include "frame/install_state.h"
 #include "frame/text.h"
 #include "store/accessor_table.h"
 #include "store/accessors.h"
@@ -18,12 +19,6 @@ using store::kTextGetters;
 using store::kTextSetters;
 using store::RowOf;
 using store::SetText;
-
-namespace {
-
-constexpr std::int32_t kInstallComplete = 200;  // installation states from here on are those of a complete installation
-
-}  // namespace
 
 // Texts
 
@@ -126,7 +121,7 @@ KE_RESULT KE_API KE_IsInstallComplete(int32_t* value) {
     *value = 0;
     int32_t state = 0;
     const KE_RESULT result = KE_GetInstallState(&state);
-    if (result == KE_SUCCESS && state >= kInstallComplete) *value = 1;
+    if (result == KE_SUCCESS && state >= frame::kInstallComplete) *value = 1;
     return result;
   });
 }

@@ -4,12 +4,11 @@
 
 #include "code_page.h"
 #include "frame/decimal.h"
+#include "frame/install_state.h"
 #include "store/accessor_table.h"
 
 namespace kelctl {
 namespace {
-
-constexpr std::int32_t kInstallComplete = 200;  // states from here on are those of a complete installation
 
 std::string TextOf(const store::IniStore& store, const char* section, const char* key) {
   const store::IniEntry* const entry = store::LookupEntry(store, section, key);
@@ -19,7 +18,7 @@ std::string TextOf(const store::IniStore& store, const char* section, const char
 std::int32_t NumberOf(const store::IniStore& store, std::string_view getter) {
   const auto state = [&] { return frame::DecimalFromText(TextOf(store, "INSTALL", "State").c_str()); };
   if (getter == "KE_GetInstallState") return state();
-  if (getter == "KE_IsInstallComplete") return state() >= kInstallComplete ? 1 : 0;
+  if (getter == "KE_IsInstallComplete") return state() >= frame::kInstallComplete ? 1 : 0;
   if (getter == "KE_GetLastInstallError") return frame::DecimalFromText(TextOf(store, "INSTALL", "LastError").c_str());
   const bool integrated =
       !TextOf(store, "INTEGRATION", "Date").empty() && !TextOf(store, "INTEGRATION", "DEVICEID").empty();
