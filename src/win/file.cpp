@@ -84,7 +84,7 @@ void MakeFolder(const std::string& path) noexcept { CreateDirectoryA(path.c_str(
 FileHandle OpenForUpdate(const std::string& path) noexcept { return Open(path, OPEN_EXISTING); }
 
 FileHandle CreateForUpdate(const std::string& path) noexcept {
-  FileHandle file = Open(path, OPEN_ALWAYS);
+  FileHandle file = OpenOrCreate(path);
   if (file && (!Passes(FileCall::kResize) || !SetEndOfFile(file.Get()))) file.Reset();
   return file;
 }
@@ -114,7 +114,7 @@ FileHandle CreateReplacement(const std::string& path, const std::string& target,
   return file;
 }
 
-bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(Open(path, OPEN_ALWAYS)); }
+bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(OpenOrCreate(path)); }
 
 std::optional<std::uint64_t> SizeOf(const FileHandle& file) noexcept {
   LARGE_INTEGER size{};
