@@ -15,8 +15,8 @@ void __verbose_terminate_handler() { std::abort(); }
 }  // namespace __gnu_cxx
 
 // What the standard library's classes call. The runtime's forms throw exceptions that hold strings, of both of its
-// kinds. A length that no container can have is memory that cannot be had; the others are mistakes of ours, which end
-// at the export.
+// kinds. A length that no container can have is memory that cannot be had; the others are mistakes in the program,
+// which end at the export.
 namespace std {
 void __throw_bad_alloc() { throw bad_alloc(); }
 void __throw_bad_array_new_length() { throw bad_array_new_length(); }
