@@ -5,16 +5,10 @@
 #include "win/registry.h"
 
 namespace frame {
-namespace {
-
-constexpr std::size_t kLongestName = 260;        // characters of a value's name; a longer one ends the enumeration
-constexpr std::size_t kLongestDirectory = 4097;  // characters
-
-}  // namespace
 
 KE_RESULT ReRegisterPluginsFromRegistry() {
   Trace(kInfo, __func__, "Function start");
-  const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, kProtectionsKey, kLongestName);
+  const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, kProtectionsKey, kLongestProtection);
   if (!names) return KE_REGISTRY_UNUSABLE;
   for (const auto& name : *names) {
     if (!name.empty()) ReRegisterOnePluginFromRegistry(name.c_str());
@@ -24,7 +18,7 @@ KE_RESULT ReRegisterPluginsFromRegistry() {
 
 void ReRegisterOnePluginFromRegistry(const char* valueName) {
   Trace(kInfo, __func__, "Function start");
-  auto directory = win::ReadTextValue(HKEY_LOCAL_MACHINE, kProtectionsKey, valueName, kLongestDirectory);
+  auto directory = win::ReadTextValue(HKEY_LOCAL_MACHINE, kProtectionsKey, valueName, kLongestProtectionDirectory);
   // An empty directory would name the root of the current drive.
   if (!directory || directory->empty()) return;
   if (directory->back() != '\\') *directory += '\\';

@@ -64,10 +64,10 @@ Sibling Plugin(const Product& product, const char* name, const services::PluginP
 
 // The modules of the protections that are registered on this machine.
 void AddRegistrations(std::vector<Sibling>& siblings) {
-  constexpr std::size_t kLongestText = 4097;
-  for (const std::string& name :
-       win::ValueNames(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, 260).value_or(std::vector<std::string>{})) {
-    auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, name.c_str(), kLongestText);
+  const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, frame::kLongestProtection);
+  for (const std::string& name : names.value_or(std::vector<std::string>{})) {
+    auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, name.c_str(),
+                                     frame::kLongestProtectionDirectory);
     if (name.empty() || !folder || folder->empty()) continue;
     if (!folder->ends_with('\\')) *folder += '\\';
     siblings.push_back({.name = "KERegister.dll (" + name + ")",
