@@ -6,12 +6,13 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <optional>
 
 namespace frame {
 namespace {
 
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::int32_t kLineGroups = 19;  // of four characters
+constexpr std::uint32_t kLineGroups = 19;  // of four characters
 constexpr std::uint32_t kLineCharacters = 4 * kLineGroups;
 constexpr std::uint32_t kForeign = 0x80000000;
 
@@ -38,34 +39,45 @@ constexpr auto MakePairs() {
 }
 constexpr auto kPairs = MakePairs();
 
+std::uint32_t BigEndian(const unsigned char* at) noexcept {
+  return std::uint32_t{at[0]} << 24 | std::uint32_t{at[1]} << 16 | std::uint32_t{at[2]} << 8 | at[3];
+}
+
+// Writes the two characters of the low 12 bits.
+void PutPair(char* to, std::uint32_t value) noexcept { std::memcpy(to, kPairs[value & 0xFFF].data(), 2); }
+
+// From where is read and to where is written.
+struct Places {
+  const unsigned char* from;
+  char* to;
+};
+
+// Writes `count` groups of three bytes, four characters each; two at a time, whose six bytes two words overlap.
+inline void PutGroups(Places& at, std::uint32_t count) noexcept {
+  for (; count > 1; count -= 2, at.from += 6, at.to += 8) {
+    const std::uint32_t first = BigEndian(at.from), second = BigEndian(at.from + 2);
+    PutPair(at.to, first >> 20);
+    PutPair(at.to + 2, first >> 8);
+    PutPair(at.to + 4, second >> 12);
+    PutPair(at.to + 6, second);
+  }
+  if (count == 0) return;
+  const std::uint32_t group = std::uint32_t{at.from[0]} << 16 | std::uint32_t{at.from[1]} << 8 | at.from[2];
+  PutPair(at.to, group >> 12);
+  PutPair(at.to + 2, group);
+  at.from += 3;
+  at.to += 4;
+}
+
 // Writes the last one or two bytes.
-char* PutTail(char* to, const unsigned char* bytes, bool two, bool padded) noexcept {
-  const unsigned group = unsigned{bytes[0]} << 10 | (two ? unsigned{bytes[1]} << 2 : 0u);  // 18 bits
-  std::memcpy(to, kPairs[group >> 6].data(), 2);
-  to += 2;
-  if (two) *to++ = kAlphabet[group & 0x3F];
-  if (padded) *to++ = '=';
-  if (padded && !two) *to++ = '=';
-  return to;
-}
-
-void PutGroup(char* to, const unsigned char* bytes) noexcept {
-  const unsigned group = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
-  std::memcpy(to, kPairs[group >> 12].data(), 2);
-  std::memcpy(to + 2, kPairs[group & 0xFFF].data(), 2);
-}
-
-// Writes `count` groups of three bytes, four characters each.
-char* PutGroups(char* to, const unsigned char* bytes, std::int32_t count) noexcept {
-  for (; count > 1; count -= 2, bytes += 6, to += 8) {
-    PutGroup(to, bytes);
-    PutGroup(to + 4, bytes + 3);
-  }
-  if (count > 0) {
-    PutGroup(to, bytes);
-    to += 4;
-  }
-  return to;
+inline void PutTail(Places& at, bool two, bool padded) noexcept {
+  const std::uint32_t group = std::uint32_t{at.from[0]} << 16 | (two ? std::uint32_t{at.from[1]} << 8 : 0u);
+  PutPair(at.to, group >> 12);
+  at.to += 2;
+  if (two) *at.to++ = kAlphabet[group >> 6 & 0x3F];
+  if (!padded) return;
+  if (!two) *at.to++ = '=';
+  *at.to++ = '=';
 }
 
 // The bits of four characters; kForeign is among them when one is not of the alphabet.
@@ -73,22 +85,38 @@ std::uint32_t WholeGroup(const unsigned char* at) noexcept {
   return kBits[0][at[0]] | kBits[1][at[1]] | kBits[2][at[2]] | kBits[3][at[3]];
 }
 
-// Skips groups of four characters, up to `end` or the first with a foreign one in it.
-const unsigned char* SkipGroups(const unsigned char* at, const unsigned char* end) noexcept {
-  while (at != end && WholeGroup(at) < kForeign) at += 4;
-  return at;
+// Writes four bytes.
+void PutBigEndian(char* to, std::uint32_t value) noexcept {
+  to[0] = static_cast<char>(value >> 24);
+  to[1] = static_cast<char>(value >> 16);
+  to[2] = static_cast<char>(value >> 8);
+  to[3] = static_cast<char>(value);
 }
 
-// The same, and writes the three bytes of each.
-const unsigned char* DecodeGroups(const unsigned char* at, const unsigned char* end, unsigned char* to) noexcept {
-  for (; at != end; at += 4, to += 3) {
-    const std::uint32_t group = WholeGroup(at);
-    if (group >= kForeign) break;
-    to[0] = static_cast<unsigned char>(group >> 16);
-    to[1] = static_cast<unsigned char>(group >> 8);
-    to[2] = static_cast<unsigned char>(group);
+// Writes the three bytes of a group, unless one of its characters is foreign.
+inline void ReadGroup(Places& at, std::uint32_t group) noexcept {
+  if (group >= kForeign) return;
+  at.to[0] = static_cast<char>(group >> 16);
+  at.to[1] = static_cast<char>(group >> 8);
+  at.to[2] = static_cast<char>(group);
+  at.from += 4;
+  at.to += 3;
+}
+
+// Reads up to `count` groups of four characters, up to the first with a foreign one in it, and writes three bytes each;
+// two at a time, as long as that goes.
+inline void ReadGroups(Places& at, std::uint32_t count) noexcept {
+  for (; count > 1; count -= 2, at.from += 8, at.to += 6) {
+    const std::uint32_t first = WholeGroup(at.from), second = WholeGroup(at.from + 4);
+    if ((first | second) >= kForeign) {
+      ReadGroup(at, first);
+      return;
+    }
+    PutBigEndian(at.to, first << 8 | second >> 16);
+    at.to[4] = static_cast<char>(second >> 8);
+    at.to[5] = static_cast<char>(second);
   }
-  return at;
+  if (count > 0) ReadGroup(at, WholeGroup(at.from));
 }
 
 // Up to four characters, wherever they stand among foreign ones.
@@ -97,9 +125,24 @@ struct ScatteredGroup {
   int characters = 0;
 };
 
+// The padded group that most texts end in: none unless these four characters are one.
+inline ScatteredGroup PaddedGroup(const unsigned char* at) noexcept {
+  const std::uint32_t two = kBits[0][at[0]] | kBits[1][at[1]], three = two | kBits[2][at[2]];
+  if (at[3] != '=') return {};
+  if (three < kForeign) return {three, 3};
+  return two < kForeign && at[2] == '=' ? ScatteredGroup{two, 2} : ScatteredGroup{};
+}
+
 // Takes the group that begins at `at`, which then is behind it. A zero byte ends the text.
-ScatteredGroup TakeScattered(const unsigned char*& at, const unsigned char* end) noexcept {
+inline ScatteredGroup TakeGroup(const unsigned char*& at, const unsigned char* end) noexcept {
   const unsigned char* from = at;
+  if (end - from == 4) {
+    const ScatteredGroup padded = PaddedGroup(from);
+    if (padded.characters != 0) {
+      at = end;
+      return padded;
+    }
+  }
   std::uint32_t group = 0;
   int shift = 0;
   for (; from != end && *from != 0; ++from) {
@@ -116,95 +159,90 @@ ScatteredGroup TakeScattered(const unsigned char*& at, const unsigned char* end)
   return {group, shift / 6};
 }
 
-// Takes decoded bytes, as many as fit, and counts them all.
-class BoundedOutput {
- public:
-  BoundedOutput(void* to, std::int32_t size) noexcept
-      : to_(static_cast<unsigned char*>(to)), size_(size), full_(to == nullptr) {}
-
-  // Takes the groups of four characters that follow each other, as long as they fit, and returns what is behind them.
-  const unsigned char* PutWhole(const unsigned char* at, const unsigned char* end) noexcept {
-    auto groups = static_cast<std::int32_t>((end - at) / 4);
-    if (!full_ && groups > (size_ - count_) / 3) groups = (size_ - count_) / 3;
-    end = at + 4 * std::ptrdiff_t{groups};
-    const unsigned char* const behind = full_ ? SkipGroups(at, end) : DecodeGroups(at, end, to_ + count_);
-    count_ += static_cast<std::int32_t>((behind - at) / 4 * 3);
-    return behind;
-  }
-
-  void Put(const ScatteredGroup& group) noexcept {
+// Decodes a text into up to `size` bytes and returns how many there are; none when they do not fit.
+inline std::optional<std::int32_t> Decode(const unsigned char* text, const unsigned char* end, char* to,
+                                          std::int32_t size) {
+  Places at{text, to};
+  const std::ptrdiff_t padded = end - text >= 4 && end[-1] == '=' ? 4 : 0;  // characters that are no whole group
+  const auto room = [&] { return size - static_cast<std::int32_t>(at.to - to); };
+  ScatteredGroup group;
+  do {
+    const auto whole = static_cast<std::uint32_t>(std::max<std::ptrdiff_t>(end - at.from - padded, 0)) / 4;
+    ReadGroups(at, std::min(whole, static_cast<std::uint32_t>(room()) / 3));
+    group = TakeGroup(at.from, end);
     const int bytes = group.characters * 3 / 4;
-    if (count_ + bytes > size_) full_ = true;
-    if (!full_) {
-      unsigned char* const to = to_ + count_;
-      if (bytes > 0) to[0] = static_cast<unsigned char>(group.bits >> 16);
-      if (bytes > 1) to[1] = static_cast<unsigned char>(group.bits >> 8);
-      if (bytes > 2) to[2] = static_cast<unsigned char>(group.bits);
-    }
-    count_ += bytes;
-  }
+    if (bytes > room()) return std::nullopt;
+    if (bytes > 0) *at.to++ = static_cast<char>(group.bits >> 16);
+    if (bytes > 1) *at.to++ = static_cast<char>(group.bits >> 8);
+    if (bytes > 2) *at.to++ = static_cast<char>(group.bits);
+  } while (group.characters == 4);
+  return static_cast<std::int32_t>(at.to - to);
+}
 
-  std::int32_t Count() const noexcept { return count_; }
-  bool IsComplete() const noexcept { return !full_; }
+// How many bytes a text stands for.
+std::int32_t CountBytes(const unsigned char* text, const unsigned char* end) noexcept {
+  std::uint64_t characters = 0;
+  for (; text != end && *text != 0; ++text) characters += kBits[0][*text] != kForeign;
+  return static_cast<std::int32_t>(characters * 3 / 4);
+}
 
- private:
-  unsigned char* const to_;
-  const std::int32_t size_;
-  std::int32_t count_ = 0;
-  bool full_;
+// The whole groups of a source, and the bytes behind them.
+struct Groups {
+  std::uint32_t whole, rest;
 };
 
-inline std::int32_t RequiredLength(std::int32_t sourceLength, std::uint32_t flags) {
-  if (sourceLength < 0 || sourceLength > std::numeric_limits<std::int32_t>::max() / 4)
-    throw std::bad_array_new_length();
-  const std::uint32_t bytes = static_cast<std::uint32_t>(sourceLength), rest = bytes % 3;
-  const std::uint32_t length = bytes / 3 * 4 + ((flags & kBase64NoPadding) != 0 ? rest : 2 * rest);
-  const std::uint32_t lines = (flags & kBase64NoLineBreaks) != 0 ? 0 : length / kLineCharacters + 1;
-  return static_cast<std::int32_t>((length + 3) / 4 * 4 + 2 * lines);
+inline Groups GroupsOf(std::int32_t sourceLength) {
+  const auto bytes = static_cast<std::uint32_t>(sourceLength);
+  if (bytes > std::numeric_limits<std::int32_t>::max() / 4) throw std::bad_array_new_length();
+  return {bytes / 3, bytes % 3};
+}
+
+inline std::int32_t RequiredLength(const Groups& groups, std::uint32_t flags) {
+  const std::uint32_t length = 4 * groups.whole + (groups.rest != 0 ? 4 : 0);
+  if ((flags & kBase64NoLineBreaks) != 0) return static_cast<std::int32_t>(length);
+  const std::uint32_t characters = 4 * groups.whole + ((flags & kBase64NoPadding) != 0 ? 1 : 2) * groups.rest;
+  return static_cast<std::int32_t>(length + 2 * (characters / kLineCharacters + 1));
 }
 
 }  // namespace
 
 std::int32_t Base64RequiredLength(std::int32_t sourceLength, std::uint32_t flags) {
-  return RequiredLength(sourceLength, flags);
+  return RequiredLength(GroupsOf(sourceLength), flags);
 }
 
 bool Base64EncodeText(const void* source, std::int32_t sourceLength, char* destination, std::int32_t* destinationLength,
                       std::uint32_t flags) {
   if (source == nullptr || destination == nullptr || destinationLength == nullptr) return false;
-  if (*destinationLength < RequiredLength(sourceLength, flags)) return false;
-  const auto* from = static_cast<const unsigned char*>(source);
-  const auto bytes = static_cast<std::uint32_t>(sourceLength);
-  auto groups = static_cast<std::int32_t>(bytes / 3);
-  char* to = destination;
-  for (; groups >= kLineGroups && !(flags & kBase64NoLineBreaks); groups -= kLineGroups) {
-    to = PutGroups(to, from, kLineGroups);
-    from += 3 * kLineGroups;
-    *to++ = '\r';
-    *to++ = '\n';
+  const Groups groups = GroupsOf(sourceLength);
+  if (*destinationLength < RequiredLength(groups, flags)) return false;
+  Places at{static_cast<const unsigned char*>(source), destination};
+  const std::uint32_t line = (flags & kBase64NoLineBreaks) != 0 ? groups.whole + 1 : kLineGroups;
+  std::uint32_t left = groups.whole;
+  for (; left >= line; left -= line) {
+    PutGroups(at, line);
+    *at.to++ = '\r';
+    *at.to++ = '\n';
   }
-  to = PutGroups(to, from, groups);
-  from += 3 * std::ptrdiff_t{groups};
-  const std::uint32_t rest = bytes % 3;
-  if (rest != 0) to = PutTail(to, from, rest == 2, !(flags & kBase64NoPadding));
-  *destinationLength = static_cast<std::int32_t>(to - destination);
+  PutGroups(at, left);
+  if (groups.rest != 0) PutTail(at, groups.rest == 2, !(flags & kBase64NoPadding));
+  *destinationLength = static_cast<std::int32_t>(at.to - destination);
   return true;
 }
 
 bool Base64DecodeText(const char* source, std::int32_t sourceLength, void* destination,
                       std::int32_t* destinationLength) noexcept {
   if (source == nullptr || destinationLength == nullptr) return false;
-  const auto* at = reinterpret_cast<const unsigned char*>(source);
-  const auto* const end = at + std::max(sourceLength, 0);
-  BoundedOutput output(destination, *destinationLength);
-  ScatteredGroup last;
-  do {
-    at = output.PutWhole(at, end);
-    last = TakeScattered(at, end);
-    output.Put(last);
-  } while (last.characters == 4);
-  *destinationLength = output.Count();
-  return output.IsComplete();
+  const auto* const text = reinterpret_cast<const unsigned char*>(source);
+  const auto* const end = text + std::max(sourceLength, 0);
+  if (destination != nullptr) {
+    const auto count = Decode(text, end, static_cast<char*>(destination), std::max(*destinationLength, 0));
+    if (count) {
+      *destinationLength = *count;
+      return true;
+    }
+  }
+  *destinationLength = CountBytes(text, end);
+  return false;
 }
 
 }  // namespace frame

@@ -42,6 +42,10 @@ TEST_CASE("base64: the vectors of RFC 4648; foreign characters, texts cut anywhe
   CHECK_FALSE(Base64DecodeText("Zm9vYmFyQQ", 10, bytes, &length));
   CHECK(length == 7);
   CHECK(std::string(bytes) == "foo????");
+  length = -9;
+  CHECK_FALSE(Base64DecodeText("Zm9vYmFyQQ", 10, bytes + 3, &length));
+  CHECK(length == 7);
+  CHECK(std::string(bytes) == "foo????");
   const int rows[][3] = {{0, 0, 2}, {1, 1, 6}, {2, 2, 4}, {57, 0, 80}, {58, 0, 84}, {536870911, 2, 715827884}};
   for (const auto& row : rows) CHECK(Base64RequiredLength(row[0], static_cast<std::uint32_t>(row[1])) == row[2]);
   CHECK_THROWS_AS(Base64RequiredLength(536870912, 0), std::bad_array_new_length);
