@@ -1,5 +1,4 @@
-// Loading and unloading the library, beside a DLL of the same size that does nothing; the size of the library; and the
-// memory of a process that has it loaded.
+// Loading and unloading the library, beside a DLL of the same size that does nothing; and the size of the library.
 #include <windows.h>
 
 #include <cstdio>
@@ -43,19 +42,6 @@ bool MeasureLoading(const fs::path& library, const fs::path& idle, const char* h
                         bench::Side{"idle DLL", nothing, [&] { loadAll(idle); }}, kRounds, kLoadLimit);
 }
 
-// Committed memory that belongs to this process alone.
-std::size_t PrivateBytes() {
-  std::size_t bytes = 0;
-  MEMORY_BASIC_INFORMATION region;
-  const char* address = nullptr;
-  while (VirtualQuery(address, &region, sizeof region) != 0) {
-    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
-    address = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
-    if (address == nullptr) break;
-  }
-  return bytes;
-}
-
 }  // namespace
 
 int main() {
@@ -66,10 +52,6 @@ int main() {
   MeasureLoading(library, idle, "in a process without Shell32");
   const win::ModuleHandle shell(LoadLibraryW(L"Shell32.dll"));
   const bool fast = MeasureLoading(library, idle, "in a process that has Shell32, as most have");
-  const std::size_t before = PrivateBytes();
-  const win::ModuleHandle loaded(LoadLibraryW(library.c_str()));
-  std::printf("private bytes: %u without the library, %u more with it\n", static_cast<unsigned>(before),
-              static_cast<unsigned>(PrivateBytes() - before));
   fs::remove(idle);
   return small && fast ? 0 : 1;
 }

@@ -44,6 +44,19 @@ long long HeapBytes() {
   return bytes;
 }
 
+// Committed memory that belongs to this process alone.
+long long PrivateBytes() {
+  long long bytes = 0;
+  MEMORY_BASIC_INFORMATION region;
+  const char* address = nullptr;
+  while (VirtualQuery(address, &region, sizeof region) != 0) {
+    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += static_cast<long long>(region.RegionSize);
+    address = static_cast<const char*>(region.BaseAddress) + region.RegionSize;
+    if (address == nullptr) break;
+  }
+  return bytes;
+}
+
 std::vector<Holding> Holdings() {
   PROCESS_MEMORY_COUNTERS_EX memory{};
   GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
@@ -101,4 +114,28 @@ TEST_CASE("leaks: calls of every export that does not wait") {
     Repeat(tally, function.name, 10, times, [&] { endurance::Call(dll.Handle(), function, good, 0); });
   }
   tally.note = ", " + std::to_string(times) + " calls of each";
+}
+
+// A measurement, which lasts more than a minute: scripts/bench.sh runs it. The prompts answer at once.
+TEST_CASE("memory: a process that has used every export" * doctest::skip()) {
+  const long long atFirst = PrivateBytes();
+  const endurance::BusyTree tree(true);
+  support::WriteFile(tree.Path("KESAgent/KePIRes.ini"), "[AUTO]\r\nAnswer=0\r\n");
+  const long long before = PrivateBytes();
+  std::vector<std::vector<std::vector<endurance::Value>>> values;
+  for (const auto& function : endurance::ExportedFunctions()) values.push_back(tree.Values(function));
+  const long long ofArguments = PrivateBytes() - before;
+  const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+  std::printf("private bytes: %lld before the library was loaded for the first time\n", atFirst);
+  long long more = -1;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const endurance::ExportedFunction& function = endurance::ExportedFunctions()[i];
+    tree.Reset();
+    const auto called = endurance::Call(dll.Handle(), function, endurance::GoodValues(values[i]), 0);
+    CHECK_MESSAGE(function.results.count(called.result), function.name, " answered ", called.result);
+    const long long now = PrivateBytes() - atFirst - ofArguments;
+    if (now != more) std::printf("  %lld more from %s on\n", more = now, function.name.c_str());
+  }
+  std::printf("private bytes: %lld more after each of %u exports was used\n", more,
+              static_cast<unsigned>(values.size()));
 }
