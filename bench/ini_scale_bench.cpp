@@ -1,6 +1,7 @@
-// What an entry costs in stores of 50 and of a thousand entries up to a million: reading a text into a store, with the store's
-// end, and writing it. Each run works through the same million entries, in as many texts as it takes. What it makes is
-// there until its end, so that each run takes the same memory from the system; what the pages cost is in each figure.
+// What an entry costs in stores of 50 and of a thousand entries up to a million: reading a text into a store, with the
+// store's end, and writing it. Each run works through the same million entries, in as many texts as it takes. What it
+// makes is there until its end, so that each run takes the same memory from the system; what the pages cost is in each
+// figure.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
