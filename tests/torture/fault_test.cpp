@@ -61,7 +61,7 @@ TEST_CASE("every file call may fail: the result is right, nothing leaks, and the
   CHECK(support::OpenHandles() <= handles);
 }
 
-TEST_CASE("files that others hold or leave: values are set all the same, and the attributes stay") {
+TEST_CASE("files that others hold or leave: values are set all the same, the attributes stay, and the time is later") {
   enum State { kHeld, kFolder, kLeft };
   const std::pair<const char*, State> rows[] = {
       {"INTEGRA.DAT", kHeld}, {"INTEGRA.BAK", kHeld}, {"INTEGRA.DAT.NEW", kFolder}, {"INTEGRA.DAT.NEW", kLeft}};
@@ -76,10 +76,13 @@ TEST_CASE("files that others hold or leave: values are set all the same, and the
     if (state == kHeld) held.emplace(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
     if (state == kFolder) std::filesystem::create_directory(path);
     if (state == kLeft) support::WriteFile(path, "half a store");
+    const std::uint64_t before = win::Now() + 400000;  // 40 ms: as if written in the tick that is yet to come
+    REQUIRE(win::SetWritten(win::OpenForUpdate(live.string()), before));
     CHECK(torture::SetNew() == KE_SUCCESS);
     held.reset();
     for (const char* copy : {"INTEGRA.DAT", "INTEGRA.BAK"}) CHECK(tree.Text(copy) == WholeStore(torture::kNew));
     CHECK((GetFileAttributesW(live.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
+    CHECK(win::StatusOf(live.string()).written > before);
     CHECK(std::filesystem::exists(tree.tree.Store("INTEGRA.DAT.NEW")) == (state == kFolder));
   }
 }
