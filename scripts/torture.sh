@@ -23,6 +23,7 @@ run() {
   [ $status -ne 124 ] || echo "$program hung and was ended after $minutes minutes"
 }
 
+mkdir -p build
 scripts/build.sh >build/build-release.txt 2>&1 || { cat build/build-release.txt; exit 1; }
 trap wine_stop EXIT
 wine_start || exit 1
