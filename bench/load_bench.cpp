@@ -5,8 +5,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "bench/build_folder.h"
 #include "bench/measure.h"
-#include "bench/store_tree.h"
+#include "win/owner.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "KELUtils.h"
+#include "bench/build_folder.h"
 
 namespace bench {
 

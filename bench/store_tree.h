@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <string>
 
-#include "bench/build_folder.h"
 #include "win/owner.h"
 
 namespace bench {
