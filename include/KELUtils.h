@@ -675,8 +675,8 @@ KE_RESULT KE_API KE_GetPasswordRCMDec(char* buffer, int32_t size);
 KE_RESULT KE_API KE_GetEncryptedFileValue(const char* section, const char* key, char* buffer, int32_t size,
                                           const char* filePath);
 
-/** Sets one value of an enciphered file, adding section and key when they are new, and writes the file. Without
- * ApiCr.dll the file is written plain, which is a success.
+/** Sets one value of an enciphered file, adding section and key when they are new, and replaces the file in one step.
+ * Without ApiCr.dll the file is written plain, which is a success. So is a full disk, which leaves the file as it was.
  *
  * @param section   name of the section, cut at 255 characters; letter case does not matter
  * @param key       name of the key, cut at 255 characters; letter case does not matter

@@ -6,6 +6,7 @@
 
 #include "frame/product_info.h"
 #include "frame/trace.h"
+#include "store/durable_file.h"
 #include "store/store_file.h"
 
 namespace store {
@@ -62,14 +63,11 @@ FileResult Write(const char* path, const IniStore& store, const char* function) 
   try {
     content = PrepareContent(std::move(text), ProductCryptoFolder().Get(), function);
   } catch (const std::bad_alloc&) {
-    // The file is emptied all the same, below.
+    return win::CreateForUpdate(path) ? kFileDone : kFileNotOpened;
   }
-  const win::FileHandle file = win::CreateForUpdate(path);
-  if (!file) return kFileNotOpened;
-  if (!content) return kFileDone;
-  const std::size_t written = win::Write(file, content->bytes.data(), content->bytes.size());
-  const bool whole = written == content->bytes.size() && win::Flush(file);
-  TraceWritten(*content, written, whole, function);
+  const Replaced replaced = ReplaceContent(path, content->bytes, win::StatusOf(path));
+  if (!replaced.opened) return kFileNotOpened;
+  TraceWritten(*content, replaced.written, replaced.whole, function);
   return content->form == TextForm::kPlainAfterFailure ? kFileCipherFailed : kFileDone;
 }
 

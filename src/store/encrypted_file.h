@@ -23,8 +23,9 @@ enum FileResult : std::int32_t {
 /// Takes no lock: callers that share a store hold their own. Throws when memory runs out.
 FileResult ReadEncryptedFile(const char* path, IniStore* store);
 
-/// Replaces the file at `path` by the text of the store: enciphered, or plain when the crypto module cannot be loaded.
-/// When memory runs out while enciphering, the file is left empty and the result is kFileDone.
+/// Replaces the file at `path` in one step (`ReplaceContent`) by the text of the store: enciphered, or plain when the
+/// crypto module cannot be loaded. A full disk is kFileDone too, and leaves the old content. When memory runs out while
+/// enciphering, the file is left empty and the result is kFileDone.
 FileResult WriteEncryptedFile(const char* path, const IniStore* store);
 
 }  // namespace store

@@ -11,6 +11,7 @@
 #include "store/key_blobs.h"
 #include "support/fake_sibling.h"
 #include "support/inner_module.h"
+#include "win/file.h"
 
 using store::IniStore;
 using store::ReadEncryptedFile;
@@ -129,6 +130,13 @@ TEST_CASE("encrypted file: missing files are created empty; folders, locked file
   CHECK(WriteEncryptedFile(folder.c_str(), &store) == store::kFileNotOpened);
   SetFileAttributesA(codec.File().c_str(), FILE_ATTRIBUTE_HIDDEN);
   CHECK(codec.Write(store) == store::kFileDone);
+  // A full disk keeps the old content, whatever it is.
+  codec.SetContent("[A]\r\nold=content that is long enough\r\n");
+  win::g_fileGate = [](win::FileCall call, unsigned long&) { return call != win::FileCall::kWrite; };
+  CHECK(codec.Write(store) == store::kFileDone);
+  win::g_fileGate = nullptr;
+  CHECK(codec.Content() == "[A]\r\nold=content that is long enough\r\n");
+  CHECK_FALSE(std::filesystem::exists(codec.File() + ".NEW"));
   for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
     const support::LockedFile locked(codec.File(), share);
     CHECK(codec.Read(store) == store::kFileNotOpened);
