@@ -215,7 +215,8 @@ bool Base64EncodeText(const void* source, std::int32_t sourceLength, char* desti
   if (source == nullptr || destination == nullptr || destinationLength == nullptr) return false;
   const Groups groups = GroupsOf(sourceLength);
   if (*destinationLength < RequiredLength(groups, flags)) return false;
-  Places at{static_cast<const unsigned char*>(source), destination};
+  char* const to = destination;
+  Places at{static_cast<const unsigned char*>(source), to};
   const std::uint32_t line = (flags & kBase64NoLineBreaks) != 0 ? groups.whole + 1 : kLineGroups;
   std::uint32_t left = groups.whole;
   for (; left >= line; left -= line) {
@@ -225,7 +226,7 @@ bool Base64EncodeText(const void* source, std::int32_t sourceLength, char* desti
   }
   PutGroups(at, left);
   if (groups.rest != 0) PutTail(at, groups.rest == 2, !(flags & kBase64NoPadding));
-  *destinationLength = static_cast<std::int32_t>(at.to - destination);
+  *destinationLength = static_cast<std::int32_t>(at.to - to);
   return true;
 }
 
