@@ -68,15 +68,13 @@ struct Installation : StoreTree {
 // A program that runs to the end of the scope, with its output in a file.
 class Started {
  public:
-  Started(std::string commandLine, const std::string& output) : output_(output) {
+  Started(const std::string& commandLine, const std::string& output) : output_(output) {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     STARTUPINFOA startup{};
-    startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = startup.hStdError =
         CreateFileA(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
-    REQUIRE(
-        CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process_));
+    process_ = support::StartProgram(commandLine, startup);
     CloseHandle(startup.hStdOutput);
   }
   ~Started() {

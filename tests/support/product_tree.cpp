@@ -59,21 +59,28 @@ void ProductTree::AddFake(const std::string& fake, const std::string& relative) 
   fs::copy_file(TestFolder() / (fake + ".dll"), target, fs::copy_options::overwrite_existing);
 }
 
-ProgramRun RunProgram(std::string commandLine) {
+PROCESS_INFORMATION StartProgram(std::string commandLine, const STARTUPINFOA& how) {
+  STARTUPINFOA startup = how;
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  const auto start = [&] {
+    return CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, startup.dwFlags & STARTF_USESTDHANDLES, 0,
+                          nullptr, nullptr, &startup, &process);
+  };
+  // Now and then Wine answers ERROR_INTERNAL_ERROR for a program that is there, on a busy machine.
+  REQUIRE_MESSAGE((start() || (GetLastError() == ERROR_INTERNAL_ERROR && start())), commandLine);
+  return process;
+}
+
+ProgramRun RunProgram(const std::string& commandLine) {
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
   STARTUPINFOA startup{};
-  startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
   HANDLE reader = nullptr;
   REQUIRE(CreatePipe(&reader, &startup.hStdOutput, &inherited, 1 << 20));
   SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
   startup.hStdError = startup.hStdOutput;
-  PROCESS_INFORMATION process{};
-  const auto start = [&] {
-    return CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
-  };
-  // Now and then Wine answers ERROR_INTERNAL_ERROR for a program that is there, on a busy machine.
-  REQUIRE_MESSAGE((start() || (GetLastError() == ERROR_INTERNAL_ERROR && start())), commandLine);
+  const PROCESS_INFORMATION process = StartProgram(commandLine, startup);
   CloseHandle(startup.hStdOutput);
   ProgramRun run{};
   char buffer[4096];

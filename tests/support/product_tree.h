@@ -22,8 +22,11 @@ struct ProgramRun {
   std::string output;  // standard output and standard error, line ends as LF
 };
 
+/// Starts a command line; its size need not be in `how`. It inherits handles when it is given some for its output.
+PROCESS_INFORMATION StartProgram(std::string commandLine, const STARTUPINFOA& how = {});
+
 /// Runs a command line as a user does and waits for its end, for at most a minute.
-ProgramRun RunProgram(std::string commandLine);
+ProgramRun RunProgram(const std::string& commandLine);
 
 /// Runs the case `name` of this test program, which may be a skipped one, in so many processes at once. The exit code
 /// of the last one.

@@ -61,10 +61,7 @@ class Child {
     const support::EnvironmentVariable two("TORTURE_SECOND", std::to_string(second).c_str());
     char self[MAX_PATH];
     GetModuleFileNameA(nullptr, self, sizeof self);
-    std::string line = "\"" + std::string(self) + "\" --no-skip --minimal -tc=\"" + name + "\"";
-    STARTUPINFOA startup{};
-    startup.cb = sizeof startup;
-    REQUIRE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process_));
+    process_ = support::StartProgram("\"" + std::string(self) + "\" --no-skip --minimal -tc=\"" + name + "\"");
     CloseHandle(process_.hThread);
   }
   ~Child() {
