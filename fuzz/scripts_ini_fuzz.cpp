@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <span>
 #include <string>
 
 #include "gpscripts/scripts_ini.h"
@@ -33,7 +34,8 @@ void Change(const ScriptsIni& original, ScriptKind kind) {
   expected.push_back(kAdded);
   Require(ScriptsOf(ini, kind) == expected && ScriptsOf(ini, other) == ScriptsOf(original, other));
 
-  for (const Script& script : before) {
+  // More would make the fuzzer slow.
+  for (const Script& script : std::span(before).first(std::min<std::size_t>(before.size(), 2))) {
     const ScriptMatch wanted{script.parameters, script.program};
     const auto taken = TakeOutScripts(ini, kind, wanted);
     std::erase_if(expected, [&](const Script& one) { return std::ranges::find(taken, one) != taken.end(); });
@@ -47,7 +49,7 @@ void Check(const std::wstring& text) {
   const auto ini = ParseScriptsIni(text);
   if (!ini) return;
   Require(TextOf(*ini) == text);
-  for (const ScriptKind kind : kScriptKinds) Change(*ini, kind);
+  Change(*ini, kScriptKinds[text.size() % std::size(kScriptKinds)]);
 }
 
 }  // namespace
