@@ -68,7 +68,8 @@ std::vector<Holding> Holdings() {
           {"TLS slots", -static_cast<long long>(support::FreeSlots()), 0},
           {"FLS slots", -static_cast<long long>(support::FreeSlots(TakeFiberSlot, FlsFree)), 0},
           {"heap bytes", HeapBytes(), 400},
-          {"private bytes", static_cast<long long>(memory.PrivateUsage), 1 << 20}};
+          {"private bytes", PrivateBytes(), 1 << 20},
+          {"private bytes by the platform's count", static_cast<long long>(memory.PrivateUsage), 1 << 20}};
 }
 
 // Runs `work` `warmUp` times and then `times` times, between which nothing may be left behind.
