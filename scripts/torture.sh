@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The long form of the endurance tests: kills at every file call and at 1,000 moments, every file call failing, every combination of
 # damaged files, every length and bit of one, four processes of four threads on one store, 10,000 loads and calls, every pair of bad
-# arguments. Prints one line for each test; exit 1 when one fails. The calls of every export, 770,000, may take 90 minutes, all other
+# arguments. Prints one line for each test; exit 1 when one fails. The calls of every export, 770,000, may take two hours, all other
 # programs 20 each.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
@@ -32,7 +32,7 @@ run 20 torture_tests.exe
 run 20 export_tests.exe --test-case='damage:*'
 run 20 endurance_tests.exe --test-case-exclude='leaks:*'
 run 20 endurance_tests.exe --test-case='leaks: loading*'
-run 90 endurance_tests.exe --test-case='leaks: calls*'
+run 120 endurance_tests.exe --test-case='leaks: calls*'
 rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*
 [ $bad -eq 0 ] && echo "all held" || echo "something failed"
 exit $bad
