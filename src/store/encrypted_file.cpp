@@ -28,14 +28,8 @@ class ProductCryptoFolder {
   std::string path_;
 };
 
-win::FileHandle OpenOrCreate(const char* path) {
-  win::FileHandle file = win::OpenForUpdate(path);
-  if (!file && win::CreateMissing(path)) file = win::OpenForUpdate(path);
-  return file;
-}
-
 FileResult Read(const char* path, IniStore& store) {
-  win::FileHandle file = OpenOrCreate(path);
+  win::FileHandle file = win::OpenOrCreate(path);
   if (!file) return kFileNotOpened;
   std::optional<std::string> content;
   try {
