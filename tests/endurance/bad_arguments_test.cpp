@@ -29,7 +29,7 @@ struct Matrix {
     for (const Value* value : values) Witness::call += (value == values[0] ? "" : "; ") + value->shown;
     const endurance::Called called = endurance::Call(dll.Handle(), function, values, calls++ % 4 * 4);
     succeeded += called.result == KE_SUCCESS;
-    tally.Case((function.otherResults || function.results.contains(called.result)) && called.inBounds &&
+    tally.Case(function.MayReturn(called.result) && called.inBounds &&
                    called.popped == 4 * function.parameters.size() &&
                    (called.result != KE_BUFFER_TOO_SMALL || called.untouched || function.name == "KE_EncryptSetting"),
                Witness::call + ") = " + std::to_string(called.result) + (called.inBounds ? "" : ", out of bounds") +

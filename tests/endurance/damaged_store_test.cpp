@@ -27,7 +27,7 @@ struct Damage {
   std::uint32_t Try(const support::LoadedDll& dll, const ExportedFunction& function, const std::string& what) {
     const auto values = tree.Values(function);
     const endurance::Called called = endurance::Call(dll.Handle(), function, endurance::GoodValues(values), 0);
-    tally.Case((function.results.contains(called.result) || function.otherResults) && called.inBounds,
+    tally.Case(function.MayReturn(called.result) && called.inBounds,
                what + ", " + function.name + ": " + std::to_string(called.result));
     return called.result;
   }

@@ -23,6 +23,8 @@ struct ExportedFunction {
   std::vector<Parameter> parameters;
   std::set<std::uint32_t> results;  // that its comment lists, and success
   bool otherResults;                // its comment lets those of others through
+
+  bool MayReturn(std::uint32_t result) const { return otherResults || results.contains(result); }
 };
 
 /// All of them, read from the header beside the built library.
