@@ -2,6 +2,7 @@
 // store's end, and writing it. Each run works through the same million entries, in as many texts as it takes. What it
 // makes is there until its end, so that each run takes the same memory from the system; what the pages cost is in each
 // figure.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -56,17 +57,17 @@ bool Compare(const char* name, void (*work)(const Texts&), const std::vector<Tex
       costs[i].push_back(1e6 / kEntries * bench::Milliseconds([&] { work(sizes[i]); }));
     }
   }
-  double cheapest = bench::SpreadOf(costs[1]).median, dearest = cheapest;
-  for (std::size_t i = 2; i < costs.size(); ++i) {
-    const double median = bench::SpreadOf(costs[i]).median;
-    cheapest = std::min(cheapest, median);
-    dearest = std::max(dearest, median);
-  }
-  const bool met = dearest <= kLimit * cheapest;
+  std::vector<bench::Spread> spreads(costs.size());
+  std::transform(costs.begin(), costs.end(), spreads.begin(), bench::SpreadOf);
+  const auto [cheapest, dearest] =
+      std::minmax_element(spreads.begin() + 1, spreads.end(),
+                          [](const auto& left, const auto& right) { return left.median < right.median; });
+  const double ratio = dearest->median / cheapest->median;
+  const bool met = ratio <= kLimit;
   std::printf("%s: ratio %.3f (at most %.2f: %s) of the dearest size to the cheapest, medians of %u rounds\n", name,
-              dearest / cheapest, kLimit, met ? "met" : "NOT MET", static_cast<unsigned>(kRounds));
+              ratio, kLimit, met ? "met" : "NOT MET", static_cast<unsigned>(kRounds));
   for (std::size_t i = 0; i < sizes.size(); ++i) {
-    const bench::Spread cost = bench::SpreadOf(costs[i]);
+    const bench::Spread& cost = spreads[i];
     std::printf("  %7u entries  median %6.1f ns an entry, half of the rounds %6.1f to %6.1f ns\n",
                 static_cast<unsigned>(kSizes[i]), cost.median, cost.lower, cost.upper);
   }
