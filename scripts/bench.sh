@@ -39,5 +39,5 @@ if wanted memory "$@"; then
   echo "== memory, 32 bits, under Wine"
   run_wine build/release/tests/endurance_tests.exe --no-skip --test-case='memory:*' | tr -d '\r' | grep -v '^\[doctest\] run' || missed=1
 fi
-rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*   # what a module in use kept the programs from removing
+remove_leftovers
 exit $missed

@@ -77,7 +77,7 @@ trap wine_stop EXIT
 wine_start || exit 1
 for program in build/native/tests/*_tests; do run "native-$(basename "$program")" "$program"; done
 for program in build/release/tests/*_tests.exe; do run "$(basename "$program" .exe)" "$wine_bin/wine64" "$program"; done
-rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*   # what a DLL in use kept the tests from removing
+remove_leftovers
 step "the kept inputs of the fuzzers" quietly replay replay
 step "the demo" quietly demo scripts/demo.sh
 step "exports of the DLL" scripts/check_dll.sh

@@ -33,6 +33,6 @@ run 20 export_tests.exe --test-case='damage:*'
 run 20 endurance_tests.exe --test-case-exclude='leaks:*'
 run 20 endurance_tests.exe --test-case='leaks: loading*'
 run 120 endurance_tests.exe --test-case='leaks: calls*'
-rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*
+remove_leftovers
 [ $bad -eq 0 ] && echo "all held" || echo "something failed"
 exit $bad

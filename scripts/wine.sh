@@ -57,4 +57,7 @@ wine_stop() {
   stop_display
 }
 
+# Removes the folders that the programs made and could not remove, because a DLL in them was still in use.
+remove_leftovers() { rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*; }
+
 run_wine() { "$wine_bin/wine64" "$@"; }
