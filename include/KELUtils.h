@@ -119,10 +119,11 @@ typedef struct KE_TIME {
  * A setter first looks for the certificate, as KE_GetCertificate() does, so that a damaged store is repaired before it
  * is changed. Without ApiCr.dll a store in plain text is changed too, and written in plain text, with KE_SUCCESS.
  *
- * A setter replaces the file in one step: a process that is ended at any moment leaves the old values or the new ones.
- * Setters of several processes wait for each other, so that none loses the other's value; five seconds at most, before
- * the integrity check and once more before the change. While another program holds a file open, a setter tries for a
- * sixth of a second to replace it.
+ * A setter replaces the file atomically: a process killed at any point leaves the old values or the new ones, never a
+ * mixture. Exports that change or repair the store wait for other processes that do so, once and for five seconds at
+ * most; after a wait in vain they proceed, and for the next minute no call of the process waits. The last write then
+ * wins. A getter that has nothing to repair never waits. While another program holds a file open, replacing it is
+ * retried for a second, for each file; after that the file is overwritten in place.
  *
  * Threads: accessors of the store may run at the same time, in any number of threads: each one sees or leaves a whole
  * value. A change of another process is seen by the next call.
@@ -1019,7 +1020,8 @@ KE_RESULT KE_API KE_ScheduleDefaultTasks(void);
 
 /** Completes an upgrade: on a computer that is not integrated runs the integration test and waits for it, up to three
  * minutes; schedules the jobs anew; stores the version; has the plug-in manager do the rest, as
- * KE_ScheduleUpgradeComplete() does; keeps the store as its own start copy. A failure of the scheduler is traced only.
+ * KE_ScheduleUpgradeComplete() does; copies INTEGRA.DAT over INTEGRA.START when it can be read and has at least four
+ * sections, else leaves the start copy as it is. Failures of the scheduler and of the copy are traced only.
  *
  * @param resultCode  of the platform's installer: the version is stored for 0 and 3010
  * @param version     of the agent, not empty where it is stored

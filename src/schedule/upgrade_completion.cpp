@@ -49,7 +49,7 @@ KE_RESULT CompleteUpgrade(const char* function, std::uint32_t resultCode, const 
   KE_RESULT result = KE_SUCCESS;
   if (Succeeded(resultCode)) result = KE_SetAgentVersion(version);
   if (result == KE_SUCCESS) result = KE_ScheduleUpgradeComplete(static_cast<std::int32_t>(resultCode), version);
-  if (frame::RunStep(store::KeepAsStartCopy) != KE_SUCCESS)
+  if (frame::RunStep([&] { return store::KeepAsStartCopy(function); }) != KE_SUCCESS)
     Trace(kAlways, function, "Error copying from Integra.start");
   return result;
 }

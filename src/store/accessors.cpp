@@ -8,6 +8,7 @@
 #include "services/plugin_notification.h"
 #include "store/ini_store.h"
 #include "store/integra_store.h"
+#include "store/store_lock.h"
 
 namespace store {
 namespace {
@@ -15,19 +16,34 @@ namespace {
 using frame::Export;
 using frame::ExportCall;
 
-// The value of a row; when it is missing, that of the backup and then of the start copy, which thereby become the live
-// store. None when no copy holds one.
-std::optional<std::string_view> FindOrRestore(const TextGetter& row, const Export& self) {
-  if (const auto value = FindValue(row.section, row.key)) return value;
-  const bool fromBackup = RestoreIntegraDat() == KE_SUCCESS;
-  if (fromBackup) {
-    if (const auto value = FindValue(row.section, row.key)) return value;
+// Restores the store from the backup and then from the start copy, until it has the value of a row, and copies that.
+KE_RESULT CopyRestored(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
+  const StoreOrCode backup = RestoreIntegraDat();
+  if (backup) {
+    if (const auto value = FindValue(*backup, row.section, row.key)) return CopyOut(*value, buffer, size);
   }
-  if (RestoreIntegraDatEx() != KE_SUCCESS) {
-    if (!fromBackup) Trace(frame::kDetail, self.name, "Could not open Restored File Integra.dat");
-    return std::nullopt;
-  }
-  return FindValue(row.section, row.key);
+  const bool hadBackup = static_cast<bool>(backup);
+  const StoreOrCode start = RestoreIntegraDatEx();
+  if (!start && !hadBackup) Trace(frame::kDetail, self.name, "Could not open Restored File Integra.dat");
+  const auto value = start ? FindValue(*start, row.section, row.key) : std::nullopt;
+  return value ? CopyOut(*value, buffer, size) : KE_RESULT{KE_STORE_UNUSABLE};
+}
+
+// Copies the value of a row. A store without it is restored from the copies, one after the other.
+KE_RESULT ReadOrRestore(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
+  bool missing = false;
+  const auto copy = [&](const IniStore& store) -> KE_RESULT {
+    const auto value = FindValue(store, row.section, row.key);
+    missing = !value;
+    return value ? CopyOut(*value, buffer, size) : KE_RESULT{KE_STORE_UNUSABLE};
+  };
+  const KE_RESULT result = ReadStore(copy);
+  if (!missing) return result;
+  // Only now the store's lock is waited for; another process may have set the value meanwhile.
+  return UpdateStore([&](const IniStore& store) {
+    const KE_RESULT again = copy(store);
+    return missing ? CopyRestored(row, self, buffer, size) : again;
+  });
 }
 
 // The answer of a getter that finds no value.
@@ -47,22 +63,32 @@ KE_RESULT AnswerMissing(TextRead read, char* buffer, std::int32_t size) noexcept
 
 KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
   if (row.read == TextRead::kRequired && size <= 0) return KE_BUFFER_TOO_SMALL;
-  return WithCurrentStore([&]() -> KE_RESULT {
-    const auto value = row.read == TextRead::kRestored ? FindOrRestore(row, self) : FindValue(row.section, row.key);
+  if (row.read == TextRead::kRestored) return ReadOrRestore(row, self, buffer, size);
+  return ReadStore([&](const IniStore& store) {
+    const auto value = FindValue(store, row.section, row.key);
     return value ? CopyOut(*value, buffer, size) : AnswerMissing(row.read, buffer, size);
   });
 }
 
-// A decimal number of the current store; 0 when it is missing.
-std::int32_t NumberOf(const char* section, const char* key) {
-  const auto text = FindValue(section, key);
+// A decimal number of the store; 0 when it is missing.
+std::int32_t NumberOf(const IniStore& store, const char* section, const char* key) {
+  const auto text = FindValue(store, section, key);
   return text ? frame::DecimalFromText(std::string(*text).c_str()) : 0;
 }
 
-// Changes a value of the current store, creating it when it is missing, and writes the store.
-KE_RESULT ChangeValue(const char* section, const char* key, std::string_view value) {
-  if (!SetValue(*IntegraStore, section, key, value)) return KE_NOT_CREATED;
-  return WriteIntegraDat();
+// Reads the certificate and traces whether that worked. On the way the certificate's getter restores a damaged store.
+void CheckIntegrity() {
+  char certificate[512] = {};
+  const bool present = GetText(RowOf(kTextGetters, "KE_GetCertificate"), certificate, 510) == KE_SUCCESS;
+  Trace(frame::kDetail, __func__, present ? "CheckIntegrity ok" : "CheckIntegrity failed");
+}
+
+// Runs `work` to change the store, after the integrity check.
+template <typename Work>
+KE_RESULT CheckAndUpdate(Work work) {
+  const StoreLock lock;  // one wait for both
+  CheckIntegrity();
+  return UpdateStore(work);
 }
 
 bool IsRefused(const char* text, TextRefused refused) noexcept {
@@ -94,10 +120,15 @@ KE_RESULT TellPlugins(PluginValue value, const char* text) {
 
 }  // namespace
 
-std::optional<std::string_view> FindValue(const char* section, const char* key) {
-  const IniEntry* entry = LookupEntry(*IntegraStore, section, key, false);
+std::optional<std::string_view> FindValue(const IniStore& store, const char* section, const char* key) {
+  const IniEntry* entry = LookupEntry(store, section, key);
   if (entry == nullptr || entry->value.empty()) return std::nullopt;
   return entry->value;
+}
+
+KE_RESULT SetAndSave(IniStore& store, const char* section, const char* key, std::string_view value) {
+  if (!SetValue(store, section, key, value)) return KE_NOT_CREATED;
+  return WriteIntegraDat();
 }
 
 KE_RESULT CopyOut(std::string_view value, char* buffer, std::int32_t size) noexcept {
@@ -128,31 +159,29 @@ KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
 }
 
 KE_RESULT StoreText(const char* section, const char* key, const char* text) {
-  CheckIntegrity();
-  return ChangeCurrentStore([&] { return ChangeValue(section, key, text); });
+  return CheckAndUpdate([&](IniStore& store) { return SetAndSave(store, section, key, text); });
 }
 
 KE_RESULT GetNumber(const char* exportName, const char* section, const char* key, std::int32_t* value) noexcept {
   return ExportCall(exportName, [&](Export&) -> KE_RESULT {
     if (value == nullptr) return KE_MISSING_ARGUMENT;
-    return WithCurrentStore([&]() -> KE_RESULT {
-      *value = NumberOf(section, key);
+    return ReadStore([&](const IniStore& store) -> KE_RESULT {
+      *value = NumberOf(store, section, key);
       return KE_SUCCESS;
     });
   });
 }
 
 KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward) {
-  CheckIntegrity();
-  return ChangeCurrentStore([&]() -> KE_RESULT {
-    if (onlyForward && state <= NumberOf("INSTALL", "State")) return KE_SUCCESS;
-    return ChangeValue("INSTALL", "State", std::to_string(state));
+  return CheckAndUpdate([&](IniStore& store) -> KE_RESULT {
+    if (onlyForward && state <= NumberOf(store, "INSTALL", "State")) return KE_SUCCESS;
+    return SetAndSave(store, "INSTALL", "State", std::to_string(state));
   });
 }
 
 KE_RESULT ReadIntegrated(std::int32_t* integrated) {
-  return WithCurrentStore([&]() -> KE_RESULT {
-    *integrated = FindValue("INTEGRATION", "Date") && FindValue("INTEGRATION", "DEVICEID") ? 1 : 0;
+  return ReadStore([&](const IniStore& store) -> KE_RESULT {
+    *integrated = FindValue(store, "INTEGRATION", "Date") && FindValue(store, "INTEGRATION", "DEVICEID") ? 1 : 0;
     return KE_SUCCESS;
   });
 }

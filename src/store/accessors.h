@@ -8,6 +8,7 @@
 
 #include "KELUtils.h"
 #include "store/accessor_table.h"
+#include "store/ini_store.h"
 
 namespace store {
 
@@ -29,9 +30,12 @@ KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward);
 /// Tells whether the store holds an integration date and a device identifier.
 KE_RESULT ReadIntegrated(std::int32_t* integrated);
 
-/// A value of the cached store, good until the store changes; none when it is missing or empty. For an engine that
-/// holds the lock.
-std::optional<std::string_view> FindValue(const char* section, const char* key);
+/// A value of the store, valid until the store changes; none when it is missing or empty.
+std::optional<std::string_view> FindValue(const IniStore& store, const char* section, const char* key);
+
+/// Changes a value of the current store, creating it when it is missing, and writes the store. For the work of
+/// `UpdateStore`. KE_NOT_CREATED when the value cannot be created, else the codes of `WriteIntegraDat`.
+KE_RESULT SetAndSave(IniStore& store, const char* section, const char* key, std::string_view value);
 
 /// Copies a value with its terminating zero; KE_BUFFER_TOO_SMALL, with the buffer left alone, when it does not fit.
 KE_RESULT CopyOut(std::string_view value, char* buffer, std::int32_t size) noexcept;

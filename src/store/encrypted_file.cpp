@@ -6,7 +6,6 @@
 
 #include "frame/product_info.h"
 #include "frame/trace.h"
-#include "store/durable_file.h"
 #include "store/store_file.h"
 
 namespace store {
@@ -59,9 +58,10 @@ FileResult Write(const char* path, const IniStore& store, const char* function) 
   } catch (const std::bad_alloc&) {
     return win::CreateForUpdate(path) ? kFileDone : kFileNotOpened;
   }
-  const Replaced replaced = ReplaceContent(path, content->bytes, win::StatusOf(path));
+  frame::RemoveLeftovers(path);
+  const frame::Replaced replaced = ReplaceContent(path, content->bytes, win::StatusOf(path), function);
   if (!replaced.opened) return kFileNotOpened;
-  TraceWritten(*content, replaced.written, replaced.whole, function);
+  TraceWritten(*content, replaced.written, replaced.complete, function);
   return content->form == TextForm::kPlainAfterFailure ? kFileCipherFailed : kFileDone;
 }
 

@@ -9,8 +9,8 @@
 
 #include "frame/module.h"
 #include "frame/paths.h"
+#include "frame/replace_file.h"
 #include "frame/trace.h"
-#include "store/durable_file.h"
 #include "store/store_file.h"
 #include "store/store_lock.h"
 #include "win/critical_section.h"
@@ -19,20 +19,25 @@
 
 namespace store {
 
-IniStore* IntegraStore = nullptr;
-
 namespace {
 
 using frame::kDetail;
 using frame::kInfo;
 using frame::Trace;
 
-// Status of the file when the cached store was loaded or written; its last-write time is the stamp of the cache. A
-// status of no file matches nothing: the next read loads the file.
+constexpr char kReading[] = "ReadIntegraDat", kWriting[] = "WriteIntegraDat";
+
+// All of this is guarded by frame::IntegraLock.
+
+// The cached store; null until the first successful load.
+IniStore* IntegraStore = nullptr;
+
+// Status of the file when the cached store was loaded or written; its last-write time is the stamp of the cache. The
+// status of a missing file matches none: the next read loads the file.
 win::FileStatus IntegraFileStatus;
 
-// Set while the late repair reads again, so that it does not repair again.
-bool IntegraRelaunch = false;
+// Whether the cached store was damaged when it was last read, before any change.
+bool g_readDamaged = false;
 
 // The files of the store and its crypto module, named when they are needed: a read that keeps the cached store asks for
 // two.
@@ -54,7 +59,7 @@ class StorePaths {
 
 void ReplaceStore(std::unique_ptr<IniStore> store) noexcept { delete std::exchange(IntegraStore, store.release()); }
 
-bool StoreIsDamaged() noexcept { return IntegraStore != nullptr && IntegraStore->sections.size() < kFewestSections; }
+bool IsDamaged(const IniStore& store) noexcept { return store.sections.size() < kFewestSections; }
 
 void ResetPolicies(const StorePaths& paths) {
   const std::string policies = paths.Policies();
@@ -64,31 +69,35 @@ void ResetPolicies(const StorePaths& paths) {
 }
 
 // Copies a file over the live one. The stamp is forgotten, so that the copied content is read whatever its file times.
-bool CopyOverLive(const std::string& source, const StorePaths& paths) {
+bool CopyOverLive(const std::string& source, const StorePaths& paths, const char* function) {
   IntegraFileStatus = {};
-  return ReplaceByCopy(source, paths.Live());
+  return ReplaceByCopy(source, paths.Live(), function);
 }
 
-bool RepairFromStart(const StorePaths& paths) {
-  if (!CopyOverLive(paths.Start(), paths)) {
-    Trace(kDetail, "ReadIntegraDat", "Error copying from Integra.start");
-    return false;
+KE_RESULT RepairFromStart(const StorePaths& paths) {
+  if (!CopyOverLive(paths.Start(), paths, kReading)) {
+    Trace(kDetail, kReading, "Error copying from Integra.start");
+    return KE_STORE_UNUSABLE;
   }
   ResetPolicies(paths);
-  return true;
+  return KE_SUCCESS;
 }
 
-// What to read when the live file is missing: the backup; or, when there is no backup either, a live file and a backup
-// created empty. False when the live file could not be created.
-bool FindReplacement(const StorePaths& paths, win::FileHandle& backup) {
+KE_RESULT CannotOpen(const std::string& path) noexcept {
+  Trace(kDetail, kReading, "Could not open %s - Error %d", path.c_str(), static_cast<int>(GetLastError()));
+  return KE_STORE_UNUSABLE;
+}
+
+// Opens the backup, because the live file is missing. Without a backup either, creates both empty and opens none.
+KE_RESULT OpenBackup(const StorePaths& paths, win::FileHandle& backup) {
   backup = win::OpenForUpdate(paths.Backup());
-  if (backup) return true;
-  Trace(kDetail, "ReadIntegraDat", "Could not open Restore File Integra.bak");
-  if (win::Exists(paths.Backup())) return true;
+  if (backup) return KE_SUCCESS;
+  Trace(kDetail, kReading, "Could not open Restore File Integra.bak");
+  if (win::Exists(paths.Backup())) return KE_SUCCESS;
   win::CreateMissing(paths.Live());
-  if (!win::Exists(paths.Live())) return false;
+  if (!win::Exists(paths.Live())) return CannotOpen(paths.Live());
   win::CreateMissing(paths.Backup());
-  return true;
+  return KE_SUCCESS;
 }
 
 // Replaces the cached store by the content of an open file, whose status becomes the stamp.
@@ -111,72 +120,89 @@ KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const S
   return KE_SUCCESS;
 }
 
-// True when a file of that status has the stamp of the cached store.
-bool HasStamp(const win::FileStatus& status) noexcept {
-  return IntegraFileStatus.exists && status.exists && status.written == IntegraFileStatus.written;
-}
-
-// Brings the cached store up to date with the file or the backup. A damaged cached store is first repaired from the
-// start copy, unless its stamp was forgotten: then the file holds a copy that has yet to be read.
-KE_RESULT RefreshStore(const StorePaths& paths, bool startExists) {
+// Loads the live file, whose status was just read, or the backup when it is missing.
+KE_RESULT LoadFiles(const StorePaths& paths, win::FileStatus status) {
   const std::string live = paths.Live();
-  win::FileStatus status = win::StatusOf(live);
   win::FileHandle source;
   if (!status.exists) {
-    if (!win::WasMissing()) return KE_STORE_UNUSABLE;  // it is there: nothing may take its place
+    if (!win::LastErrorIsNotFound()) return CannotOpen(live);  // it may exist: nothing takes its place
     ReplaceStore(nullptr);
-    if (!FindReplacement(paths, source)) return KE_STORE_UNUSABLE;
+    if (const KE_RESULT result = OpenBackup(paths, source); result != KE_SUCCESS) return result;
     if (!source) status = win::StatusOf(live);
   }
-  if (startExists && StoreIsDamaged() && IntegraFileStatus.exists) {
-    if (!RepairFromStart(paths)) return KE_STORE_UNUSABLE;
-    Trace(kDetail, "ReadIntegraDat", "Restored from Integra.start");
-    status = win::StatusOf(live);
-  }
-  if (IntegraStore && HasStamp(status)) return KE_SUCCESS;
   if (!source) source = win::OpenForUpdate(live);
-  if (!source) return KE_STORE_UNUSABLE;
+  if (!source) return CannotOpen(live);
   return LoadStore(std::move(source), status, paths);
 }
 
-// Replaces a damaged store, just loaded, by the start copy and reads again, once.
-bool RepairLoadedStore(const StorePaths& paths) {
-  if (!RepairFromStart(paths)) return false;
-  Trace(kDetail, "ReadIntegraDat", "Relaunch");
-  IntegraRelaunch = true;
-  ReadIntegraDat();
-  Trace(kDetail, "ReadIntegraDat", "Restored in relaunch from Integra.start");
-  return true;
+// True when the cached store is that of a file of this status.
+bool HasStamp(const win::FileStatus& status) noexcept {
+  return IntegraStore != nullptr && IntegraFileStatus.exists && status.exists &&
+         status.written == IntegraFileStatus.written;
 }
 
-// True when the cached store is that of the file, and neither has anything to be repaired.
-bool StoreIsCurrent(const StorePaths& paths) {
-  if (IntegraStore == nullptr || !IntegraFileStatus.exists) return false;  // nothing to compare a file with
-  return HasStamp(win::StatusOf(paths.Live())) && !(StoreIsDamaged() && win::Exists(paths.Start()));
+bool NeedsRepair(const StorePaths& paths) {
+  return IntegraStore != nullptr && IsDamaged(*IntegraStore) && win::Exists(paths.Start());
 }
 
-KE_RESULT ReadUnderLock(const StorePaths& paths) {
-  if (StoreIsCurrent(paths)) return KE_SUCCESS;
-  const StoreLock lock;
-  const bool startExists = win::Exists(paths.Start());
-  const KE_RESULT result = RefreshStore(paths, startExists);
-  if (result != KE_SUCCESS) return result;
-  const bool repair = startExists && StoreIsDamaged() && !IntegraRelaunch;
-  if (repair && !RepairLoadedStore(paths)) return KE_STORE_UNUSABLE;
-  return KE_SUCCESS;
+// What a read does about a damaged store.
+enum class Repair {
+  kNow,    // the caller holds the store's lock
+  kLater,  // it is only reported; the next read loads the file again
+};
+
+struct Reading {
+  KE_RESULT code = KE_SUCCESS;
+  bool needsRepair = false;
+};
+
+Reading ReadIntegraDat(const StorePaths& paths, Repair repair);
+
+// Replaces a damaged store, just loaded, by the start copy and reads that, once.
+KE_RESULT RepairLoadedStore(const StorePaths& paths) {
+  if (const KE_RESULT result = RepairFromStart(paths); result != KE_SUCCESS) return result;
+  Trace(kDetail, kReading, "Relaunch");
+  const KE_RESULT result = ReadIntegraDat(paths, Repair::kLater).code;
+  Trace(kDetail, kReading, "Restored in relaunch from Integra.start");
+  return result;
 }
 
-// What a file of the store holds. Untold: it is enciphered, and there is no crypto module.
-enum class FileState { kMissing, kUnreadable, kUntold, kDamaged, kWhole };
+Reading ReadFiles(const StorePaths& paths, Repair repair) {
+  win::FileStatus status = win::StatusOf(paths.Live());
+  if (HasStamp(status)) {
+    if (!NeedsRepair(paths)) return {};
+    if (repair == Repair::kLater) return {.needsRepair = true};
+    if (const KE_RESULT result = RepairFromStart(paths); result != KE_SUCCESS) return {result};
+    Trace(kDetail, kReading, "Restored from Integra.start");
+    status = win::StatusOf(paths.Live());
+  }
+  if (const KE_RESULT result = LoadFiles(paths, status); result != KE_SUCCESS) return {result};
+  if (!NeedsRepair(paths)) return {};
+  if (repair == Repair::kNow) return {RepairLoadedStore(paths)};
+  // What looks damaged may be a file that is being overwritten in place: it is read again before it is repaired.
+  IntegraFileStatus = {};
+  return {.needsRepair = true};
+}
+
+Reading ReadIntegraDat(const StorePaths& paths, Repair repair) {
+  Trace(kInfo, kReading, "Function start");
+  const Reading reading = ReadFiles(paths, repair);
+  g_readDamaged = IntegraStore != nullptr && IsDamaged(*IntegraStore);
+  Trace(kInfo, kReading, "Function end. Return code (%i)", static_cast<int>(reading.code));
+  return reading;
+}
+
+// What a file of the store holds. Undecipherable: it is encrypted, and there is no crypto module.
+enum class FileState { kMissing, kUnreadable, kUndecipherable, kDamaged, kComplete };
 
 FileState StateOfFile(const std::string& path, const StorePaths& paths) {
   const win::FileHandle file = win::OpenForReading(path);
-  if (!file) return win::WasMissing() ? FileState::kMissing : FileState::kUnreadable;
+  if (!file) return win::LastErrorIsNotFound() ? FileState::kMissing : FileState::kUnreadable;
   auto content = ReadContent(file);
   if (!content) return FileState::kUnreadable;
   switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
     case Deciphering::kCryptoNotLoaded:
-      return FileState::kUntold;
+      return FileState::kUndecipherable;
     case Deciphering::kFailed:
       return FileState::kDamaged;
     case Deciphering::kDone:
@@ -184,46 +210,52 @@ FileState StateOfFile(const std::string& path, const StorePaths& paths) {
   }
   IniStore store;
   ParseIni(*content, store);
-  return store.sections.size() >= kFewestSections ? FileState::kWhole : FileState::kDamaged;
+  return IsDamaged(store) ? FileState::kDamaged : FileState::kComplete;
 }
 
-// True for a file that is whole, or may be. Such a one is not to be replaced by a damaged one: it may be the last good
-// copy.
-bool IsPrecious(const std::string& path, const StorePaths& paths) {
+// True for a file that no damaged store may replace.
+bool MayBeLastGoodCopy(const std::string& path, const StorePaths& paths) {
   const FileState state = StateOfFile(path, paths);
-  return state == FileState::kWhole || state == FileState::kUnreadable;
+  return state == FileState::kComplete || state == FileState::kUnreadable || state == FileState::kUndecipherable;
 }
 
-KE_RESULT WriteUnderLock(const StorePaths& paths, const char* function) {
+// Once in a process: leftovers are of processes that were killed, and so there are few.
+void RemoveLeftoversOnce(const StorePaths& paths) {
+  if (std::exchange(g_leftoversRemoved, true)) return;
+  for (const std::string& path : {paths.Live(), paths.Backup(), paths.Start()}) frame::RemoveLeftovers(path);
+}
+
+KE_RESULT WriteUnderLock(const StorePaths& paths) {
   if (IntegraStore == nullptr) return KE_NOT_CREATED;
   std::string text = Serialise(*IntegraStore);
-  Trace(kDetail, function, "writing integra.dat:\n%s\n", text.c_str());
+  Trace(kDetail, kWriting, "writing integra.dat:\n%s\n", text.c_str());
   // Everything that may throw comes before the file is touched.
   const std::string live = paths.Live();
   const std::string backup = paths.Backup();
-  const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), function);
-  // Sections are never taken out of a store. One that has too few, while its backup has them all, has lost them by
+  const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), kWriting);
+  // Sections are never taken out of a store. A store that has too few, while its backup has them all, has lost them by
   // damage: the backup is then the last good copy.
-  const bool keepBackup = StoreIsDamaged() && IsPrecious(backup, paths);
+  const bool keepBackup = g_readDamaged && MayBeLastGoodCopy(backup, paths);
+  RemoveLeftoversOnce(paths);
   win::FileStatus like = IntegraFileStatus.exists ? IntegraFileStatus : win::StatusOf(live);
-  const Replaced replaced = ReplaceContent(live, content.bytes, like);
+  const frame::Replaced replaced = ReplaceContent(live, content.bytes, like, kWriting);
   if (!replaced.opened) return KE_STORE_UNUSABLE;
-  TraceWritten(content, replaced.written, replaced.whole, function);
+  TraceWritten(content, replaced.written, replaced.complete, kWriting);
   if (content.form == TextForm::kPlainAfterFailure) return KE_CRYPTO_FAILED;
   if (keepBackup) {
-    Trace(kDetail, function, "Integra.bak kept: integra.dat is damaged");
-  } else if (like.written = 0; replaced.whole && !ReplaceContent(backup, content.bytes, like).whole) {
-    Trace(kDetail, function, "Could not copy integra.dat. to integra.bak");
+    Trace(kDetail, kWriting, "Integra.bak kept: integra.dat was damaged");
+  } else if (like.written = 0; replaced.complete && !ReplaceContent(backup, content.bytes, like, kWriting).complete) {
+    Trace(kDetail, kWriting, "Could not copy integra.dat. to integra.bak");
   }
   IntegraFileStatus = win::StatusOf(live);
   return KE_SUCCESS;
 }
 
-// Runs one operation on the store's files with the lock held; an exception is traced and passed on.
+// Runs `operation(paths)` with IntegraLock held; an exception is traced and passed on.
 template <typename Operation>
-KE_RESULT WithStoreLocked(const char* function, Operation operation) {
+auto WithIntegraLock(const char* function, Operation operation) -> decltype(operation(std::declval<StorePaths>())) {
   const auto directory = frame::KeptModuleDirectory();
-  if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
+  if (directory.empty()) return {KE_NO_MODULE_DIRECTORY};
   try {
     const StorePaths paths(directory);
     const win::Holding hold(frame::IntegraLock);
@@ -234,55 +266,62 @@ KE_RESULT WithStoreLocked(const char* function, Operation operation) {
   }
 }
 
-KE_RESULT Restore(const char* function, std::string (StorePaths::*source)() const) {
-  return WithStoreLocked(function, [&](const StorePaths& paths) -> KE_RESULT {
-    const StoreLock lock;
-    if (!CopyOverLive((paths.*source)(), paths)) return KE_STORE_UNUSABLE;
-    return ReadIntegraDat();
+StoreOrCode CurrentStore(const Reading& reading) noexcept {
+  if (reading.code != KE_SUCCESS || IntegraStore == nullptr) return reading.code;
+  return *IntegraStore;
+}
+
+StoreOrCode Restore(const char* function, std::string (StorePaths::*source)() const) {
+  const StoreLock lock;
+  return WithIntegraLock(function, [&](const StorePaths& paths) -> StoreOrCode {
+    if (!CopyOverLive((paths.*source)(), paths, function)) return KE_STORE_UNUSABLE;
+    return CurrentStore(ReadIntegraDat(paths, Repair::kNow));
+  });
+}
+
+// Reads the store and, unless it has to be repaired first, runs the work.
+Reading ReadAndWork(Repair repair, StoreWork work, void* context) {
+  return WithIntegraLock(kReading, [&](const StorePaths& paths) -> Reading {
+    const Reading reading = ReadIntegraDat(paths, repair);
+    const StoreOrCode store = CurrentStore(reading);
+    if (!store || reading.needsRepair) return reading;
+    return {work(context, *store)};
   });
 }
 
 }  // namespace
 
-KE_RESULT ReadIntegraDat() {
-  Trace(kInfo, __func__, "Function start");
-  const KE_RESULT result = WithStoreLocked(__func__, [](const StorePaths& paths) {
-    // The flag of the late repair never outlives the read that set it, whichever way that read ends.
-    struct RelaunchEnd {
-      ~RelaunchEnd() { IntegraRelaunch = false; }
-    } const end;
-    return ReadUnderLock(paths);
-  });
-  Trace(kInfo, __func__, "Function end. Return code (%i)", static_cast<int>(result));
-  return result;
+bool g_leftoversRemoved = false;
+
+KE_RESULT ReadStore(StoreWork work, void* context) {
+  const Reading reading = ReadAndWork(Repair::kLater, work, context);
+  return reading.needsRepair ? UpdateStore(work, context) : reading.code;
+}
+
+KE_RESULT UpdateStore(StoreWork work, void* context) {
+  const StoreLock lock;
+  return ReadAndWork(Repair::kNow, work, context).code;
 }
 
 KE_RESULT WriteIntegraDat() {
-  return WithStoreLocked(__func__, [](const StorePaths& paths) {
-    const StoreLock lock;
-    return WriteUnderLock(paths, "WriteIntegraDat");
-  });
+  const StoreLock lock;
+  return WithIntegraLock(kWriting, WriteUnderLock);
 }
 
-KE_RESULT RestoreIntegraDat() { return Restore(__func__, &StorePaths::Backup); }
+StoreOrCode RestoreIntegraDat() { return Restore(__func__, &StorePaths::Backup); }
 
-KE_RESULT RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start); }
+StoreOrCode RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start); }
 
-KE_RESULT KeepAsStartCopy() {
-  return WithStoreLocked(__func__, [](const StorePaths& paths) -> KE_RESULT {
-    const StoreLock lock;
-    const std::string live = paths.Live(), start = paths.Start();
-    const FileState state = StateOfFile(live, paths);
-    const bool doubtful = state == FileState::kDamaged || state == FileState::kUnreadable;
-    if (doubtful && IsPrecious(start, paths)) return KE_STORE_UNUSABLE;
-    return ReplaceByCopy(live, start) ? KE_SUCCESS : KE_STORE_UNUSABLE;
+KE_RESULT KeepAsStartCopy(const char* function) {
+  const StoreLock lock;
+  return WithIntegraLock(function, [&](const StorePaths& paths) -> KE_RESULT {
+    if (StateOfFile(paths.Live(), paths) == FileState::kComplete) {
+      return ReplaceByCopy(paths.Live(), paths.Start(), function) ? KE_SUCCESS : KE_STORE_UNUSABLE;
+    }
+    Trace(kDetail, function, "Integra.start kept: integra.dat has fewer than %u sections or cannot be read",
+          static_cast<unsigned>(kFewestSections));
+    return KE_SUCCESS;
   });
-}
-
-void CheckIntegrity() {
-  char certificate[512] = {};
-  const bool present = KE_GetCertificate(certificate, 510) == KE_SUCCESS;
-  Trace(kDetail, __func__, present ? "CheckIntegrity ok" : "CheckIntegrity failed");
 }
 
 void DropIntegraStore() noexcept {

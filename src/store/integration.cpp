@@ -20,10 +20,8 @@ constexpr std::size_t kDateSize = 40;  // characters, with the terminating zero;
 constexpr std::int64_t kFirstYear = 1900;
 
 // Empties a value and writes the store. KE_SUCCESS, with nothing written, when there is none.
-KE_RESULT ClearValue(const char* section, const char* key) {
-  if (!FindValue(section, key)) return KE_SUCCESS;
-  SetValue(*IntegraStore, section, key, {});
-  return WriteIntegraDat();
+KE_RESULT ClearValue(IniStore& store, const char* section, const char* key) {
+  return FindValue(store, section, key) ? SetAndSave(store, section, key, {}) : KE_RESULT{KE_SUCCESS};
 }
 
 }  // namespace
@@ -38,24 +36,24 @@ KE_RESULT Integrate(const KE_TIME& time) {
 }
 
 KE_RESULT DeIntegrate() {
-  return ChangeCurrentStore([]() -> KE_RESULT {
-    const KE_RESULT date = ClearValue("INTEGRATION", "Date");
-    const KE_RESULT device = ClearValue("INTEGRATION", "DEVICEID");
+  return UpdateStore([](IniStore& store) -> KE_RESULT {
+    const KE_RESULT date = ClearValue(store, "INTEGRATION", "Date");
+    const KE_RESULT device = ClearValue(store, "INTEGRATION", "DEVICEID");
     return date != KE_SUCCESS && device != KE_SUCCESS ? KE_STORE_UNUSABLE : KE_SUCCESS;
   });
 }
 
 KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size) {
-  return WithCurrentStore([&]() -> KE_RESULT {
-    if (const auto stored = FindValue("AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
+  return ReadStore([&](const IniStore& store) -> KE_RESULT {
+    if (const auto stored = FindValue(store, "AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
     buffer[0] = '\0';
     return KE_STORE_UNUSABLE;
   });
 }
 
 KE_RESULT ReadUninstallPassword(const char* function, PasswordCopy copy, char* buffer, std::int32_t size) {
-  return WithCurrentStore([&]() -> KE_RESULT {
-    if (const auto stored = FindValue("UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
+  return ReadStore([&](const IniStore& store) -> KE_RESULT {
+    if (const auto stored = FindValue(store, "UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
     Trace(frame::kDetail, function, "Could not open Restored File Integra.dat");
     return KE_STORE_UNUSABLE;
   });

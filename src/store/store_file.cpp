@@ -15,6 +15,25 @@ namespace store {
 using frame::kDetail;
 using frame::Trace;
 
+namespace {
+
+constexpr int kMostShifts = 16;              // each fails once in 256 times
+constexpr std::int32_t kNeverReadable = -1;  // the crypto module gives only zero bytes at the beginning
+
+// Makes the content of a file from a text: the marker and the encrypted blocks. 0, or the code of the encryption.
+std::int32_t Encrypt(std::string_view text, std::string& content) {
+  const std::size_t length = PaddedLength(text.size());
+  content.clear();
+  content.reserve(kMarker.size() + length);
+  content.append(kMarker).append(text).resize(kMarker.size() + length);
+  return EncryptBufferInPlace(content.data() + kMarker.size(), length, kFileKeyBlob);
+}
+
+// Without blocks there is no text to lose.
+bool IsReadable(std::string_view content) noexcept { return content.size() == kMarker.size() || IsMarked(content); }
+
+}  // namespace
+
 std::optional<std::string> ReadContent(const win::FileHandle& file) {
   const auto size = win::SizeOf(file);
   if (!size) return std::nullopt;
@@ -22,6 +41,28 @@ std::optional<std::string> ReadContent(const win::FileHandle& file) {
   std::string content(static_cast<std::size_t>(*size), '\0');
   if (win::Read(file, content.data(), content.size()) < content.size()) return std::nullopt;
   return content;
+}
+
+frame::Replaced ReplaceContent(const std::string& path, std::string_view content, const win::FileStatus& like,
+                               const char* function) {
+  const frame::Replaced replaced = frame::ReplaceContent(path, content, like);
+  if (!replaced.opened) {
+    Trace(kDetail, function, "Could not open %s - Error %d", path.c_str(), static_cast<int>(GetLastError()));
+  } else if (replaced.inPlace) {
+    Trace(kDetail, function, "Overwritten in place [File = %s] - Error %d", path.c_str(),
+          static_cast<int>(replaced.error));
+  }
+  return replaced;
+}
+
+bool ReplaceByCopy(const std::string& source, const std::string& path, const char* function) {
+  const win::FileHandle from = win::OpenForReading(source);
+  if (!from) return false;
+  const auto content = ReadContent(from);
+  if (!content) return false;
+  win::FileStatus like = win::StatusOf(path);
+  like.attributes = win::StatusOf(source).attributes;
+  return ReplaceContent(path, *content, like, function).complete;
 }
 
 Deciphering DecipherContent(std::string& content, const char* cryptoFolder) {
@@ -42,11 +83,17 @@ PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const
     Trace(kDetail, function, "Could not load ApiCrFunctions");
     return {.bytes = std::move(text), .form = TextForm::kPlainWithoutCrypto};
   }
-  const std::size_t length = PaddedLength(text.size());
   std::string content;
-  content.reserve(kMarker.size() + length);
-  content.append(kMarker).append(text).resize(kMarker.size() + length);
-  if (const auto error = EncryptBufferInPlace(content.data() + kMarker.size(), length, kFileKeyBlob); error != 0) {
+  std::int32_t error = Encrypt(text, content);
+  // Readers take an encrypted text that begins with a zero byte for plain text. An empty line, which means nothing,
+  // gives another one.
+  std::string shifted = text;
+  for (int i = 0; error == 0 && !IsReadable(content); ++i) {
+    if (i == kMostShifts) error = kNeverReadable;
+    shifted.insert(0, "\r\n");
+    if (error == 0) error = Encrypt(shifted, content);
+  }
+  if (error != 0) {
     Trace(kDetail, function, "Could not Encrypt  file. Error code: %d", static_cast<int>(error));
     return {.bytes = std::move(text), .form = TextForm::kPlainAfterFailure};
   }

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "store/ini_store.h"
+#include "frame/replace_file.h"
 #include "win/file.h"
 
 namespace store {
@@ -15,6 +15,15 @@ namespace store {
 /// The whole content of an open file; none when its size cannot be told or fewer bytes arrive. Throws when memory runs
 /// out.
 std::optional<std::string> ReadContent(const win::FileHandle& file);
+
+/// Replaces the content of a file (`frame::ReplaceContent`). A file that cannot be opened or is overwritten in place is
+/// traced under `function`.
+frame::Replaced ReplaceContent(const std::string& path, std::string_view content, const win::FileStatus& like,
+                               const char* function);
+
+/// Replaces the content of a file by that of `source`; true when all of it is in place. The attributes come from the
+/// source. Throws when memory runs out, before the file was touched.
+bool ReplaceByCopy(const std::string& source, const std::string& path, const char* function);
 
 enum class Deciphering { kDone, kCryptoNotLoaded, kFailed };
 
@@ -32,7 +41,8 @@ struct PreparedContent {
 };
 
 /// Enciphers a text with the file key blob, after the crypto module was bound from `cryptoFolder`. When that cannot be
-/// done, the content is the plain text. Traces the outcome under `function`. Throws when memory runs out.
+/// done, the content is the plain text. An empty line before the text may be added. Traces the outcome under
+/// `function`. Throws when memory runs out.
 PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const char* function);
 
 /// Traces under `function` how much of the content went out: `written` bytes of the file. Plain text is only traced

@@ -1,43 +1,74 @@
 #include "store/store_lock.h"
 
-#include <cstdint>
-#include <cstdio>
+#include <windows.h>
+
+#include <string>
 
 #include "frame/module.h"
 #include "frame/paths.h"
+#include "frame/trace.h"
+#include "frame/waiting.h"
 
 namespace store {
 namespace {
 
-constexpr DWORD kLongestWait = 5000;  // milliseconds
+using Attempt = win::InterprocessLock::Attempt;
 
-// How many scopes there are, one inside the other. Guarded by IntegraLock.
-int g_scopes = 0;
+constexpr DWORD kLongestWait = 5000, kVainWaitMemory = 60000, kPause = 1;  // milliseconds
 
-// One name for each store, however its path is spelled: a number made from the full path of its folder in lower case
-// (FNV-1a).
-std::uint64_t NumberOfStore() {
-  const std::string folder = frame::SiblingFolder(frame::KeptModuleDirectory(), "KESAgent");
-  char path[4096];
-  const DWORD length = GetFullPathNameA(folder.c_str(), sizeof path, path, nullptr);
-  if (length >= sizeof path) return 0;
-  CharLowerBuffA(path, length);
-  std::uint64_t number = 0xCBF29CE484222325;
-  for (DWORD i = 0; i < length; ++i) number = (number ^ static_cast<unsigned char>(path[i])) * 0x100000001B3;
-  return number;
+// Held for the whole scope, so that one thread of a process at a time waits for the others. Guards what follows.
+win::CriticalSection g_writers;
+
+int g_scopes = 0;                 // one inside the other
+std::optional<DWORD> g_vainWait;  // the tick at the end of the last wait in vain
+
+DWORD LongestWait() noexcept {
+  if (g_vainWait && GetTickCount() - *g_vainWait >= kVainWaitMemory) g_vainWait.reset();
+  return g_vainWait ? 0 : kLongestWait;
 }
 
 }  // namespace
 
 StoreLock::StoreLock() {
-  if (g_scopes == 0) {
-    char name[64];
-    snprintf(name, sizeof name, "Global\\KELUtils store %016llx", static_cast<unsigned long long>(NumberOfStore()));
-    held_.emplace(name, kLongestWait);
+  g_writers.Enter();
+  if (g_scopes++ != 0) return;
+  try {
+    Acquire();
+  } catch (...) {
+    --g_scopes;
+    g_writers.Leave();
+    throw;
   }
-  ++g_scopes;
 }
 
-StoreLock::~StoreLock() { --g_scopes; }
+StoreLock::~StoreLock() {
+  lock_.reset();
+  --g_scopes;
+  g_writers.Leave();
+}
+
+void StoreLock::Acquire() {
+  const auto directory = frame::KeptModuleDirectory();
+  if (directory.empty()) return;
+  const std::string folder = frame::SiblingFolder(directory, "KESAgent");
+  const std::string path = folder + "INTEGRA.LCK", live = folder + "INTEGRA.DAT";
+  const DWORD longest = LongestWait(), begin = GetTickCount();
+  lock_.emplace();
+  const auto tryAcquire = [&] { return lock_->TryAcquire(path, live, folder); };
+  Attempt attempt = tryAcquire();
+  while (attempt == Attempt::kBusy && GetTickCount() - begin < longest) {
+    frame::Pause(kPause);
+    attempt = tryAcquire();
+  }
+  if (attempt == Attempt::kHeld) return;
+  if (attempt == Attempt::kUnavailable) {
+    Trace(frame::kDetail, "StoreLock", "The lock of the store cannot be used [File = %s] - Error %d", path.c_str(),
+          static_cast<int>(GetLastError()));
+  } else if (longest != 0) {
+    g_vainWait = GetTickCount();
+    Trace(frame::kDetail, "StoreLock", "Waited in vain for the lock of the store [File = %s]", path.c_str());
+  }
+  lock_.reset();  // not while the scope runs without it
+}
 
 }  // namespace store

@@ -2,15 +2,19 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
-#include "win/named_lock.h"
+#include "win/critical_section.h"
+#include "win/interprocess_lock.h"
 
 namespace store {
 
-/// Keeps other processes away from the files of the store for the scope, whose thread holds frame::IntegraLock all the
-/// while: that one is always taken first. Waits five seconds at most; then the scope runs without the lock, so that a
-/// process that hangs holds nobody up for longer, and the last writer wins. Inside another such scope it costs nothing.
+/// Keeps other processes, and other threads of this one, from changing the store's files for the scope. Always acquired
+/// before frame::IntegraLock, which is not held while waiting, so that getters go on meanwhile.
+///
+/// Waits for other processes for up to five seconds; then the scope runs without the lock between processes, and
+/// the last write wins. After waiting in vain the process does not wait again for a minute. Inside another such scope
+/// of the same thread it costs nothing. Without the right to write the store the scope runs without the lock at once.
+/// Both are traced.
 class StoreLock {
  public:
   StoreLock();
@@ -19,7 +23,9 @@ class StoreLock {
   StoreLock& operator=(const StoreLock&) = delete;
 
  private:
-  std::optional<win::HeldBetweenProcesses> held_;
+  void Acquire();
+
+  std::optional<win::InterprocessLock> lock_;
 };
 
 }  // namespace store

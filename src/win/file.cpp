@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "win/access_rights.h"
+
 namespace win {
 
 FileGate g_fileGate = nullptr;
@@ -27,15 +29,103 @@ FILETIME ToTime(std::uint64_t time) noexcept {
 }
 
 constexpr DWORD kUpdate = GENERIC_READ | GENERIC_WRITE;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-FileHandle Open(const std::string& path, DWORD access, DWORD share, DWORD disposition,
-                DWORD attributes = FILE_ATTRIBUTE_NORMAL, SECURITY_ATTRIBUTES* security = nullptr) noexcept {
+// The calls of the platform for both kinds of paths.
+struct Narrow {
+  using Path = std::string;
+  using Found = WIN32_FIND_DATAA;
+  static constexpr auto kCreate = &CreateFileA;
+  static constexpr auto kAttributes = &GetFileAttributesExA;
+  static constexpr auto kMove = &MoveFileExA;
+  static constexpr auto kDelete = &DeleteFileA;
+  static constexpr auto kFindFirst = &FindFirstFileA;
+  static constexpr auto kFindNext = &FindNextFileA;
+};
+
+struct Wide {
+  using Path = std::wstring;
+  using Found = WIN32_FIND_DATAW;
+  static constexpr auto kCreate = &CreateFileW;
+  static constexpr auto kAttributes = &GetFileAttributesExW;
+  static constexpr auto kMove = &MoveFileExW;
+  static constexpr auto kDelete = &DeleteFileW;
+  static constexpr auto kFindFirst = &FindFirstFileW;
+  static constexpr auto kFindNext = &FindNextFileW;
+};
+
+template <typename Calls>
+FileHandle Open(const typename Calls::Path& path, DWORD access, DWORD disposition,
+                DWORD attributes = FILE_ATTRIBUTE_NORMAL, SECURITY_ATTRIBUTES* security = nullptr,
+                DWORD share = kShareAll) noexcept {
   if (!Passes(FileCall::kOpen)) return FileHandle();
-  return FileHandle(CreateFileA(path.c_str(), access, share, security, disposition, attributes, nullptr));
+  return FileHandle(Calls::kCreate(path.c_str(), access, share, security, disposition, attributes, nullptr));
 }
 
-FileHandle Open(const std::string& path, DWORD disposition) noexcept {
-  return Open(path, kUpdate, FILE_SHARE_READ | FILE_SHARE_WRITE, disposition);
+template <typename Calls>
+FileStatus StatusOfPath(const typename Calls::Path& path) noexcept {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  if (!Passes(FileCall::kStatus) || !Calls::kAttributes(path.c_str(), GetFileExInfoStandard, &data)) return {};
+  return {.exists = true,
+          .attributes = data.dwFileAttributes,
+          .size = (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
+          .created = ToInteger(data.ftCreationTime),
+          .accessed = ToInteger(data.ftLastAccessTime),
+          .written = ToInteger(data.ftLastWriteTime)};
+}
+
+template <typename Calls>
+FileHandle CreateReplacementOf(const typename Calls::Path& path, const typename Calls::Path& target,
+                               DWORD attributes) noexcept {
+  // Attributes that a file can be created with. A read-only target is never replaced.
+  constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
+                          FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+  const DWORD kept = (attributes & kKept) != 0 ? attributes & kKept : DWORD{FILE_ATTRIBUTE_NORMAL};
+  AccessRights rights;
+  if (!Passes(FileCall::kRights) || (!rights.Read(target) && !LastErrorIsNotFound())) return FileHandle();
+  FileHandle file = Open<Calls>(path, kUpdate | WRITE_DAC, CREATE_NEW, kept, rights.ForNewFile());
+  if (!file || rights.RestoreInheritance(file)) return file;
+  const DWORD error = GetLastError();
+  file.Reset();
+  Remove(path);
+  SetLastError(error);
+  return file;
+}
+
+template <typename Calls>
+bool RenamePathOver(const typename Calls::Path& path, const typename Calls::Path& target) noexcept {
+  return Passes(FileCall::kMove) &&
+         Calls::kMove(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
+template <typename Calls>
+void RemovePath(const typename Calls::Path& path) noexcept {
+  if (Passes(FileCall::kDelete)) Calls::kDelete(path.c_str());
+}
+
+template <typename Calls>
+void RemoveUnusedFiles(const typename Calls::Path& prefix, std::size_t digits) noexcept {
+  using Path = typename Calls::Path;
+  const auto lower = [](auto c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; };
+  const auto isDigit = [](auto c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
+  try {
+    typename Calls::Found found{};
+    const FindHandle search(Calls::kFindFirst((prefix + Path(1, '*')).c_str(), &found));
+    if (!search) return;
+    const Path folder(prefix, 0, prefix.find_last_of(Path{'\\', '/'}) + 1), start(prefix, folder.size());
+    do {
+      const Path name(found.cFileName);
+      // The search also finds short names.
+      if (name.size() != start.size() + digits || !std::ranges::all_of(name.substr(start.size()), isDigit) ||
+          !std::ranges::equal(name.substr(0, start.size()), start, {}, lower, lower)) {
+        continue;
+      }
+      // Fails while anyone has the file open; the end of the handle deletes it.
+      Open<Calls>(folder + name, DELETE, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr, 0);
+    } while (Calls::kFindNext(search.Get(), &found));
+  } catch (...) {
+    // Without memory for a name the files stay for the next time.
+  }
 }
 
 // Reads or writes in bounded steps until all is moved, nothing more moves or a step fails.
@@ -53,18 +143,10 @@ std::size_t Transfer(FileCall call, Byte* data, std::size_t size, Step step) noe
 
 }  // namespace
 
-FileStatus StatusOf(const std::string& path) noexcept {
-  WIN32_FILE_ATTRIBUTE_DATA data{};
-  if (!Passes(FileCall::kStatus) || !GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data)) return {};
-  return {.exists = true,
-          .attributes = data.dwFileAttributes,
-          .size = (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
-          .created = ToInteger(data.ftCreationTime),
-          .accessed = ToInteger(data.ftLastAccessTime),
-          .written = ToInteger(data.ftLastWriteTime)};
-}
+FileStatus StatusOf(const std::string& path) noexcept { return StatusOfPath<Narrow>(path); }
+FileStatus StatusOf(const std::wstring& path) noexcept { return StatusOfPath<Wide>(path); }
 
-bool WasMissing() noexcept {
+bool LastErrorIsNotFound() noexcept {
   const DWORD error = GetLastError();
   return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
@@ -81,7 +163,7 @@ bool Exists(const std::string& path) noexcept {
 
 void MakeFolder(const std::string& path) noexcept { CreateDirectoryA(path.c_str(), nullptr); }
 
-FileHandle OpenForUpdate(const std::string& path) noexcept { return Open(path, OPEN_EXISTING); }
+FileHandle OpenForUpdate(const std::string& path) noexcept { return Open<Narrow>(path, kUpdate, OPEN_EXISTING); }
 
 FileHandle CreateForUpdate(const std::string& path) noexcept {
   FileHandle file = OpenOrCreate(path);
@@ -89,29 +171,19 @@ FileHandle CreateForUpdate(const std::string& path) noexcept {
   return file;
 }
 
-FileHandle OpenForReading(const std::string& path) noexcept {
-  return Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
-}
+FileHandle OpenForReading(const std::string& path) noexcept { return Open<Narrow>(path, GENERIC_READ, OPEN_EXISTING); }
+FileHandle OpenForReading(const std::wstring& path) noexcept { return Open<Wide>(path, GENERIC_READ, OPEN_EXISTING); }
 
-FileHandle OpenOrCreate(const std::string& path) noexcept { return Open(path, OPEN_ALWAYS); }
+FileHandle OpenOrCreate(const std::string& path, SECURITY_ATTRIBUTES* security) noexcept {
+  return Open<Narrow>(path, kUpdate, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, security);
+}
+FileHandle OpenOrCreate(const std::wstring& path) noexcept { return Open<Wide>(path, kUpdate, OPEN_ALWAYS); }
 
 FileHandle CreateReplacement(const std::string& path, const std::string& target, unsigned long attributes) noexcept {
-  // Attributes that a file can be created with. A read-only target stays in place anyway.
-  constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
-                          FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-  const DWORD kept = (attributes & kKept) != 0 ? attributes & kKept : DWORD{FILE_ATTRIBUTE_NORMAL};
-  alignas(SECURITY_DESCRIPTOR) char rights[2048];
-  SECURITY_ATTRIBUTES security{.nLength = sizeof security, .lpSecurityDescriptor = rights, .bInheritHandle = FALSE};
-  DWORD needed = 0;
-  const bool known = Passes(FileCall::kStatus) &&
-                     GetFileSecurityA(target.c_str(), DACL_SECURITY_INFORMATION, rights, sizeof rights, &needed);
-  const auto create = [&] { return Open(path, kUpdate, 0, CREATE_NEW, kept, known ? &security : nullptr); };
-  FileHandle file = create();
-  if (!file && GetLastError() == ERROR_FILE_EXISTS) {
-    Remove(path);
-    file = create();
-  }
-  return file;
+  return CreateReplacementOf<Narrow>(path, target, attributes);
+}
+FileHandle CreateReplacement(const std::wstring& path, const std::wstring& target, unsigned long attributes) noexcept {
+  return CreateReplacementOf<Wide>(path, target, attributes);
 }
 
 bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(OpenOrCreate(path)); }
@@ -149,13 +221,17 @@ bool SetWritten(const FileHandle& file, std::uint64_t time) noexcept {
   return Passes(FileCall::kTime) && SetFileTime(file.Get(), nullptr, nullptr, &written);
 }
 
-bool PutInPlace(const std::string& path, const std::string& target) noexcept {
-  return Passes(FileCall::kMove) &&
-         MoveFileExA(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+bool RenameOver(const std::string& path, const std::string& target) noexcept {
+  return RenamePathOver<Narrow>(path, target);
+}
+bool RenameOver(const std::wstring& path, const std::wstring& target) noexcept {
+  return RenamePathOver<Wide>(path, target);
 }
 
-void Remove(const std::string& path) noexcept {
-  if (Passes(FileCall::kDelete)) DeleteFileA(path.c_str());
-}
+void Remove(const std::string& path) noexcept { RemovePath<Narrow>(path); }
+void Remove(const std::wstring& path) noexcept { RemovePath<Wide>(path); }
+
+void RemoveUnused(const std::string& prefix, std::size_t digits) noexcept { RemoveUnusedFiles<Narrow>(prefix, digits); }
+void RemoveUnused(const std::wstring& prefix, std::size_t digits) noexcept { RemoveUnusedFiles<Wide>(prefix, digits); }
 
 }  // namespace win

@@ -1,5 +1,5 @@
-// Whole-file work on paths in the system's code page. No function throws unless it says so; each leaves the reason of a
-// failure in the last-error value.
+// File calls on paths in the system's code page, or in UTF-16. No function throws; a failure leaves its reason in the
+// last-error value.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 namespace win {
 
 /// The kinds of file calls, as a gate sees them.
-enum class FileCall { kStatus, kOpen, kSize, kResize, kRead, kWrite, kFlush, kTime, kMove, kDelete };
+enum class FileCall { kStatus, kRights, kOpen, kSize, kResize, kRead, kWrite, kFlush, kTime, kMove, kDelete };
 
 /// Asked before each file call of this header, on the calling thread. False keeps the call from the platform and makes
 /// it fail, with the last-error value that the gate has set. `bytes` is what one step of reading or writing moves; the
@@ -35,9 +35,10 @@ struct FileStatus {
 };
 
 FileStatus StatusOf(const std::string& path) noexcept;
+FileStatus StatusOf(const std::wstring& path) noexcept;
 
-/// True when the last-error value, left by a failed call of this header, says that there is no such file or folder.
-bool WasMissing() noexcept;
+/// True when the last-error value says that a file or folder does not exist.
+bool LastErrorIsNotFound() noexcept;
 
 /// The clock of the file times.
 std::uint64_t Now() noexcept;
@@ -48,23 +49,30 @@ bool Exists(const std::string& path) noexcept;
 /// Creates a folder in an existing one. One that exists, and one that cannot be created, changes nothing.
 void MakeFolder(const std::string& path) noexcept;
 
-/// Opens an existing file for reading and writing, as the C mode "r+b" does: others may read and write meanwhile.
+/// Opens an existing file for reading and writing, as the C mode "r+b" does. Others may read, write, replace and delete
+/// it meanwhile.
 FileHandle OpenForUpdate(const std::string& path) noexcept;
 
-/// Opens an existing file for reading, whatever others do with it.
+/// Opens an existing file for reading. Others may do anything with it meanwhile.
 FileHandle OpenForReading(const std::string& path) noexcept;
+FileHandle OpenForReading(const std::wstring& path) noexcept;
 
 /// Opens a file for reading and writing and empties it, creating it when missing, as the C mode "w+b" does. Works on
 /// hidden files too, and keeps their attributes.
 FileHandle CreateForUpdate(const std::string& path) noexcept;
 
-/// Opens a file as it is for reading and writing, creating it empty when it is missing. After a success the last-error
-/// value is ERROR_ALREADY_EXISTS for one that was there.
-FileHandle OpenOrCreate(const std::string& path) noexcept;
+/// Opens a file as it is for reading and writing, creating it empty, with the rights of `security`, when it is missing.
+/// After a success the last-error value is ERROR_ALREADY_EXISTS for one that was there.
+FileHandle OpenOrCreate(const std::string& path, SECURITY_ATTRIBUTES* security = nullptr) noexcept;
+FileHandle OpenOrCreate(const std::wstring& path) noexcept;
 
-/// Creates a file that is to take the place of `target`: empty, held by this caller alone, with the given attributes
-/// and, where the target exists, its access rights. One of that name, left by a process that was killed, is removed.
+/// Creates the empty file `path`, which is to replace `target`, with the given attributes and the access rights of the
+/// target: nobody can open it who could not open the target. Without a target it gets the rights of its folder. Fails
+/// with ERROR_FILE_EXISTS when `path` exists, and when the target's rights cannot be read or set.
+///
+/// Others may open, rename and delete the file while the handle is open; `RemoveUnused` leaves it alone as long.
 FileHandle CreateReplacement(const std::string& path, const std::string& target, unsigned long attributes) noexcept;
+FileHandle CreateReplacement(const std::wstring& path, const std::wstring& target, unsigned long attributes) noexcept;
 
 /// Creates the file empty when it is missing, and never touches one that exists meanwhile; true when there is a file
 /// that can be opened for update.
@@ -88,10 +96,17 @@ bool Resize(const FileHandle& file, std::uint64_t size) noexcept;
 /// Sets the last-write time; true on success.
 bool SetWritten(const FileHandle& file, std::uint64_t time) noexcept;
 
-/// Gives a file the name `target` in one step, replacing the file of that name: whoever opens `target` finds the one or
-/// the other. Returns when the disk has it. False when anything is open elsewhere.
-bool PutInPlace(const std::string& path, const std::string& target) noexcept;
+/// Renames a file to `target` atomically, replacing the file of that name: whoever opens `target` gets the old file or
+/// the new one. Returns when the rename is on the disk. Fails while another process holds `target` open.
+bool RenameOver(const std::string& path, const std::string& target) noexcept;
+bool RenameOver(const std::wstring& path, const std::wstring& target) noexcept;
 
 void Remove(const std::string& path) noexcept;
+void Remove(const std::wstring& path) noexcept;
+
+/// Deletes the files of a folder whose names consist of `prefix` (a full path) and `digits` upper-case hexadecimal
+/// digits, except those that a process holds open.
+void RemoveUnused(const std::string& prefix, std::size_t digits) noexcept;
+void RemoveUnused(const std::wstring& prefix, std::size_t digits) noexcept;
 
 }  // namespace win

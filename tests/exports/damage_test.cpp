@@ -131,6 +131,56 @@ TEST_CASE(
   CHECK(AgentId(cached) == "small");
   late.Put("INTEGRA.START", "[AGENT]\r\nID=small start\r\n");
   CHECK(AgentId(cached) == "small start");
+  // But never over a store that another process has completed since.
+  late.Put("INTEGRA.START", WholeStore("start"));
+  Sleep(20);
+  late.Put("INTEGRA.DAT", WholeStore("completed"));
+  CHECK(AgentId(cached) == "completed");
+}
+
+TEST_CASE("damage: a store that was damaged when it was read replaces no backup that may be the last good copy") {
+  enum Crypto { kPresent, kMissingNow };
+  const std::string three = "[AGENT]\r\nID=left\r\n[INSTALL]\r\n[INTEGRATION]\r\nCERTIFICATE=c\r\n",
+                    good = WholeStore("good");
+  const struct {
+    const char* name;
+    std::string live, backup;
+    Crypto crypto;
+    bool locked, kept;
+  } rows[] = {
+      {"the change adds the fourth section", FakeEnciphered(three), FakeEnciphered(good), kPresent, false, true},
+      {"an encrypted backup without a crypto module", three, FakeEnciphered(good), kMissingNow, false, true},
+      {"a backup in use", FakeEnciphered(three), FakeEnciphered(good), kPresent, true, true},
+      {"a damaged backup", FakeEnciphered(three), FakeEnciphered("[AGENT]\r\nID=old\r\n"), kPresent, false, false},
+      {"a complete store", FakeEnciphered(WholeStore("live")), FakeEnciphered(good), kPresent, false, false},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(row.name);
+    const StoreTree tree;
+    support::WriteFile(tree.tree.Store("INTEGRA.DAT"), row.live);
+    support::WriteFile(tree.tree.Store("INTEGRA.BAK"), row.backup);
+    if (row.crypto == kMissingNow) std::filesystem::remove(tree.tree.Path("KELUtils/ApiCr.dll"));
+    std::unique_ptr<LockedFile> lock;
+    if (row.locked) lock = std::make_unique<LockedFile>(tree.tree.Store("INTEGRA.BAK"));
+    CHECK(CALL(tree.Load(), KE_SetUninstallPass)("new section", 0) == KE_SUCCESS);
+    lock.reset();
+    CHECK((support::ReadFile(tree.tree.Store("INTEGRA.BAK")) == row.backup) == row.kept);
+  }
+}
+
+TEST_CASE("damage: no text is lost whose encrypted form begins with a zero byte, which readers take for plain text") {
+  // The first block of each begins so with the development key blob.
+  const char* ids[] = {"0297-4b1c-9d2e"};
+  const support::ProductTree tree;
+  const LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+  CHECK(CALL(dll, KE_SetAgentID)("first") == KE_SUCCESS);
+  CHECK(CALL(dll, KE_SetUninstallPass)("secret", 0) == KE_SUCCESS);
+  for (const char* id : ids) {
+    CHECK(CALL(dll, KE_SetAgentID)(id) == KE_SUCCESS);
+    const LoadedDll fresh = LoadedDll::Separate(tree.Path("KELUtils/KELUtils.dll"));
+    CHECK(AgentId(fresh) == id);
+    CHECK(CALL(fresh, KE_IsNeededInstallationPassw)() == 1);
+  }
 }
 
 TEST_CASE("store files: read once while unchanged, and again when another process has written") {

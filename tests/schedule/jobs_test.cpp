@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include <string>
+#include <tuple>
 
 #include "KELUtils.h"
 #include "frame/trace.h"
@@ -230,20 +231,23 @@ TEST_CASE("upgrade: every step runs, in order, and only the last two count") {
   manager.Remove();
   CHECK(KE_UpgradeComplete(0, "3.0") == KE_PROGRAM_NOT_STARTED);
 
-  // Neither a damaged store nor one in use replaces a whole start copy.
-  support::WriteFile(tree.Store("INTEGRA.START"), whole);
-  support::WriteFile(tree.Store("INTEGRA.DAT"), "[AGENT]\r\nID=left\r\n");
-  CHECK(store::KeepAsStartCopy() == KE_STORE_UNUSABLE);
-  const std::string moved = whole + "[MOVED]\r\n";
-  support::WriteFile(tree.Store("INTEGRA.DAT"), moved);
-  {
+  // Only a store of at least four sections that can be read becomes the start copy: any other one would undo every
+  // later change. Three are the normal state without remote control and uninstall password.
+  const std::string moved = whole + "[MOVED]\r\n",
+                    three = "[AGENT]\r\nID=3\r\n[INSTALL]\r\n[INTEGRATION]\r\nCERTIFICATE=c\r\n";
+  for (const auto& [live, start, kept] :
+       {std::tuple{three, std::string(), std::string()}, {three, whole, whole}, {moved, whole, moved}}) {
+    support::WriteFile(tree.Store("INTEGRA.DAT"), live);
+    support::WriteFile(tree.Store("INTEGRA.START"), start);
+    if (start.empty()) std::filesystem::remove(tree.Store("INTEGRA.START"));
     const support::LockedFile readByOthers(tree.Store("INTEGRA.DAT"), FILE_SHARE_READ);
-    CHECK(store::KeepAsStartCopy() == KE_SUCCESS);
-    CHECK(support::ReadFile(tree.Store("INTEGRA.START")) == moved);
+    KE_UpgradeComplete(1603, "3.0");
+    CHECK(support::ReadFile(tree.Store("INTEGRA.START")) == kept);
   }
-  support::WriteFile(tree.Store("INTEGRA.START"), whole);
-  const support::LockedFile inUse(tree.Store("INTEGRA.DAT"));
+  CHECK(tree.Traced(
+      "KE_UpgradeComplete;\"Integra.start kept: integra.dat has fewer than 4 sections or cannot be read\""));
+  support::WriteFile(tree.Store("INTEGRA.DAT"), whole);
+  const support::LockedFile inUse(tree.Store("INTEGRA.START"));
   KE_UpgradeComplete(1603, "3.0");
   CHECK(tree.Traced("KE_UpgradeComplete;\"Error copying from Integra.start\""));
-  CHECK(support::ReadFile(tree.Store("INTEGRA.START")) == whole);
 }

@@ -107,6 +107,12 @@ TEST_CASE("encrypted file: the marker, then the text enciphered in whole blocks 
   CHECK(codec.Write(store) == store::kFileCipherFailed);
   CHECK(codec.Content() == text);
   cipher.error = 0;
+  // A first byte of zero would be read as plain text. A module that gives nothing else cannot be used.
+  cipher.zeroFirst = true;
+  CHECK(codec.Write(store) == store::kFileCipherFailed);
+  CHECK(codec.Content() == text);
+  cipher.zeroFirst = false;
+  CHECK(codec.Write(Parsed("[\x55]\r\n")) == store::kFileDone);
   // An empty store enciphers no block and leaves the marker alone; a first enciphered byte of zero makes the file
   // plain.
   CHECK(codec.Write({}) == store::kFileDone);
@@ -136,7 +142,12 @@ TEST_CASE("encrypted file: missing files are created empty; folders, locked file
   CHECK(codec.Write(store) == store::kFileDone);
   win::g_fileGate = nullptr;
   CHECK(codec.Content() == "[A]\r\nold=content that is long enough\r\n");
-  CHECK_FALSE(std::filesystem::exists(codec.File() + ".NEW"));
+  // Only temporary files that killed processes left are removed; the caller's own files stay, whatever their names.
+  const char* neighbours[] = {".NEW", ".KE~", ".KE~0000012C000", ".KE~0000012C0001x", ".KE~0000012C0001"};
+  for (const char* end : neighbours) support::WriteFile(codec.File() + end, "mine");
+  CHECK(codec.Write(store) == store::kFileDone);
+  for (const char* end : neighbours)
+    CHECK(std::filesystem::exists(codec.File() + end) == (end != std::end(neighbours)[-1]));
   for (const DWORD share : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
     const support::LockedFile locked(codec.File(), share);
     CHECK(codec.Read(store) == store::kFileNotOpened);

@@ -33,6 +33,7 @@ int AnswerCipher(char* buffer, std::uint32_t length, const char* keyBlob, std::i
   g_cipher.lastLength = length;
   g_cipher.lastKeyBlob = keyBlob;
   for (std::uint32_t i = 0; i < length && g_cipher.error == 0; ++i) buffer[i] ^= kFakeCipherMask;
+  if (g_cipher.zeroFirst) buffer[0] = '\0';
   return *error = g_cipher.error;
 }
 

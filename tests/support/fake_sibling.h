@@ -14,6 +14,7 @@ struct FakeCipherState {
   std::uint32_t lastLength;
   const char* lastKeyBlob;
   std::int32_t error;  // what the next calls report, leaving the buffer alone
+  bool zeroFirst;      // the next calls set the first byte to zero
 };
 
 /// The calls of one function.

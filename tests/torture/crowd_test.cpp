@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "store/accessors.h"
+#include "support/agent_tree.h"
 #include "torture/scenes.h"
 
 using torture::Child;
@@ -24,8 +25,8 @@ std::atomic<DWORD> g_longest = 0;  // milliseconds of one operation
 
 std::string Current(const std::string& key) {
   std::string value;
-  const KE_RESULT result = store::WithCurrentStore([&]() -> KE_RESULT {
-    value = store::FindValue("INTEGRATION", key.c_str()).value_or("");
+  const KE_RESULT result = store::ReadStore([&](const store::IniStore& store) -> KE_RESULT {
+    value = store::FindValue(store, "INTEGRATION", key.c_str()).value_or("");
     return KE_SUCCESS;
   });
   g_refused += result != KE_SUCCESS;
@@ -44,7 +45,7 @@ struct Worker {
       const unsigned what = chance >> 16;
       const DWORD begin = GetTickCount();
       if (what % 8 == 0) {
-        g_refused += store::RestoreIntegraDat() != KE_SUCCESS;
+        g_refused += store::RestoreIntegraDat().Code() != KE_SUCCESS;
       } else if (what % 2 == 0) {
         const std::string other = Key(static_cast<int>(what / 8 % kProcesses), static_cast<int>(what / 64 % kThreads));
         const std::string value = Current(other);
@@ -61,6 +62,19 @@ struct Worker {
 
 DWORD WINAPI RunWorker(void* worker) {
   static_cast<const Worker*>(worker)->Run();
+  return 0;
+}
+
+std::atomic<bool> g_getting;
+DWORD g_longestGetter;  // milliseconds
+
+DWORD WINAPI GetMeanwhile(void*) {
+  while (g_getting) {
+    const DWORD begin = GetTickCount();
+    torture::GetAny();
+    g_longestGetter = std::max(g_longestGetter, GetTickCount() - begin);
+    Sleep(10);
+  }
   return 0;
 }
 
@@ -101,29 +115,67 @@ TEST_CASE("child: one of a crowd" * doctest::skip()) {
   CHECK(g_lost == 0);
 }
 
-TEST_CASE("a process that hangs inside a write holds up the others for seconds, not for good") {
-  if (!support::IsLong()) return;
-  support::Tally tally("beside a process that hangs");
+TEST_CASE("a process that hangs inside a write holds up the others once, for five seconds, and getters not at all") {
   const StoreTree tree;
   torture::Prepare(tree, torture::Scenes()[0]);
   const Child child("child: hangs inside a write", tree.tree);
-  const auto hung = tree.tree.Store("INTEGRA.DAT.NEW");
-  for (int i = 0; i < 1000 && !std::filesystem::exists(hung); ++i) Sleep(10);
-  REQUIRE(std::filesystem::exists(hung));
-  const support::LoadedDll dll = tree.Load();
-  const DWORD begin = GetTickCount();
-  const bool set = CALL(dll, KE_SetAgentID)(torture::kNew.c_str()) == KE_SUCCESS;
-  const DWORD waited = GetTickCount() - begin;
-  tally.Case(set && AgentId(tree.Load()) == torture::kNew && waited < 20000,
-             "waited " + std::to_string(waited) + " ms");
-  tally.note = ", " + std::to_string(waited) + " ms";
+  for (int i = 0; i < 1000 && !std::filesystem::exists(tree.tree.Path("hung")); ++i) Sleep(10);
+  REQUIRE(std::filesystem::exists(tree.tree.Path("hung")));
+
+  const support::InnerModule module(tree.tree);
+  g_getting = true, g_longestGetter = 0;
+  const HANDLE getter = CreateThread(nullptr, 0, GetMeanwhile, nullptr, 0, nullptr);
+  const std::pair<const char*, std::pair<DWORD, DWORD>> expected[] = {{"the first", {4500, 8000}},
+                                                                      {"the next", {0, 2500}}};
+  for (const auto& [name, bounds] : expected) {
+    CAPTURE(name);
+    const DWORD begin = GetTickCount();
+    CHECK(torture::SetNew() == KE_SUCCESS);
+    const DWORD waited = GetTickCount() - begin;
+    CHECK(waited >= bounds.first);
+    CHECK(waited < bounds.second);
+  }
+  g_getting = false;
+  CHECK(WaitForSingleObject(getter, 10000) == WAIT_OBJECT_0);
+  CloseHandle(getter);
+  CHECK(g_longestGetter < 2500);
+  CHECK(AgentId(tree.Load()) == torture::kNew);
 }
 
 TEST_CASE("child: hangs inside a write" * doctest::skip()) {
-  const torture::ToldModule module;
+  static const torture::ToldModule module;
   win::g_fileGate = [](win::FileCall call, unsigned long&) {
-    if (call == win::FileCall::kWrite) Sleep(INFINITE);
+    if (call == win::FileCall::kWrite) {
+      support::WriteFile(module.Path("hung"), "");
+      Sleep(INFINITE);
+    }
     return true;
   };
   torture::SetNew();
+}
+
+TEST_CASE("the lock of the store is for its writers: nobody else can open it, and what stands in its place is traced") {
+  const support::AgentTree tree;
+  tree.AddFake("FakeApiCr", "KELUtils/ApiCr.dll");
+  support::WriteFile(tree.Store("INTEGRA.DAT"), WholeStore("old"));
+  const std::string lock = tree.Store("INTEGRA.LCK").string();
+  CHECK(torture::SetNew() == KE_SUCCESS);
+  char rights[4096] = {};
+  DWORD size = 0;
+  REQUIRE(GetFileSecurityA(lock.c_str(), DACL_SECURITY_INFORMATION, rights, sizeof rights, &size));
+  BOOL present = FALSE, defaulted = FALSE;
+  ACL* list = nullptr;
+  REQUIRE(GetSecurityDescriptorDacl(rights, &present, &list, &defaulted));
+  REQUIRE(list != nullptr);
+  CHECK(list->AceCount > 0);
+  for (DWORD i = 0; i < list->AceCount; ++i) {
+    void* entry = nullptr;
+    REQUIRE(GetAce(list, i, &entry));
+    CHECK((static_cast<ACCESS_ALLOWED_ACE*>(entry)->Mask & FILE_WRITE_DATA) != 0);
+  }
+  REQUIRE(std::filesystem::remove(lock));
+  std::filesystem::create_directory(lock);
+  CHECK(torture::SetNew() == KE_SUCCESS);
+  CHECK(tree.Traced("StoreLock;\"The lock of the store cannot be used [File = " + tree.Path("KELUtils").string() +
+                    "\\..\\KESAgent\\INTEGRA.LCK] - Error 5\""));
 }

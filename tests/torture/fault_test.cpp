@@ -1,6 +1,8 @@
 // File calls of the store fail: each in turn, once or from then on. The result tells what came of it, nothing leaks,
 // and the next process finds an identity.
 #include <windows.h>
+// After windows.h.
+#include <sddl.h>
 
 #include "support/handles.h"
 #include "torture/scenes.h"
@@ -62,9 +64,10 @@ TEST_CASE("every file call may fail: the result is right, nothing leaks, and the
 }
 
 TEST_CASE("files that others hold or leave: values are set all the same, the attributes stay, and the time is later") {
-  enum State { kHeld, kFolder, kLeft };
+  constexpr char kLeftover[] = "INTEGRA.DAT.KE~0000012C0001";
+  enum State { kHeld, kLeft, kOpen };
   const std::pair<const char*, State> rows[] = {
-      {"INTEGRA.DAT", kHeld}, {"INTEGRA.BAK", kHeld}, {"INTEGRA.DAT.NEW", kFolder}, {"INTEGRA.DAT.NEW", kLeft}};
+      {"INTEGRA.DAT", kHeld}, {"INTEGRA.BAK", kHeld}, {kLeftover, kLeft}, {kLeftover, kOpen}};
   for (const auto& [file, state] : rows) {
     CAPTURE(std::string(file) + std::to_string(state));
     const StoreTree tree;
@@ -72,17 +75,73 @@ TEST_CASE("files that others hold or leave: values are set all the same, the att
     torture::Prepare(tree, torture::Scenes()[0]);
     const auto path = tree.tree.Store(file), live = tree.tree.Store("INTEGRA.DAT");
     SetFileAttributesW(live.c_str(), FILE_ATTRIBUTE_HIDDEN);
+    if (state != kHeld) support::WriteFile(path, "half a store");
     std::optional<support::LockedFile> held;
-    if (state == kHeld) held.emplace(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
-    if (state == kFolder) std::filesystem::create_directory(path);
-    if (state == kLeft) support::WriteFile(path, "half a store");
+    if (state != kLeft) held.emplace(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
     const std::uint64_t before = win::Now() + 400000;  // 40 ms: as if written in the tick that is yet to come
     REQUIRE(win::SetWritten(win::OpenForUpdate(live.string()), before));
+    store::g_leftoversRemoved = false;  // as in another process
     CHECK(torture::SetNew() == KE_SUCCESS);
+    CHECK(std::filesystem::exists(tree.tree.Store(kLeftover)) == (state == kOpen));
     held.reset();
     for (const char* copy : {"INTEGRA.DAT", "INTEGRA.BAK"}) CHECK(tree.Text(copy) == WholeStore(torture::kNew));
     CHECK((GetFileAttributesW(live.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
     CHECK(win::StatusOf(live.string()).written > before);
-    CHECK(std::filesystem::exists(tree.tree.Store("INTEGRA.DAT.NEW")) == (state == kFolder));
+  }
+}
+
+TEST_CASE("the live store vanishes while it is repaired: the call fails, and looks into no store that is not there") {
+  static const support::ProductTree* s_tree;
+  const StoreTree tree;
+  s_tree = &tree.tree;
+  const support::InnerModule module(tree.tree);
+  tree.Put("INTEGRA.DAT", "[AGENT]\r\nID=x\r\n");
+  tree.Put("INTEGRA.START", WholeStore("start"));
+  tree.Put("INTEGRA.BAK", WholeStore("backup"));
+  const support::LockedFile inUse(tree.tree.Store("INTEGRA.BAK"));
+  win::g_fileGate = [](win::FileCall call, unsigned long&) {
+    static bool s_moved = false;
+    if (s_moved) std::filesystem::remove(s_tree->Store("INTEGRA.DAT"));
+    s_moved = call == win::FileCall::kMove;
+    return true;
+  };
+  char buffer[64];
+  CHECK(KE_GetAgentVersion(buffer, sizeof buffer) == KE_STORE_UNUSABLE);
+  win::g_fileGate = nullptr;
+}
+
+TEST_CASE("access rights: a file is replaced with the rights it has, and in place when they cannot be read") {
+  const auto rightsOf = [](const std::string& path) {
+    char rights[4096] = {};
+    DWORD size = 0;
+    CHECK(GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, rights, sizeof rights, &size));
+    return std::string(rights, size);
+  };
+  for (const bool readable : {true, false}) {
+    CAPTURE(readable);
+    const StoreTree tree;
+    const support::InnerModule module(tree.tree);
+    torture::Prepare(tree, torture::Scenes()[0]);
+    const std::string live = tree.tree.Store("INTEGRA.DAT").string();
+    // Nobody but administrators, unlike the folder.
+    PSECURITY_DESCRIPTOR closed = nullptr;
+    REQUIRE(ConvertStringSecurityDescriptorToSecurityDescriptorA("D:P(A;;FA;;;BA)", 1, &closed, nullptr));
+    REQUIRE(SetFileSecurityA(live.c_str(), DACL_SECURITY_INFORMATION, closed));
+    LocalFree(closed);
+    const std::string before = rightsOf(live);
+    static int s_moves;
+    s_moves = 0;
+    win::g_fileGate =
+        readable ? [](win::FileCall call, unsigned long&) { return s_moves += call == win::FileCall::kMove, true; }
+                 : [](win::FileCall call, unsigned long&) {
+                     s_moves += call == win::FileCall::kMove;
+                     SetLastError(ERROR_ACCESS_DENIED);
+                     return call != win::FileCall::kRights;
+                   };
+    CHECK(torture::SetNew() == KE_SUCCESS);
+    win::g_fileGate = nullptr;
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore(torture::kNew));
+    CHECK(rightsOf(live) == before);
+    CHECK((s_moves != 0) == readable);
   }
 }

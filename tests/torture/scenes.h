@@ -30,6 +30,8 @@ inline KE_RESULT GetAny() {
   return KE_GetAgentID(buffer, sizeof buffer);
 }
 
+inline KE_RESULT Keep() { return store::KeepAsStartCopy("Keep"); }
+
 inline const std::vector<Scene>& Scenes() {
   const std::string old = WholeStore(kOld), start = WholeStore("start"), cut = old.substr(0, 70);
   static const std::vector<Scene> scenes = {
@@ -40,7 +42,7 @@ inline const std::vector<Scene>& Scenes() {
       {"a value is set in a damaged store, whose backup is whole", cut, old, {}, SetNew, kOld, kNew},
       {"an identity is restored from the backup", WholeStore(""), old, {}, GetAny, kOld, kOld},
       {"an identity is restored from the start copy", WholeStore(""), WholeStore(""), start, GetAny, "start", "start"},
-      {"the store becomes the start copy", old, old, start, store::KeepAsStartCopy, kOld, kOld},
+      {"the store becomes the start copy", old, old, start, Keep, kOld, kOld},
   };
   return scenes;
 }

@@ -7,7 +7,7 @@
 #include "commands.h"
 #include "diagnosis/store_files.h"
 #include "errors.h"
-#include "store/durable_file.h"
+#include "store/store_file.h"
 #include "win/file.h"
 
 namespace kelctl {
@@ -94,7 +94,7 @@ void CarryOut(const StoreCopies& copies, const Plan& plan) {
   if (!plan.keptAs.empty() && !CopyFileA(copies.live.path.c_str(), plan.keptAs.c_str(), TRUE)) {
     FailCopying(copies.live.file + " to " + FileName(plan.keptAs) + ", and nothing was replaced");
   }
-  if (!store::ReplaceByCopy(plan.source->path, copies.live.path)) {
+  if (!store::ReplaceByCopy(plan.source->path, copies.live.path, "repair")) {
     FailCopying(plan.source->file + " over " + copies.live.file);
   }
 }
