@@ -20,7 +20,7 @@ constexpr std::string_view kExtensionsKey = EXTENSIONS_KEY;
 // What the section [General] says. The views point into the text.
 struct General {
   bool found = false;
-  std::string_view version;     // without blanks; no data when there is no such line
+  std::string_view version;     // without blanks and quotation marks; no data when there is no such line
   std::string_view extensions;  // the same
   std::size_t end = 0;          // where a line can be added: behind the last one of the section that is not blank
 };
@@ -42,7 +42,7 @@ General ReadGeneral(std::string_view text) {
     const auto split = SplitLine(line);
     if (!split) continue;
     for (auto [key, value] : {std::pair{kVersionKey, &general.version}, {kExtensionsKey, &general.extensions}})
-      if (!value->data() && SameName(split->key, key)) *value = Trimmed(split->value);
+      if (!value->data() && SameName(split->key, key)) *value = WithoutQuotes(Trimmed(split->value));
   }
   return general;
 }

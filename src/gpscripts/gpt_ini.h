@@ -19,8 +19,8 @@ enum class ScriptsExtension {
 
 /// The text with the machine's version, the low word, one higher: the platform reads the policy's files again only
 /// then. 65535 is followed by 1, because the platform takes version 0 for a policy that was never edited; the high
-/// word, the users' version, stays. A missing version counts as 0. Everything else stays as it is, byte for byte; what
-/// is missing is added.
+/// word, the users' version, stays. A missing version counts as 0. Quotation marks around a value are read as the
+/// platform reads them, and stay. Everything else stays as it is, byte for byte; what is missing is added.
 ///
 /// None for a text that must be left alone because it cannot be understood: too long, with control characters, a
 /// version that is no 32-bit decimal number, or a list that is none of extensions and tools.

@@ -39,6 +39,13 @@ TextView<Char> Trimmed(TextView<Char> text) {
   return text;
 }
 
+/// `text` without one pair of quotation marks around it, of either kind.
+template <typename Char>
+TextView<Char> WithoutQuotes(TextView<Char> text) {
+  const bool quoted = text.size() >= 2 && text.front() == text.back() && (text[0] == '"' || text[0] == '\'');
+  return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
 /// True when both names are the same but for ASCII letter case.
 template <typename Left, typename Right>
 bool SameName(TextView<Left> left, TextView<Right> right) {

@@ -42,9 +42,7 @@ std::optional<Entry> EntryOf(std::wstring_view line) {
 
 std::wstring_view AsRead(const std::optional<std::wstring>& written) {
   if (!written) return {};
-  const auto value = Trimmed(std::wstring_view(*written));
-  const bool quoted = value.size() >= 2 && value.front() == value.back() && (value[0] == L'"' || value[0] == L'\'');
-  return quoted ? value.substr(1, value.size() - 2) : value;
+  return WithoutQuotes(Trimmed(std::wstring_view(*written)));
 }
 
 // What must be written so that `value` is read.
