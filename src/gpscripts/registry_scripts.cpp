@@ -127,27 +127,26 @@ LSTATUS AddToObject(frame::ILogSink* sink, HKEY object, const RegistryPlace& pla
 
 LSTATUS TakeOutOfObject(frame::ILogSink* sink, HKEY object, const ScriptMatch& wanted, std::vector<Script>& taken) {
   Numbers matching;
-  LSTATUS status = CloseGaps(sink, object);
-  if (status != ERROR_SUCCESS) return status;
-  status = ForEachScript(object, [&](std::uint32_t number, const Script& script) {
+  const auto note = [&](std::uint32_t number, const Script& script) {
     if (!Matches(script, wanted)) return;
     matching.push_back(number);
     taken.push_back(script);
-  });
-  for (auto number = matching.rbegin(); number != matching.rend(); ++number) {
-    if (status == ERROR_SUCCESS) status = DeleteRegistryTree(sink, object, std::to_wstring(*number));
-  }
-  return status == ERROR_SUCCESS ? CloseGaps(sink, object) : status;
+  };
+  return InTurn([&] { return FinishMoves(sink, object); }, [&] { return ForEachScript(object, note); },
+                [&] { return matching.empty() ? ERROR_SUCCESS : DeleteNumbered(sink, object, matching); });
 }
 
+// Numbers are closed up, and an empty object is deleted, only where something was taken out, now or by a call that was
+// interrupted: what is dead behind a gap of somebody else's must not come alive.
 LSTATUS TakeOutOfLocalObject(frame::ILogSink* sink, HKEY place, LocalObject local, const ScriptMatch& wanted,
                              std::vector<Script>& taken) {
   std::vector<std::wstring> left;
   const LSTATUS status = InTurn([&] { return TakeOutOfObject(sink, local.key.Get(), wanted, taken); },
                                 [&] { return win::SubkeyNames(local.key.Get(), left); });
-  if (status != ERROR_SUCCESS || !left.empty()) return status;
+  if (status != ERROR_SUCCESS || !HasOpenGaps(local.key.Get())) return status;
+  if (!left.empty()) return CloseGaps(sink, local.key.Get());
   local.key.Reset();
-  return DeleteRegistryTree(sink, place, std::to_wstring(local.number));
+  return DeleteNumbered(sink, place, {local.number});
 }
 
 // Gaps are closed at the end: which object is the local one may depend on its number.
@@ -159,7 +158,7 @@ LSTATUS TakeOutOfPlace(frame::ILogSink* sink, HKEY place, const ScriptMatch& wan
                   return local ? TakeOutOfLocalObject(sink, place, std::move(*local), wanted, taken)
                                : LSTATUS{ERROR_SUCCESS};
                 },
-                [&] { return CloseGaps(sink, place); });
+                [&] { return HasOpenGaps(place) ? CloseGaps(sink, place) : LSTATUS{ERROR_SUCCESS}; });
 }
 
 // Opens the place for `work` and reports how it went. A missing place is a success.

@@ -25,10 +25,10 @@ KE_RESULT ReadScripts(frame::ILogSink* sink, HKEY root, const RegistryPlace& pla
 KE_RESULT AddScript(frame::ILogSink* sink, HKEY root, const RegistryPlace& place, const std::wstring& machineFolder,
                     const Script& script);
 
-/// Deletes the matching scripts of the local policy from the highest number down, appends them to `taken`, and numbers
-/// the others anew; a local policy without scripts is deleted, and the policy objects behind it move down. An earlier
-/// call that was interrupted is brought to its end, whether or not anything matches. Objects of other policies are
-/// renumbered at most.
+/// Deletes the matching scripts of the local policy, appends them to `taken`, and closes up the numbers of the others.
+/// A local policy that has no scripts left is deleted, and the numbers of the other policy objects are closed up. When
+/// nothing matches, the numbers stay as they are, gaps included, but an earlier call that was interrupted is brought to
+/// its end. Objects of other policies are renumbered at most.
 KE_RESULT TakeOutScripts(frame::ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
                          std::vector<Script>& taken);
 

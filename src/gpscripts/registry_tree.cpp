@@ -13,6 +13,9 @@ namespace {
 constexpr wchar_t kCopying[] = L"KELUtilsCopying";  // not all is here yet: the copy can be dropped
 constexpr wchar_t kCopied[] = L"KELUtilsCopied";    // all is here: the other one can be dropped
 
+// A value of a key whose numbered subkeys are being deleted and closed up.
+constexpr wchar_t kOpenGaps[] = L"KELUtilsOpenGaps";
+
 LSTATUS Delete(HKEY parent, const std::wstring& name) {
   {
     win::RegistryKey key;
@@ -102,6 +105,18 @@ LSTATUS NumberedSubkeys(HKEY parent, std::vector<std::uint32_t>& numbers) {
   return status;
 }
 
+LSTATUS DeleteNumbered(frame::ILogSink* sink, HKEY parent, const std::vector<std::uint32_t>& numbers) {
+  win::RegistryKey key;
+  LSTATUS status = win::OpenKey(parent, L"", KEY_SET_VALUE, key);
+  if (status == ERROR_SUCCESS) status = win::WriteNumber(key.Get(), kOpenGaps, 1);
+  for (auto number = numbers.rbegin(); number != numbers.rend(); ++number) {
+    if (status == ERROR_SUCCESS) status = DeleteRegistryTree(sink, parent, std::to_wstring(*number));
+  }
+  return status;
+}
+
+bool HasOpenGaps(HKEY parent) noexcept { return win::HasValue(parent, kOpenGaps); }
+
 LSTATUS FinishMoves(frame::ILogSink* sink, HKEY parent) {
   std::vector<std::uint32_t> numbers;
   LSTATUS status = NumberedSubkeys(parent, numbers);
@@ -118,7 +133,10 @@ LSTATUS CloseGaps(frame::ILogSink* sink, HKEY parent) {
   for (std::uint32_t to = 0; status == ERROR_SUCCESS && to < numbers.size(); ++to) {
     if (numbers[to] != to) status = Move(sink, parent, numbers[to], to);
   }
-  return status;
+  if (status != ERROR_SUCCESS || !HasOpenGaps(parent)) return status;
+  win::RegistryKey key;
+  status = win::OpenKey(parent, L"", KEY_SET_VALUE, key);
+  return status == ERROR_SUCCESS ? RegDeleteValueW(key.Get(), kOpenGaps) : status;
 }
 
 }  // namespace gpscripts

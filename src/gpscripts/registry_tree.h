@@ -24,6 +24,11 @@ LSTATUS CopyRegistryTree(frame::ILogSink* sink, HKEY parent, const std::wstring&
 /// Stores the numbers of the subkeys whose names are plain decimals, in numeric order.
 LSTATUS NumberedSubkeys(HKEY parent, std::vector<std::uint32_t>& numbers);
 
+/// Deletes numbered subkeys from the highest number down. `CloseGaps` has to follow; until it has ended,
+/// `HasOpenGaps(parent)` is true, even after the end of the process: a value of `parent` says so.
+LSTATUS DeleteNumbered(frame::ILogSink* sink, HKEY parent, const std::vector<std::uint32_t>& numbers);
+bool HasOpenGaps(HKEY parent) noexcept;
+
 /// Moves the numbered subkeys down, in their order, until they are 0, 1, 2, ... without gaps; interrupted moves are
 /// finished first.
 LSTATUS CloseGaps(frame::ILogSink* sink, HKEY parent);

@@ -13,8 +13,9 @@ enum class ScriptFiles {
 };
 
 /// Removes the scripts of a kind that match from all places in the registry, of this and of earlier releases, and from
-/// scripts.ini, numbers the others anew, and steps the policy's version when scripts.ini has changed. What another
-/// policy has stays. Nothing found is a success; a call that was interrupted can be repeated.
+/// scripts.ini, closes up the numbers of the others in each place from which one was removed, and steps the policy's
+/// version when scripts.ini has changed. What another policy has stays. Nothing found is a success; a call that was
+/// interrupted can be repeated.
 ///
 /// Every place is tried. Writes to the sink, which may be null.
 ///

@@ -62,10 +62,10 @@ struct TestPolicy {
     RegSetKeyValueA(places.root, key.c_str(), name, type, data.c_str(),
                     static_cast<DWORD>(data.size() + (type == REG_SZ)));
   }
-  /// A script other.cmd with the parameters "x"; `path` is that of its key below the place.
-  void AddScript(std::size_t place, const std::string& path) const {
+  /// A script other.cmd; `path` is that of its key below the place.
+  void AddScript(std::size_t place, const std::string& path, const char* parameters = "x") const {
     Set(Key(place) + "\\" + path, "Script", REG_SZ, "other.cmd");
-    Set(Key(place) + "\\" + path, "Parameters", REG_SZ, "x");
+    Set(Key(place) + "\\" + path, "Parameters", REG_SZ, parameters);
   }
   void AddObject(std::size_t place, const std::string& number, const std::string& id) const {
     Set(Key(place) + "\\" + number, "GPO-ID", REG_SZ, id);

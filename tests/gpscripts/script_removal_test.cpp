@@ -2,15 +2,11 @@
 
 #include <doctest/doctest.h>
 
-#include <functional>
-
 #include "gpscripts/gpt_ini.h"
 #include "gpscripts/policy_fixture.h"
-#include "gpscripts/registry_tree.h"
 #include "gpscripts/script_listing.h"
 #include "gpscripts/script_registration.h"
 #include "support/recording_sink.h"
-#include "win/registry.h"
 
 using namespace gpscripts;
 using support::ReadFile;
@@ -44,23 +40,41 @@ struct ThreeScripts : TestPolicy {
       state += std::filesystem::exists(ScriptFile(file)) ? *file : '-';
     return state;
   }
-  // Where a removal that ended before it had written scripts.ini leaves the policy.
-  void RemoveAllButIni(bool withFile) const {
-    const std::string ini = ReadFile(Ini());
-    Remove(*this);
-    Put(Ini(), ini);
-    if (!withFile) Put(ScriptFile("b.cmd"), "b");
+};
+
+// Keeps each state of a policy in which a removal that ended before a line of its log would leave it.
+struct Snapshots : support::RecordingSink {
+  explicit Snapshots(const ThreeScripts& removed) : policy(removed) {}
+  ~Snapshots() { RegDeleteTreeA(HKEY_CURRENT_USER, kKept); }
+
+  void KE_API Write(std::uint32_t, std::uint32_t, const wchar_t*, const wchar_t*) override {
+    if (const std::string state = policy.State(); state != last) last = state, Copy(TestPolicy::kPrefix, Key(count++));
   }
-  // Where one that ended while c moved down leaves it: behind the given number of steps.
-  void MoveInPart(int steps) const {
-    const std::string object = Key(0) + "\\0", to = object + "\\1", mark("\2\0\0\0", 4);
-    RegDeleteKeyA(places.root, to.c_str());
-    if (steps > 0) Set(to, "KELUtilsCopying", REG_DWORD, mark), Set(to, "Script", REG_SZ, "half");
-    win::RegistryKey key;
-    win::OpenKey(places.root, support::Wide(object), KEY_ALL_ACCESS, key);
-    if (steps > 1) CopyRegistryTree(nullptr, key.Get(), L"2", L"1"), Set(to, "KELUtilsCopied", REG_DWORD, mark);
-    if (steps > 2) RegDeleteKeyA(key.Get(), "2");
+  void Restore(int number) const {
+    RegDeleteTreeA(HKEY_CURRENT_USER, TestPolicy::kPrefix);
+    Copy(Key(number), TestPolicy::kPrefix);
   }
+  int count = 0;
+
+ private:
+  // With the files, which have a folder for each key.
+  void Copy(const std::string& from, const std::string& to) const {
+    HKEY key = nullptr;
+    CHECK(RegCreateKeyA(HKEY_CURRENT_USER, to.c_str(), &key) == ERROR_SUCCESS);
+    CHECK(RegCopyTreeA(HKEY_CURRENT_USER, from.c_str(), key) == ERROR_SUCCESS);
+    RegCloseKey(key);
+    const auto folder = [&](const std::string& of) {
+      return of == TestPolicy::kPrefix ? std::filesystem::path(policy.places.folder) : policy.folder.Path(of);
+    };
+    std::filesystem::remove_all(folder(to));
+    std::filesystem::create_directories(folder(to).parent_path());
+    std::filesystem::copy(folder(from), folder(to), std::filesystem::copy_options::recursive);
+  }
+  static std::string Key(int number) { return kKept + std::to_string(number); }
+
+  static constexpr char kKept[] = "Software\\KELUtils tests kept\\";
+  const ThreeScripts& policy;
+  std::string last;
 };
 
 std::string ScriptLines(std::string key, const char* program, const char* parameters, const char* ran, bool shell) {
@@ -128,23 +142,17 @@ TEST_CASE("policy scripts: removing one of three leaves the others renumbered an
 }
 
 TEST_CASE("policy scripts: a removal that was interrupted anywhere is brought to its end") {
-  const std::pair<std::string, std::function<void(const ThreeScripts&)>> rows[] = {
-      {"nowhere", [](const auto&) {}},
-      {"the script is gone, the others not moved", [](const auto& policy) { policy.MoveInPart(0); }},
-      {"a part was copied", [](const auto& policy) { policy.MoveInPart(1); }},
-      {"all was copied", [](const auto& policy) { policy.MoveInPart(2); }},
-      {"all was copied, and the other one deleted", [](const auto& policy) { policy.MoveInPart(3); }},
-      {"the registry is done", [](const auto& policy) { policy.RemoveAllButIni(false); }},
-      {"the script file is gone too", [](const auto& policy) { policy.RemoveAllButIni(true); }},
-      {"one key is left", [](const auto& policy) { Remove(policy), policy.AddScript(1, "0\\2"); }}};
-  std::string expected;
-  for (const auto& [name, interrupt] : rows) {
-    CAPTURE(name);
-    const ThreeScripts policy;
-    interrupt(policy);
-    REQUIRE((policy.State() != expected));
+  const ThreeScripts policy;
+  for (const auto& [number, id] : {std::pair{"0", "{a}"}, {"1", "LocalGPO"}, {"2", "{b}"}, {"3", "{c}"}})
+    policy.AddObject(2, number, id);
+  Snapshots snapshots(policy);
+  CHECK(Remove(policy, {L"x"}, &snapshots) == KE_SUCCESS);
+  const std::string expected = policy.State();
+  REQUIRE(snapshots.count > 20);
+  for (int number = 0; number < snapshots.count; ++number) {
+    CAPTURE(number);
+    snapshots.Restore(number);
     CHECK(Remove(policy) == KE_SUCCESS);
-    if (expected.empty()) expected = policy.State();
     CHECK((policy.State() == expected));
   }
 }
@@ -165,20 +173,31 @@ TEST_CASE("policy scripts: files that cannot be written stay as they are, and th
   }
 }
 
-TEST_CASE("policy scripts: other policies stay, and move down behind the local one") {
+TEST_CASE("policy scripts: other policies stay, and numbers are closed up only where a script was taken out") {
   const TestPolicy policy;
   for (const auto& [number, id] : {std::pair{"0", "{domain}"}, {"2", "LocalGPO"}, {"10", "{other}"}, {"n", "LocalGPO"}})
     policy.AddObject(0, number, id);
+  policy.AddObject(1, "1", "LocalGPO");
+  policy.AddScript(1, "1\\5", "y");
   policy.AddScript(2, "0\\0");  // without an identifier: ours
+  const auto state = [&] { return policy.Registry(0) + policy.Registry(1) + policy.Registry(2); };
+  const std::string before = state();
+  CHECK(Remove(policy, {L"z"}) == KE_SUCCESS);
+  CHECK(state() == before);  // what is dead behind a gap stays so
   CHECK(Remove(policy) == KE_SUCCESS);
-  const auto object = [](const std::string& key, const char* id) {
-    return key + "0\\Parameters=1:x\n" + key + "0\\Script=1:other.cmd\n" + key + "GPO-ID=1:" + id + "\n";
+  const auto object = [](const std::string& key, const char* id, const char* parameters = "x") {
+    return key + "0\\Parameters=1:" + parameters + "\n" + key + "0\\Script=1:other.cmd\n" + key + "GPO-ID=1:" + id +
+           "\n";
   };
   CHECK(policy.Registry(0) == "\n" + object("0\\", "{domain}") + object("1\\", "{other}") + object("n\\", "LocalGPO"));
+  CHECK(policy.Registry(1) == "\n" + object("1\\", "LocalGPO", "y"));
   CHECK(policy.Registry(2) == "\n");
+  policy.Set(policy.Key(2) + "\\0", "GPO-ID", REG_SZ, "LocalGPO");  // an empty one
+  CHECK(Remove(policy) == KE_SUCCESS);
+  CHECK(policy.Registry(2) == "\n0\\GPO-ID=1:LocalGPO\n");
   std::vector<ListedScript> listed;
   CHECK(ListScripts(nullptr, policy.places, listed) == KE_SUCCESS);
-  CHECK((listed.size() == 2 && !listed[0].local && listed[0].script == Script{L"other.cmd", L"x"}));
+  CHECK((listed.size() == 3 && !listed[0].local && listed[0].script == Script{L"other.cmd", L"x"}));
 }
 
 TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
