@@ -22,7 +22,7 @@ KE_RESULT DeleteFileNowOrAtReboot(frame::ILogSink* sink, const std::wstring& pat
   const DWORD attributes = AttributesOf(path);
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
     return call.End(call.Fail(KE_STORE_UNUSABLE, ERROR_DIRECTORY, L"A folder is not deleted", path.c_str()));
-  if (DeletePolicyFile(path) == ERROR_SUCCESS) return call.End(KE_SUCCESS);
+  if (DeleteAtOnce(path) == ERROR_SUCCESS) return call.End(KE_SUCCESS);
   call.Note(L"Left to the next start of the machine", path.c_str());
   return call.End(DeleteAtReboot(sink, path));
 }

@@ -1,15 +1,28 @@
 #include "gpscripts/policy_file.h"
 
 #include "frame/fs_redirection.h"
+#include "frame/replace_file.h"
+#include "frame/waiting.h"
 #include "win/file.h"
 
 namespace gpscripts {
 namespace {
 
-win::FileHandle Open(const std::wstring& path, DWORD access, DWORD share, DWORD disposition, DWORD attributes) {
-  return frame::Unredirected([&] {
-    return win::FileHandle(CreateFileW(path.c_str(), access, share, nullptr, disposition, attributes, nullptr));
-  });
+constexpr DWORD kPauses[] = {1, 5, 10, 20, 40, 80};  // milliseconds between two attempts; 156 in all
+
+// An error that another process causes by what it does with the file at the moment.
+bool IsHeld(DWORD error) noexcept {
+  return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED ||
+         error == ERROR_USER_MAPPED_FILE || error == ERROR_READ_FAULT;
+}
+
+template <typename Attempt>
+DWORD WithRetries(Attempt attempt) {
+  for (const DWORD pause : kPauses) {
+    if (const DWORD error = attempt(); !IsHeld(error)) return error;
+    frame::Pause(pause);
+  }
+  return attempt();
 }
 
 void CreateFolderOf(const std::wstring& path) {
@@ -24,24 +37,17 @@ void CreateFolderOf(const std::wstring& path) {
   frame::Unredirected(create);
 }
 
-bool WriteFromBegin(const win::FileHandle& file, const std::string& bytes) noexcept {
-  return SetFilePointer(file.Get(), 0, nullptr, FILE_BEGIN) == 0 &&
-         win::Write(file, bytes.data(), bytes.size()) == bytes.size() && SetEndOfFile(file.Get()) && win::Flush(file);
+DWORD CheckOnce(const std::wstring& path) noexcept {
+  const win::FileHandle file(frame::Unredirected([&] {
+    return CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+  }));
+  return file || IsMissing(GetLastError()) ? DWORD{ERROR_SUCCESS} : GetLastError();
 }
 
-}  // namespace
-
-DWORD CheckWritable(const std::wstring& path) {
-  const win::FileHandle file =
-      Open(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
-  if (file) return ERROR_SUCCESS;
-  const DWORD error = GetLastError();
-  return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
-}
-
-DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& bytes) {
-  const win::FileHandle file = Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+DWORD ReadOnce(const std::wstring& path, std::size_t limit, std::string& bytes) {
+  bytes.clear();
+  const win::FileHandle file = frame::Unredirected([&] { return win::OpenForReading(path); });
   if (!file) return GetLastError();
   const auto size = win::SizeOf(file);
   if (!size) return GetLastError();
@@ -50,22 +56,48 @@ DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& b
   return win::Read(file, bytes.data(), bytes.size()) == bytes.size() ? ERROR_SUCCESS : ERROR_READ_FAULT;
 }
 
-DWORD WritePolicyFile(const std::wstring& path, const std::string& bytes, const std::string& old, DWORD attributes) {
-  // OPEN_ALWAYS instead of CREATE_ALWAYS, which the platform refuses for hidden files.
-  const auto open = [&] { return Open(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS, attributes); };
-  win::FileHandle file = open();
-  if (!file && GetLastError() == ERROR_PATH_NOT_FOUND) {
+// One scope for the whole replacement: it makes file calls and pauses only, and loads no DLL.
+frame::Replaced Replace(const std::wstring& path, const std::string& bytes, const win::FileStatus& like) noexcept {
+  return frame::Unredirected([&] { return frame::ReplaceContent(path, bytes, like); });
+}
+
+}  // namespace
+
+DWORD CheckWritable(const std::wstring& path) {
+  return WithRetries([&] { return CheckOnce(path); });
+}
+
+DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& bytes) {
+  return WithRetries([&] { return ReadOnce(path, limit, bytes); });
+}
+
+DWORD WritePolicyFile(const SinkCall& call, const std::wstring& path, const std::string& bytes, const std::string& old,
+                      DWORD attributes) {
+  win::FileStatus status = frame::Unredirected([&] { return win::StatusOf(path); });
+  if (!status.exists) {
+    if (!win::LastErrorIsNotFound()) return GetLastError();
+    status.attributes = attributes;
     CreateFolderOf(path);
-    file = open();
   }
-  if (!file) return GetLastError();
-  if (WriteFromBegin(file, bytes)) return ERROR_SUCCESS;
+  const frame::Replaced replaced = Replace(path, bytes, status);
   const DWORD error = GetLastError();
-  WriteFromBegin(file, old);
+  if (replaced.inPlace && replaced.opened) call.Fail(KE_SUCCESS, replaced.error, L"Overwritten in place", path.c_str());
+  if (replaced.inPlace && !status.exists)
+    frame::Unredirected([&] { return SetFileAttributesW(path.c_str(), attributes); });
+  if (replaced.complete) return ERROR_SUCCESS;
+  if (status.exists && replaced.written > 0) Replace(path, old, status);
   return error == ERROR_SUCCESS ? DWORD{ERROR_WRITE_FAULT} : error;
 }
 
-DWORD DeletePolicyFile(const std::wstring& path) noexcept {
+void RemovePolicyLeftovers(const std::wstring& path) noexcept {
+  frame::Unredirected([&] { frame::RemoveLeftovers(path); });
+}
+
+DWORD DeletePolicyFile(const std::wstring& path) {
+  return WithRetries([&] { return DeleteAtOnce(path); });
+}
+
+DWORD DeleteAtOnce(const std::wstring& path) noexcept {
   const DWORD attributes = AttributesOf(path);
   const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
   const auto setAttributes = [&](DWORD set) {

@@ -10,11 +10,14 @@ namespace gpscripts {
 namespace {
 
 KE_RESULT AddToFiles(frame::ILogSink* sink, const PolicyPlaces& places, ScriptKind kind, const Script& script) {
+  RemoveLeftovers(places);
   ScriptsFile file;
   if (const KE_RESULT read = ReadScriptsFile(sink, places, file); read != KE_SUCCESS) return read;
-  const auto scripts = ScriptsOf(file.ini, kind);
-  if (std::ranges::find(scripts, script) != scripts.end()) return ListScriptsExtension(sink, places);
-  if (const KE_RESULT writable = CheckFilesWritable(sink, places); writable != KE_SUCCESS) return writable;
+  const auto isKnown = [&] { return std::ranges::count(ScriptsOf(file.ini, kind), script) > 0; };
+  if (isKnown()) return ListScriptsExtension(sink, places);
+  const KE_RESULT prepared = PrepareChange(sink, places, ScriptsExtension::kListed, file);
+  if (prepared != KE_SUCCESS) return prepared;
+  if (isKnown()) return ListScriptsExtension(sink, places);
   AddScript(file.ini, kind, script);
   const KE_RESULT written = WriteScriptsFile(sink, file);
   return written == KE_SUCCESS ? StepPolicyVersion(sink, places, ScriptsExtension::kListed) : written;

@@ -70,16 +70,18 @@ KE_RESULT RemoveScripts(frame::ILogSink* sink, const PolicyPlaces& places, Scrip
 
   Removal removal{sink, places, kind};
   TakeOutOfRegistry(removal, wanted);
+  RemoveLeftovers(places);
   // Also when the registry had nothing: the policy engine would bring the script back from the file.
   ScriptsFile file;
   removal.Note(ReadScriptsFile(sink, places, file));
-  const auto taken = TakeOutScripts(file.ini, kind, wanted);
-  removal.taken.insert(removal.taken.end(), taken.begin(), taken.end());
+  auto taken = TakeOutScripts(file.ini, kind, wanted);
   if (!taken.empty()) {
-    const KE_RESULT writable = CheckFilesWritable(sink, places);
-    removal.Note(writable);
-    if (writable != KE_SUCCESS) return call.End(removal.result);
+    const KE_RESULT prepared = PrepareChange(sink, places, ScriptsExtension::kAsItIs, file);
+    removal.Note(prepared);
+    if (prepared != KE_SUCCESS) return call.End(removal.result);
+    taken = TakeOutScripts(file.ini, kind, wanted);
   }
+  removal.taken.insert(removal.taken.end(), taken.begin(), taken.end());
   // scripts.ini is written after the script file is gone: a removal that ends in between finds its name there again.
   if (files == ScriptFiles::kDeleted && !removal.taken.empty()) DeleteFiles(removal, file.ini);
   if (!taken.empty()) {

@@ -19,7 +19,7 @@ enum class ScriptFiles {
 ///
 /// Every place is tried. Writes to the sink, which may be null.
 ///
-/// When scripts.ini or gpt.ini is there but cannot be written, only the registry is changed.
+/// When scripts.ini or gpt.ini is there but cannot be read, understood or written, only the registry is changed.
 ///
 /// KE_SUCCESS; KE_MISSING_ARGUMENT when both texts of `wanted` are empty; KE_REGISTRY_UNUSABLE when a key could not be
 /// read or changed; KE_STORE_UNUSABLE when scripts.ini or gpt.ini could not be read, understood or written, or a script

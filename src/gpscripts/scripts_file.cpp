@@ -30,20 +30,34 @@ std::optional<ScriptsIni> Understood(const std::string& bytes) {
   return text ? ParseScriptsIni(*text) : std::nullopt;
 }
 
-// Reads gpt.ini and changes it by `change`, which is given its text, none when it is missing, and gives the new one:
-// none when the text cannot be understood, the same one for no change.
+// Reads gpt.ini and has `change` make its new text: from the one it has, null when it is missing. None for a text that
+// cannot be understood, the same one for no change.
+template <typename Change>
+DWORD ReadGptIni(const std::wstring& path, Change change, std::string& text, std::string& changed) {
+  const DWORD error = ReadPolicyFile(path, kLongestGptIni, text);
+  if (error != ERROR_SUCCESS && !IsMissing(error)) return error;
+  std::optional<std::string> made = change(error == ERROR_SUCCESS ? &text : nullptr);
+  if (!made) return kNotUnderstood;
+  changed = std::move(*made);
+  return ERROR_SUCCESS;
+}
+
 template <typename Change>
 KE_RESULT ChangeGptIni(const SinkCall& call, const PolicyPlaces& places, Change change) {
   const std::wstring path = GptIniPath(places);
-  std::string text;
-  DWORD error = ReadPolicyFile(path, kLongestGptIni, text);
-  if (error == ERROR_SUCCESS || IsMissing(error)) {
-    const std::optional<std::string> changed = change(error == ERROR_SUCCESS ? &text : nullptr);
-    error = !changed ? kNotUnderstood : ERROR_SUCCESS;
-    if (changed && *changed != text) error = WritePolicyFile(path, *changed, text, FILE_ATTRIBUTE_NORMAL);
-  }
+  std::string text, changed;
+  DWORD error = ReadGptIni(path, change, text, changed);
+  if (error == ERROR_SUCCESS && changed != text)
+    error = WritePolicyFile(call, path, changed, text, FILE_ATTRIBUTE_NORMAL);
   if (error == ERROR_SUCCESS) return call.End(KE_SUCCESS);
   return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error changing policy version", path.c_str()));
+}
+
+auto VersionStep(ScriptsExtension extension) {
+  return [extension](const std::string* text) -> std::optional<std::string> {
+    if (text) return StepMachineVersion(*text, extension);
+    return extension == ScriptsExtension::kListed ? NewGptIni() : std::string();
+  };
 }
 
 }  // namespace
@@ -62,14 +76,23 @@ KE_RESULT ReadScriptsFile(frame::ILogSink* sink, const PolicyPlaces& places, Scr
   return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error reading policy scripts", file.path.c_str()));
 }
 
-KE_RESULT CheckFilesWritable(frame::ILogSink* sink, const PolicyPlaces& places) {
+void RemoveLeftovers(const PolicyPlaces& places) {
+  for (const std::wstring& path : {ScriptsIniPath(places), GptIniPath(places)}) RemovePolicyLeftovers(path);
+}
+
+KE_RESULT PrepareChange(frame::ILogSink* sink, const PolicyPlaces& places, ScriptsExtension extension,
+                        ScriptsFile& file) {
   const SinkCall call(sink, __func__);
-  for (const std::wstring& path : {ScriptsIniPath(places), GptIniPath(places)}) {
+  const std::wstring version = GptIniPath(places);
+  for (const std::wstring& path : {ScriptsIniPath(places), version}) {
     const DWORD error = CheckWritable(path);
     if (error == ERROR_SUCCESS) continue;
     return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error opening policy file", path.c_str()));
   }
-  return call.End(KE_SUCCESS);
+  std::string text, changed;
+  const DWORD error = ReadGptIni(version, VersionStep(extension), text, changed);
+  if (error == ERROR_SUCCESS) return call.End(ReadScriptsFile(sink, places, file));
+  return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error reading policy version", version.c_str()));
 }
 
 KE_RESULT WriteScriptsFile(frame::ILogSink* sink, const ScriptsFile& file) {
@@ -77,16 +100,13 @@ KE_RESULT WriteScriptsFile(frame::ILogSink* sink, const ScriptsFile& file) {
   // Not left to the next start of the machine: what is registered until then would go with the file.
   if (!HasSections(file.ini) && DeletePolicyFile(file.path) == ERROR_SUCCESS) return call.End(KE_SUCCESS);
   const std::string bytes = EncodeUtf16(TextOf(file.ini));
-  const DWORD error = WritePolicyFile(file.path, bytes, file.bytes, FILE_ATTRIBUTE_HIDDEN);
+  const DWORD error = WritePolicyFile(call, file.path, bytes, file.bytes, FILE_ATTRIBUTE_HIDDEN);
   if (error == ERROR_SUCCESS) return call.End(KE_SUCCESS);
   return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error writing policy scripts", file.path.c_str()));
 }
 
 KE_RESULT StepPolicyVersion(frame::ILogSink* sink, const PolicyPlaces& places, ScriptsExtension extension) {
-  return ChangeGptIni(SinkCall(sink, __func__), places, [&](const std::string* text) -> std::optional<std::string> {
-    if (text) return StepMachineVersion(*text, extension);
-    return extension == ScriptsExtension::kListed ? NewGptIni() : std::string();
-  });
+  return ChangeGptIni(SinkCall(sink, __func__), places, VersionStep(extension));
 }
 
 KE_RESULT ListScriptsExtension(frame::ILogSink* sink, const PolicyPlaces& places) {

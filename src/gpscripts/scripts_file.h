@@ -23,10 +23,15 @@ struct ScriptsFile {
 /// Reads scripts.ini, in UTF-16 with a byte order mark or else in the system's code page.
 KE_RESULT ReadScriptsFile(frame::ILogSink* sink, const PolicyPlaces& places, ScriptsFile& file);
 
-/// Looks whether scripts.ini and gpt.ini can be written, where they exist. Done before anything is changed: without the
-/// step of the version a changed scripts.ini would not be read again, and a call that is repeated would find nothing
-/// left to do.
-KE_RESULT CheckFilesWritable(frame::ILogSink* sink, const PolicyPlaces& places);
+/// Removes what killed processes have left of writing scripts.ini and gpt.ini.
+void RemoveLeftovers(const PolicyPlaces& places);
+
+/// Checks that scripts.ini and gpt.ini can be written, where they exist, and that `StepPolicyVersion` understands
+/// gpt.ini. Done before anything is changed: without the step of the version a changed scripts.ini would not be read
+/// again, and a call that is repeated would find nothing left to do. Reads scripts.ini again at the end: a program that
+/// held it may have changed it.
+KE_RESULT PrepareChange(frame::ILogSink* sink, const PolicyPlaces& places, ScriptsExtension extension,
+                        ScriptsFile& file);
 
 /// Writes the changed `file.ini`, in UTF-16. When no section is left it deletes the file, or writes it without sections
 /// while another program keeps it from being deleted. A new file is hidden, as the platform's editor makes it.

@@ -2,11 +2,14 @@
 
 #include <doctest/doctest.h>
 
+#include <optional>
+
 #include "gpscripts/gpt_ini.h"
 #include "gpscripts/policy_fixture.h"
 #include "gpscripts/script_listing.h"
 #include "gpscripts/script_registration.h"
 #include "support/recording_sink.h"
+#include "torture/torture.h"
 
 using namespace gpscripts;
 using support::ReadFile;
@@ -77,6 +80,29 @@ struct Snapshots : support::RecordingSink {
   std::string last;
 };
 
+// A file that another program holds. It lets go after so many of the library's pauses, which take no time, and then
+// writes `text`, unless that is empty.
+struct HeldFile {
+  HeldFile(const std::filesystem::path& path, DWORD share, int pauses, const std::string& text) {
+    s_left = pauses, s_noted.clear(), s_path = path, s_text = text;
+    s_lock.emplace(path, share);
+    frame::g_waiting.pause = [](DWORD milliseconds) {
+      s_noted += std::to_string(milliseconds) + " ";
+      if (--s_left == 0) s_lock.reset();
+      if (s_left == 0 && !s_text.empty()) support::WriteFile(s_path, s_text);
+    };
+  }
+  ~HeldFile() {
+    s_lock.reset();
+    frame::g_waiting = kept;
+  }
+  static inline std::optional<support::LockedFile> s_lock;
+  static inline int s_left;
+  static inline std::string s_noted, s_text;
+  static inline std::filesystem::path s_path;
+  const frame::Waiting kept = frame::g_waiting;
+};
+
 std::string ScriptLines(std::string key, const char* program, const char* parameters, const char* ran, bool shell) {
   return key + "ExecTime=11:" + ran + "\n" + (shell ? key + "IsPowershell=4:00000000\n" : "") + key +
          "Parameters=1:" + parameters + "\n" + key + "Script=1:" + program + "\n";
@@ -129,6 +155,7 @@ TEST_CASE("policy scripts: removing one of three leaves the others renumbered an
   CHECK(ReadFile(policy.Ini()) ==
         Utf16("\r\n[Shutdown]\r\n0CmdLine=a.cmd\r\n0Parameters=1\r\n1CmdLine=c.cmd\r\n1Parameters=3\r\n"));
   CHECK(policy.State().ends_with("a-c"));
+  CHECK((GetFileAttributesW(policy.Ini().c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
   CHECK(ReadFile(policy.Gpt()).ends_with("Version=4\r\n"));
   CHECK(sink.lines.starts_with(L"50 Function start\n30 Parameter (kind): Shutdown\n30 Parameter (parameters): x\n"));
   CHECK(sink.lines.ends_with(L"40 Return code (0)\n50 Function end\n"));
@@ -157,19 +184,104 @@ TEST_CASE("policy scripts: a removal that was interrupted anywhere is brought to
   }
 }
 
-TEST_CASE("policy scripts: files that cannot be written stay as they are, and the next call does it all") {
-  for (const bool versionHeld : {false, true}) {
-    const ThreeScripts policy;
-    const std::string ini = ReadFile(policy.Ini()), gpt = ReadFile(policy.Gpt());
+TEST_CASE("policy scripts: files that others hold are waited for; in vain, they stay and the next call does it all") {
+  const std::string x = "[Shutdown]\r\n0CmdLine=b\r\n0Parameters=x\r\n", y = "[Startup]\r\n0CmdLine=a\r\n",
+                    z = "1CmdLine=z\r\n";
+  const std::string version = "[General]\r\nVersion=4\r\n", stepped = "[General]\r\nVersion=5\r\n";
+  constexpr DWORD kRead = FILE_SHARE_READ, kWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  constexpr int kLong = 1000;
+  const struct {
+    const char* name;
+    bool version;  // gpt.ini is held
+    DWORD share;
+    int pauses;
+    KE_RESULT result;
+    std::string ini, left;
+    bool ours = true;  // which waits; else it is the replacement of files, as long as it likes
+    std::string written = "";
+  } rows[] = {
+      {"reading", false, 0, 6, KE_SUCCESS, x + y, y},
+      {"reading in vain", false, 0, kLong, KE_STORE_UNUSABLE, x + y, ""},
+      {"the check", false, kRead, 6, KE_SUCCESS, x + y, y},
+      {"the check in vain", false, kRead, kLong, KE_STORE_UNUSABLE, x + y, ""},
+      {"the check, and it is changed", false, kRead, 6, KE_SUCCESS, x + y, y + z, true, x + y + z},
+      {"deleting", false, kWrite, 6, KE_SUCCESS, x, ""},
+      {"deleting in vain", false, kWrite, kLong, KE_SUCCESS, "\r\n" + x, "\r\n", false},
+      {"replacing", false, kWrite, 6, KE_SUCCESS, x + y, y, false},
+      {"replacing in vain", false, kWrite, kLong, KE_SUCCESS, x + y, y, false},
+      {"gpt.ini", true, 0, 6, KE_SUCCESS, x + y, y},
+      {"gpt.ini in vain", true, 0, kLong, KE_STORE_UNUSABLE, x + y, ""},
+      {"replacing gpt.ini in vain", true, kWrite, kLong, KE_SUCCESS, x + y, y, false},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(row.name);
+    const TestPolicy policy;
+    TestPolicy::Put(policy.Ini(), Utf16(row.ini));
+    TestPolicy::Put(policy.Gpt(), version);
+    TestPolicy::Put(policy.ScriptFile("b"), "");
+    support::RecordingSink sink;
     {
-      const support::LockedFile held(versionHeld ? policy.Gpt() : policy.Ini(), FILE_SHARE_READ);
-      CHECK(Remove(policy) == KE_STORE_UNUSABLE);
-      CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"d.cmd", L"4"}) == KE_STORE_UNUSABLE);
-      CHECK((ReadFile(policy.Ini()) == ini && ReadFile(policy.Gpt()) == gpt));
-      CHECK(policy.State().ends_with("abc"));
+      const HeldFile held(row.version ? policy.Gpt() : policy.Ini(), row.share, row.pauses,
+                          row.written.empty() ? "" : Utf16(row.written));
+      CHECK(Remove(policy, {L"x"}, &sink) == row.result);
+      if (row.ours) CHECK(HeldFile::s_noted == "1 5 10 20 40 80 ");
+      if (row.result != KE_SUCCESS)
+        CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"d.cmd", L"4"}) == KE_STORE_UNUSABLE);
     }
-    CHECK(Remove(policy) == KE_SUCCESS);
-    CHECK((policy.State().ends_with("a-c") && ReadFile(policy.Gpt()).ends_with("Version=4\r\n")));
+    CHECK((sink.lines.find(L"Overwritten in place") != std::wstring::npos) ==
+          (row.share == kWrite && row.pauses == kLong));
+    if (row.result != KE_SUCCESS) {
+      CHECK((ReadFile(policy.Ini()) == Utf16(row.ini) && ReadFile(policy.Gpt()) == version));
+      CHECK(std::filesystem::exists(policy.ScriptFile("b")));
+      CHECK(Remove(policy) == KE_SUCCESS);
+    } else {
+      CHECK((ReadFile(policy.Ini()) == (row.left.empty() ? "" : Utf16(row.left))));
+    }
+    CHECK(ReadFile(policy.Gpt()) == stepped);
+    CHECK_FALSE(std::filesystem::exists(policy.ScriptFile("b")));
+  }
+}
+
+TEST_CASE("policy scripts: whichever file call fails, each file has its old text or its new one") {
+  using torture::Gate;
+  const std::string x = "[Shutdown]\r\n0CmdLine=b\r\n0Parameters=x\r\n1CmdLine=a\r\n1Parameters=another one\r\n",
+                    y = "[Shutdown]\r\n0CmdLine=a\r\n0Parameters=another one\r\n";
+  const std::string version = "[General]\r\nVersion=9\r\n", stepped = "[General]\r\nVersion=10\r\n";
+  const struct {
+    const char* name;
+    Gate::Act act;
+    bool held;  // scripts.ini can only be overwritten in place
+    std::string ini;
+  } rows[] = {{"once", Gate::kFailOnce, false, Utf16(x)},
+              {"from then on", Gate::kFailFromThenOn, false, Utf16(x)},
+              {"in place", Gate::kFailOnce, true, Utf16(x)},
+              {"in place, the text grows", Gate::kFailOnce, true, x}};
+  for (const auto& row : rows) {
+    bool reached = true;
+    for (int at = 1; reached && at < 200; ++at) {
+      CAPTURE(row.name);
+      CAPTURE(at);
+      const TestPolicy policy;
+      TestPolicy::Put(policy.Ini(), row.ini);
+      TestPolicy::Put(policy.Gpt(), version);
+      KE_RESULT result;
+      {
+        std::optional<support::LockedFile> held;
+        if (row.held) held.emplace(policy.Ini(), FILE_SHARE_READ | FILE_SHARE_WRITE);
+        const Gate gate(row.act, at, ERROR_DISK_FULL);
+        result = Remove(policy);
+        reached = Gate::Reached();
+      }
+      const std::string ini = ReadFile(policy.Ini()), gpt = ReadFile(policy.Gpt());
+      CHECK((ini == Utf16(y) || (ini == row.ini && gpt == version)));
+      CHECK((gpt == stepped || gpt == version));
+      CHECK((result == KE_SUCCESS) == (gpt == stepped));
+      CHECK(Remove(policy) == KE_SUCCESS);
+      CHECK((ReadFile(policy.Ini()) == Utf16(y)));
+      for (const auto& entry : std::filesystem::recursive_directory_iterator(policy.places.folder))
+        CHECK(entry.path().string().find("~") == std::string::npos);  // nothing is left of the failed call
+    }
+    CHECK_FALSE(reached);
   }
 }
 
@@ -212,7 +324,7 @@ TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
       {"UTF-16", Utf16(both), version, Utf16(left), stepped},
       {"the system's code page", both, version, Utf16(left), stepped},
       {"no gpt.ini", both, "", Utf16(left), ""},
-      {"gpt.ini is garbage", both, bad, Utf16(left), bad},
+      {"refused: gpt.ini is garbage", both, bad, both, bad},
       {"no match", left, version, left, version},
       {"no section stays", "\r\n[Shutdown]\r\n0CmdLine=a\r\n0Parameters=x", version, "", stepped},
       {"refused: UTF-16 without a mark", Utf16(both).substr(2), version, Utf16(both).substr(2), version},
@@ -228,7 +340,7 @@ TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
     if (!row.gpt.empty()) TestPolicy::Put(policy.Gpt(), row.gpt);
     policy.AddObject(0, "0", "LocalGPO");
     const bool refused = std::string(row.name).starts_with("refused");
-    CHECK(Remove(policy) == (refused || row.gpt == bad ? KE_STORE_UNUSABLE : KE_SUCCESS));
+    CHECK(Remove(policy) == (refused ? KE_STORE_UNUSABLE : KE_SUCCESS));
     CHECK(std::filesystem::exists(policy.ScriptFile("other.cmd")) == refused);  // the text may name it
     if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"n", L"n"}) == KE_STORE_UNUSABLE);
     CHECK((ReadFile(policy.Ini()) == row.iniAfter));
