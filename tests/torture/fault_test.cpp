@@ -77,13 +77,15 @@ TEST_CASE("files that others hold or leave: values are set all the same, the att
     SetFileAttributesW(live.c_str(), FILE_ATTRIBUTE_HIDDEN);
     if (state != kHeld) support::WriteFile(path, "half a store");
     std::optional<support::LockedFile> held;
-    if (state != kLeft) held.emplace(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    // Another process writes a temporary file with all sharing; a reader lets nobody replace the file.
+    const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    if (state != kLeft) held.emplace(path, state == kOpen ? share | FILE_SHARE_DELETE : share);
     const std::uint64_t before = win::Now() + 400000;  // 40 ms: as if written in the tick that is yet to come
     REQUIRE(win::SetWritten(win::OpenForUpdate(live.string()), before));
     store::g_leftoversRemoved = false;  // as in another process
     CHECK(torture::SetNew() == KE_SUCCESS);
-    CHECK(std::filesystem::exists(tree.tree.Store(kLeftover)) == (state == kOpen));
     held.reset();
+    CHECK(std::filesystem::exists(tree.tree.Store(kLeftover)) == (state == kOpen));
     for (const char* copy : {"INTEGRA.DAT", "INTEGRA.BAK"}) CHECK(tree.Text(copy) == WholeStore(torture::kNew));
     CHECK((GetFileAttributesW(live.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
     CHECK(win::StatusOf(live.string()).written > before);
