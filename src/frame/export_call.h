@@ -1,5 +1,5 @@
-// The shape of an export: trace scope, "Function start", the body inside the only catch-all, the end line with the
-// result.
+// The shape of an export: trace scope, "Function start", the body inside the only catch-all, a line for a failure, the
+// end line with the result.
 #pragma once
 
 #include "KELUtils.h"
@@ -12,7 +12,8 @@ struct Export {
   const char* name;  // the name it traces under
 };
 
-/// Runs `body(context, self)` in the shape of an export. An exception becomes KE_EXCEPTION.
+/// Runs `body(context, self)` in the shape of an export. An exception becomes KE_EXCEPTION. A result other than
+/// KE_SUCCESS is a failure and is traced at level 20.
 KE_RESULT RunExport(const char* traceName, KE_RESULT (*body)(void* context, Export& self), void* context) noexcept;
 
 /// Runs `body(self)` in the shape of an export that traces under `traceName`.

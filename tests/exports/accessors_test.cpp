@@ -40,6 +40,12 @@ constexpr TextValue kTexts[] = {
      1777, false},
 };
 
+int Count(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;
+  return count;
+}
+
 std::string StoreText(const char* section, const char* key, const std::string& value) {
   return "[" + std::string(section) + "]\r\n" + key + "=" + value + "\r\n";
 }
@@ -166,18 +172,23 @@ TEST_CASE("unusable store files: outputs stay as they were, and so does the file
   CHECK(tree.Text("INTEGRA.DAT") == WholeStore("live"));
 }
 
-TEST_CASE("tracing: every export writes its start and end under its name") {
+TEST_CASE("tracing: every export writes its start and end under its name, and between them one line for a failure") {
   const StoreTree tree;
   tree.tree.AddDevkit("TvLogSys.dll", "Common");
-  support::WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=10\r\n");
+  support::WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
   const LoadedDll dll = tree.Load();
   const auto check = [&](const std::string& name, KE_RESULT result) {
     CAPTURE(name);
     const std::string lines = support::ReadFile(tree.tree.Path("KELUtils/KELUtils.log"));
     std::filesystem::remove(tree.tree.Path("KELUtils/KELUtils.log"));
-    const std::string end = ";\"Function end. Return code (" + std::to_string(result) + ")\"";
-    CHECK(lines.find(";10;KELUtils;" + name + ";\"Function start\"") != std::string::npos);
-    CHECK(lines.find(";10;KELUtils;" + name + end) != std::string::npos);
+    const std::string code = std::to_string(result), who = ";KELUtils;" + name + ";\"";
+    const std::string wrong = ";20" + who + "Wrong parameters\"",
+                      error = ";20" + who + "Error (" + code + ") return by function (" + name + ")\"";
+    const bool wrongParameters = result == 1777 || result == 1778 || result == 1789;
+    CHECK(lines.find(";10" + who + "Function start\"") != std::string::npos);
+    CHECK(lines.find(";10" + who + "Function end. Return code (" + code + ")\"") != std::string::npos);
+    CHECK(Count(lines, wrong) == (wrongParameters ? 1 : 0));
+    CHECK(Count(lines, error) == (result != 0 && !wrongParameters ? 1 : 0));
   };
   for (const TextValue& row : kTexts) {
     check(row.traced, dll.Get<Getter>(row.getter)(nullptr, 0));

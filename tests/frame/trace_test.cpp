@@ -93,7 +93,7 @@ TEST_CASE("trace: a scope that got no library does not release the one of anothe
   CHECK(CL_LOG_SYSTEM::Instance().References() == 1);
 }
 
-TEST_CASE("export call: start and end lines frame the body, and an exception becomes a code") {
+TEST_CASE("export call: start and end lines frame the body, a failure has its line, and an exception becomes a code") {
   const TracedTree traced;
   const TraceScope keepLoaded;
   traced.TakeLog();
@@ -101,7 +101,9 @@ TEST_CASE("export call: start and end lines frame the body, and an exception bec
   CHECK(frame::ExportCall("KE_Bad", [](frame::Export&) -> KE_RESULT { throw 1; }) == 1780);
   CHECK(traced.TakeLog() ==
         ";10;KELUtils;KE_Good;\"Function start\"\n"
+        ";20;KELUtils;KE_Good;\"Wrong parameters\"\n"
         ";10;KELUtils;KE_Good;\"Function end. Return code (1789)\"\n"
         ";10;KELUtils;KE_Bad;\"Function start\"\n"
+        ";20;KELUtils;KE_Bad;\"Error (1780) return by function (KE_Bad)\"\n"
         ";10;KELUtils;KE_Bad;\"Function end. Return code (1780)\"\n");
 }
