@@ -800,7 +800,8 @@ KE_RESULT KE_API KE_AplyLocalRCMCfg(void);
  * @return KE_SUCCESS or one of the codes below; any other value is what the launcher returned to the first call, 0 for
  *         a success. The exit codes, and what the repetitions came to, do not count
  * @retval KE_EXCEPTION            an unexpected failure, such as memory that ran out
- * @retval KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded, or lacks a function
+ * @retval KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded, or lacks a function; or another thread has freed it
+ *                                 before the update was done
  */
 KE_RESULT KE_API KE_UpdateNow(void);
 
@@ -811,7 +812,8 @@ KE_RESULT KE_API KE_UpdateNow(void);
  * @return KE_SUCCESS or one of the codes below; any other value is the exit code that ended the update, as it stands.
  *         When the first call failed without a positive exit code: what the launcher returned
  * @retval KE_EXCEPTION            an unexpected failure, such as memory that ran out
- * @retval KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded, or lacks a function
+ * @retval KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded, or lacks a function; or another thread has freed it
+ *                                 before the update was done
  * @retval KE_UPDATE_FAILED_1566   the update ended with exit code 1566
  * @retval KE_UPDATE_FAILED_1558   the update ended with exit code 1558
  * @retval KE_UPDATE_FAILED_1565   the update ended with exit code 1565
@@ -1104,7 +1106,8 @@ KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, cons
 KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips);
 
 /** The proxy to use on the internet. The installer plug-in is asked first, with proxy and size as they are, and its
- * answer is the result. Its path is in KelUpg.ini, section PLUGINS, key KEC. When it is not usable, or answers
+ * answer is the result. Its path is in KelUpg.ini, section PLUGINS, key KEC, and begins with a drive or a share. A
+ * plug-in with any other path, such as a relative one, is not usable. When the plug-in is not usable, or answers
  * KE_INSTALLER_PLUGIN_UNUSABLE, the agent module is asked: the host is then the address up to its first ":", the port
  * the number behind that, 80 when it is missing or 0.
  * @code{.c}

@@ -10,6 +10,8 @@
 namespace frame {
 namespace {
 
+constexpr char kFile[] = "KELAGAPI.dll";
+
 #define KE_ROW(name, presence) KE_BOUND_NAME(AgentApiTable, name, presence),
 constexpr BoundName kNames[] = {KE_AGENT_API_FUNCTIONS(KE_ROW, KE_ROW)};
 #undef KE_ROW
@@ -26,11 +28,7 @@ void ClearTable() noexcept {
   g_table.KE_AGAPI_AddFileElementCompress = kept;
 }
 
-}  // namespace
-
-const AgentApiTable& AgentApi() noexcept { return g_table; }
-
-bool LoadAgentApi(const char* folder) noexcept {
+bool Load(const char* folder, SiblingSearch& search) noexcept {
   const win::Holding hold(g_lock);
   if (g_module) {
     ++g_references;
@@ -38,15 +36,22 @@ bool LoadAgentApi(const char* folder) noexcept {
   }
   g_references = 0;
   ClearTable();
-  g_module.Reset(LoadSibling(folder, "KELAGAPI.dll"));
-  if (!g_module) return false;
-  if (!BindNames(g_module.Get(), &g_table, kNames)) {
+  if (!search.Bind(folder, g_module, &g_table)) {
     ClearTable();
     return false;
   }
   ++g_references;
   if (g_table.KE_AGAPI_Initialize) g_table.KE_AGAPI_Initialize();
   return true;
+}
+
+}  // namespace
+
+const AgentApiTable& AgentApi() noexcept { return g_table; }
+
+bool LoadAgentApi(const char* folder) noexcept {
+  SiblingSearch search(__func__, kFile, kNames);
+  return Load(folder, search);
 }
 
 bool FreeAgentApi() noexcept {
@@ -66,9 +71,11 @@ bool FreeAgentApi() noexcept {
 
 unsigned OpenAgentApi() {
   const std::string directory = GetModuleDirectory();
-  if (directory.empty()) return kAgentModuleNotLoaded;  // nothing is looked for at the root of the current drive
-  const bool loaded = LoadAgentApi(CommonFolder(directory).c_str()) || LoadAgentApi(OwnFolder(directory).c_str());
-  return loaded ? 0 : kAgentModuleNotLoaded;
+  SiblingSearch search(__func__, kFile, kNames);
+  const win::Holding hold(g_lock);  // no other thread counts a module that is about to be given up
+  if (Load(CommonFolder(directory).c_str(), search) || Load(OwnFolder(directory).c_str(), search)) return 0;
+  g_module.Reset();
+  return kAgentModuleNotLoaded;
 }
 
 KE_RESULT CheckAgentProxyApi() {
@@ -80,6 +87,11 @@ KE_RESULT CheckAgentProxyApi() {
 }
 
 void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept {
+  {
+    const win::Holding hold(g_lock);
+    // Required of every module, so bound means that the search has found nothing missing.
+    if (g_table.KE_AGAPI_AskProxyConfig) TraceMissingFunction(function, g_module.Get());
+  }
   Trace(kAlways, function, "Could not load required library, KELAGAPI. Return Error Code : [%i]",
         static_cast<int>(result));
 }

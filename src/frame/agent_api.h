@@ -16,14 +16,15 @@ struct AgentApiTable {
 const AgentApiTable& AgentApi() noexcept;
 
 /// Takes a reference to the agent module, loading it from `folder` (which ends in a backslash) when it is not loaded.
-/// False when it cannot be loaded or lacks a required name. Such an incomplete module stays loaded, and the next call
-/// counts it as loaded and answers true, with null pointers.
+/// False, and traced, when it cannot be loaded or lacks a required name. An incomplete module stays loaded, and the
+/// next call counts it as loaded and returns true, with null pointers.
 bool LoadAgentApi(const char* folder) noexcept;
 
 /// Gives a reference back; the last one finalises and frees the module. False when no module is loaded.
 bool FreeAgentApi() noexcept;
 
-/// Takes a reference, trying the Common folder and then the module directory: 0, or 5102 when both fail.
+/// Takes a reference, trying the Common folder and then the module directory: 0, or 5102 when both fail; no module is
+/// then left loaded. A module that could not be loaded, or lacks a required name, is traced.
 unsigned OpenAgentApi();
 
 /// Takes a reference as `OpenAgentApi` does and looks at the configuration functions: KE_SUCCESS when all five are
@@ -31,7 +32,8 @@ unsigned OpenAgentApi();
 /// reference back with `FreeAgentApi`, unless there is no module.
 KE_RESULT CheckAgentProxyApi();
 
-/// Traces that the agent module cannot be used, with the code that the export answers.
+/// Traces that the agent module cannot be used, with the code that the export returns; and the path of an open module
+/// that lacks only functions which are not required of every one.
 void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept;
 
 /// Internal result of `OpenAgentApi`; no export returns it.

@@ -7,9 +7,7 @@
 namespace frame {
 
 LauncherScope::LauncherScope(const char* function) : boundHere_(Launcher().Run == nullptr) {
-  const std::string directory = GetModuleDirectory();
-  // Without a directory the launcher would be looked for at the root of the current drive.
-  if (boundHere_ && (directory.empty() || !LoadLauncher(CommonFolder(directory).c_str()))) {
+  if (boundHere_ && !LoadLauncher(CommonFolder(GetModuleDirectory()).c_str())) {
     Trace(kAlways, function, "Could not load KELMNAPI");
   }
 }
@@ -19,17 +17,15 @@ LauncherScope::~LauncherScope() {
 }
 
 ComponentRun RunComponent(const char* function, const char* component, const char* command) {
+  const FreeLauncherAtEnd release;
+  const LauncherScope launcher(function);
   ComponentRun run{};
-  {
-    const LauncherScope launcher(function);
-    run.launcherBound = static_cast<bool>(launcher);
-    if (!run.launcherBound) return run;
-    run.launcherResult = Launcher().Run(command, &run.exitCode);
-    if (run.launcherResult != 0) {
-      Trace(kDetail, function, "Could not Run %s. Launcher function returned code :%i", component, run.launcherResult);
-    }
+  run.launcherBound = static_cast<bool>(launcher);
+  if (!run.launcherBound) return run;
+  run.launcherResult = Launcher().Run(command, &run.exitCode);
+  if (run.launcherResult != 0) {
+    Trace(kDetail, function, "Could not Run %s. Launcher function returned code :%i", component, run.launcherResult);
   }
-  FreeLauncher();
   return run;
 }
 

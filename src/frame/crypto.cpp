@@ -18,9 +18,9 @@ win::CriticalSection g_lock;
 CryptoTable g_table{};
 constinit std::atomic<const CryptoTable*> g_published{nullptr};
 
-// A module that lacked a name: of no use, and released when another one is tried. A complete one is never freed, and
+// Only ever a module that lacked a name: of no use, and freed by the next attempt. A complete one is never freed, and
 // therefore held by no owner.
-win::ModuleHandle g_incomplete;
+win::ModuleHandle g_module;
 
 }  // namespace
 
@@ -28,17 +28,14 @@ const CryptoTable* Crypto() noexcept { return g_published.load(std::memory_order
 
 bool LoadCrypto(const char* folder) noexcept {
   if (Crypto()) return true;
+  SiblingSearch search(__func__, "ApiCr.dll", kNames);
   const win::Holding hold(g_lock);
   if (Crypto()) return true;
-  g_incomplete.Reset();
-  win::ModuleHandle module(LoadSibling(folder, "ApiCr.dll"));
-  if (!module) return false;
-  if (!BindNames(module.Get(), &g_table, kNames)) {
+  if (!search.Bind(folder, g_module, &g_table)) {
     g_table = {};
-    g_incomplete = std::move(module);
     return false;
   }
-  module.Release();
+  g_module.Release();
   g_published.store(&g_table, std::memory_order_release);
   return true;
 }

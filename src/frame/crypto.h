@@ -14,7 +14,7 @@ struct CryptoTable {
 const CryptoTable* Crypto() noexcept;
 
 /// Binds the module from `folder`, which ends in a backslash, unless it is bound already. False for a null folder, when
-/// the module cannot be loaded and when it lacks a name; the next call tries again. Any thread.
+/// the module cannot be loaded and when it lacks a name, which is traced; the next call tries again. Any thread.
 bool LoadCrypto(const char* folder) noexcept;
 
 }  // namespace frame

@@ -13,11 +13,12 @@ constexpr BoundName kNames[] = {KE_EVENT_API_FUNCTIONS(KE_ROW, KE_ROW)};
 }  // namespace
 
 bool LoadEventApi(const char* folder, EventApiTable& record) noexcept {
-  record.module = LoadSibling(folder, "TvEvAPI.dll");
-  if (record.module == nullptr) return false;
-  if (BindNames(record.module, &record, kNames)) return true;
-  record.module = nullptr;
-  return false;
+  SiblingSearch search(__func__, "TvEvAPI.dll", kNames);
+  win::ModuleHandle module;
+  const bool bound = search.Bind(folder, module, &record);
+  const HMODULE loaded = module.Release();
+  record.module = bound ? loaded : nullptr;
+  return bound;
 }
 
 void FreeEventApi(EventApiTable& record) noexcept {

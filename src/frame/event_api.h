@@ -13,8 +13,8 @@ struct EventApiTable {
   KE_EVENT_API_FUNCTIONS(KE_CALLED_MEMBER, KE_UNCALLED_MEMBER)
 };
 
-/// Binds the module from `folder`, which ends in a backslash, into the record. At a missing name the record's handle is
-/// zeroed and the module stays loaded for good.
+/// Binds the module from `folder`, which ends in a backslash, into the record. A failure is traced. At a missing name
+/// the record's handle is zeroed and the module stays loaded for good.
 bool LoadEventApi(const char* folder, EventApiTable& record) noexcept;
 
 /// Frees the record's module, if it holds one, and zeroes its handle.
@@ -23,7 +23,7 @@ void FreeEventApi(EventApiTable& record) noexcept;
 /// Owns a record for a scope: binds it, and frees it at the end.
 class EventApiScope {
  public:
-  /// `folder` as for `LoadEventApi`; null binds nothing.
+  /// `folder` as for `LoadEventApi`.
   explicit EventApiScope(const char* folder) noexcept { LoadEventApi(folder, record_); }
   ~EventApiScope() { FreeEventApi(record_); }
   EventApiScope(const EventApiScope&) = delete;

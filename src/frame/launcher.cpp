@@ -17,14 +17,18 @@ ModuleTable<LauncherTable> g_launcher("KELMNAPI.dll", kNames);
 
 const LauncherTable& Launcher() noexcept { return g_launcher.Functions(); }
 
-bool LoadLauncher(const char* folder) noexcept { return g_launcher.Load(folder); }
+bool LoadLauncher(const char* folder) noexcept {
+  SiblingSearch search = g_launcher.Search(__func__);
+  return g_launcher.Load(folder, search);
+}
 
 void FreeLauncher() noexcept { g_launcher.Free(); }
 
 KE_RESULT OpenLauncher() {
   const std::string directory = GetModuleDirectory();
-  if (directory.empty()) return KE_LAUNCHER_NOT_LOADED;  // nothing is looked for at the root of the current drive
-  const bool bound = LoadLauncher(CommonFolder(directory).c_str()) || LoadLauncher(OwnFolder(directory).c_str());
+  SiblingSearch search = g_launcher.Search(__func__);
+  const bool bound =
+      g_launcher.Load(CommonFolder(directory).c_str(), search) || g_launcher.Load(OwnFolder(directory).c_str(), search);
   return bound ? KE_SUCCESS : KE_LAUNCHER_NOT_LOADED;
 }
 

@@ -18,13 +18,14 @@ class ModuleTable {
   /// The functions; null while not bound.
   const Table& Functions() const noexcept { return table_; }
 
+  /// A search for this module, for `Load`.
+  SiblingSearch Search(const char* function) const noexcept { return {function, file_, names_}; }
+
   /// Binds every name from `folder`, which ends in a backslash; true at once when bound already. After a missing name
   /// the module stays loaded, with null functions, until `Free` or the next `Load`.
-  bool Load(const char* folder) noexcept {
+  bool Load(const char* folder, SiblingSearch& search) noexcept {
     if (bound_) return true;
-    module_.Reset();
-    module_.Reset(LoadSibling(folder, file_));
-    bound_ = module_ && BindNames(module_.Get(), &table_, names_);
+    bound_ = search.Bind(folder, module_, &table_);
     if (!bound_) table_ = {};
     return bound_;
   }

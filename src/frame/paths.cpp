@@ -24,7 +24,11 @@ std::string FolderOf(std::string_view path) {
 std::string FileIn(std::string_view folder, std::string_view file) { return Concatenated({folder, "\\", file}); }
 
 bool IsFullPath(std::string_view path) {
-  return path.starts_with("\\\\") || (path.size() > 2 && path[1] == ':' && path[2] == '\\');
+  const auto separates = [](char c) { return c == '\\' || c == '/'; };
+  const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+  if (path.size() < 3) return false;
+  if (separates(path[0])) return separates(path[1]);
+  return isLetter(path[0]) && path[1] == ':' && separates(path[2]);
 }
 
 std::string OwnFolder(std::string_view moduleDirectory) { return Concatenated({moduleDirectory, "\\"}); }

@@ -14,7 +14,8 @@ std::string FolderOf(std::string_view path);
 /// `folder` + "\" + `file`.
 std::string FileIn(std::string_view folder, std::string_view file);
 
-/// True for a path that names its place by itself: it begins with a drive and a backslash, or with two backslashes.
+/// True for a path that does not depend on the current directory or drive: it begins with a drive ("C:\") or a share
+/// ("\\\\"); "/" counts as "\".
 bool IsFullPath(std::string_view path);
 
 /// The module directory with a trailing backslash.

@@ -1,15 +1,27 @@
 #include "frame/plugin_registration.h"
 
+#include <windows.h>
+
 #include "frame/plugin_reload.h"
 #include "frame/trace.h"
 #include "win/registry.h"
 
 namespace frame {
 
+std::string PluginFolder(std::string directory) {
+  // The last character, not the last byte: that of a double-byte character may have the value of a backslash.
+  const char last = *CharPrevA(directory.c_str(), directory.c_str() + directory.size());
+  if (last != '\\' && last != '/') directory += '\\';
+  return directory;
+}
+
 KE_RESULT ReRegisterPluginsFromRegistry() {
   Trace(kInfo, __func__, "Function start");
   const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, kProtectionsKey, kLongestProtection);
-  if (!names) return KE_REGISTRY_UNUSABLE;
+  if (!names) {
+    Trace(kDetail, __func__, "Could not open the registry key %s", kProtectionsKey);
+    return KE_REGISTRY_UNUSABLE;
+  }
   for (const auto& name : *names) {
     if (!name.empty()) ReRegisterOnePluginFromRegistry(name.c_str());
   }
@@ -18,11 +30,13 @@ KE_RESULT ReRegisterPluginsFromRegistry() {
 
 void ReRegisterOnePluginFromRegistry(const char* valueName) {
   Trace(kInfo, __func__, "Function start");
-  auto directory = win::ReadTextValue(HKEY_LOCAL_MACHINE, kProtectionsKey, valueName, kLongestProtectionDirectory);
-  // An empty directory would name the root of the current drive.
-  if (!directory || directory->empty()) return;
-  if (directory->back() != '\\') *directory += '\\';
-  if (LoadPluginReload(directory->c_str())) PluginReload().KE_ReloadPlugins();
+  const auto directory =
+      win::ReadTextValue(HKEY_LOCAL_MACHINE, kProtectionsKey, valueName, kLongestProtectionDirectory);
+  if (!directory) {
+    Trace(kDetail, __func__, "Could not read the directory of the plug-in %s", valueName);
+    return;
+  }
+  if (LoadPluginReload(PluginFolder(*directory).c_str())) PluginReload().KE_ReloadPlugins();
   FreePluginReload();  // also a module that lacks the function
 }
 

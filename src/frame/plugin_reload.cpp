@@ -15,7 +15,10 @@ ModuleTable<PluginReloadTable> g_pluginReload("KERegister.dll", kNames);
 
 const PluginReloadTable& PluginReload() noexcept { return g_pluginReload.Functions(); }
 
-bool LoadPluginReload(const char* folder) noexcept { return g_pluginReload.Load(folder); }
+bool LoadPluginReload(const char* folder) noexcept {
+  SiblingSearch search = g_pluginReload.Search(__func__);
+  return g_pluginReload.Load(folder, search);
+}
 
 void FreePluginReload() noexcept { g_pluginReload.Free(); }
 

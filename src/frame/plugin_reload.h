@@ -13,7 +13,7 @@ struct PluginReloadTable {
 /// The bound function.
 const PluginReloadTable& PluginReload() noexcept;
 
-/// Binds the module from `folder`, which ends in a backslash; true at once when it is bound.
+/// Binds the module from `folder`, which ends in a backslash; true at once when it is bound. A failure is traced.
 bool LoadPluginReload(const char* folder) noexcept;
 
 /// Frees the module, also one without the function.

@@ -20,34 +20,20 @@ struct ActionTable {
 
 constexpr BoundName kNames[] = {KE_BOUND_NAME(ActionTable, Do, kRequired)};
 
-KE_RESULT Execute(const std::string& path, std::uint32_t first, std::uint32_t second) {
-  const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-  if (!module) {
-    Trace(kAlways, kFunction, "Could not load %s - Error %d", path.c_str(), static_cast<int>(GetLastError()));
-    return KE_MODULE_NOT_LOADED;
-  }
-  ActionTable action{};
-  if (!BindNames(module.Get(), &action, kNames)) {
-    Trace(kAlways, kFunction, "Could not load function for %s - Error %d", path.c_str(),
-          static_cast<int>(GetLastError()));
-    return KE_MODULE_NOT_LOADED;
-  }
-  return action.Do(first, second);
-}
-
-KE_RESULT ExecuteNamed(const char* name, std::uint32_t first, std::uint32_t second) {
+KE_RESULT Execute(const char* name, std::uint32_t first, std::uint32_t second) {
   if (name == nullptr) return KE_OUT_OF_RANGE;
-  const std::string directory = GetModuleDirectory();
-  // Without a directory the path would start at the root of the current drive.
-  if (directory.empty()) return KE_MODULE_NOT_LOADED;
-  return Execute(SiblingFolder(directory, name) + name + ".dll", first, second);
+  const std::string folder = SiblingFolder(GetModuleDirectory(), name), file = std::string(name) + ".dll";
+  SiblingSearch search(kFunction, file.c_str(), kNames);
+  win::ModuleHandle module;
+  ActionTable action{};
+  return search.Bind(folder.c_str(), module, &action) ? action.Do(first, second) : KE_RESULT{KE_MODULE_NOT_LOADED};
 }
 
 }  // namespace
 
 KE_RESULT ExecuteLocalProcessAction(const char* name, std::uint32_t first, std::uint32_t second) {
   Trace(kInfo, kFunction, "Function start");
-  const KE_RESULT result = ExecuteNamed(name, first, second);
+  const KE_RESULT result = Execute(name, first, second);
   Trace(kInfo, kFunction, "Function end. Return code (%i)", static_cast<int>(result));
   return result;
 }

@@ -1,19 +1,32 @@
 #include "frame/sibling_binder.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
-namespace frame {
+#include "frame/paths.h"
+#include "frame/trace.h"
 
-HMODULE LoadSibling(const char* folder, const char* file) noexcept {
-  char path[2048];
-  const int length = folder ? snprintf(path, sizeof path, "%s%s", folder, file) : -1;
-  if (length < 0 || length >= static_cast<int>(sizeof path)) {
+namespace frame {
+namespace {
+
+// Writes the path, cut if need be, and loads the module; null when it cannot be loaded, with the last-error value.
+HMODULE LoadFrom(const char* folder, const char* file, char (&path)[kSiblingPathSize]) noexcept {
+  const int length = snprintf(path, sizeof path, "%s%s", folder ? folder : "", file);
+  if (length >= static_cast<int>(sizeof path) || !IsFullPath(path)) {
     SetLastError(ERROR_BAD_PATHNAME);
     return nullptr;
   }
+  // The altered search path is for paths with backslashes alone.
+  std::replace(path, path + length, '/', '\\');
   return LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
+
+void TraceLackOfFunction(const char* function, const char* path, DWORD error) noexcept {
+  Trace(kAlways, function, "Could not load function for %s - Error %d", path, static_cast<int>(error));
+}
+
+}  // namespace
 
 bool BindNames(HMODULE module, void* table, std::span<const BoundName> names) noexcept {
   for (const BoundName& row : names) {
@@ -22,6 +35,35 @@ bool BindNames(HMODULE module, void* table, std::span<const BoundName> names) no
     std::memcpy(static_cast<char*>(table) + row.offset, &function, sizeof function);
   }
   return true;
+}
+
+SiblingSearch::~SiblingSearch() {
+  if (state_ == kNotLoaded) Trace(kAlways, function_, "Could not load %s - Error %d", path_, static_cast<int>(error_));
+  if (state_ == kFunctionMissing) TraceLackOfFunction(function_, path_, error_);
+}
+
+bool SiblingSearch::Bind(const char* folder, win::ModuleHandle& module, void* table) noexcept {
+  char path[kSiblingPathSize];
+  module.Reset();
+  module.Reset(LoadFrom(folder, file_, path));
+  if (module && BindNames(module.Get(), table, names_)) {
+    state_ = kFound;
+    return true;
+  }
+  const DWORD error = GetLastError();
+  const bool first = state_ == kNothingTried, missingSoFar = state_ == kNotLoaded && error_ == ERROR_MOD_NOT_FOUND;
+  if (first || (missingSoFar && error != ERROR_MOD_NOT_FOUND)) {
+    state_ = module ? kFunctionMissing : kNotLoaded;
+    error_ = error;
+    std::memcpy(path_, path, sizeof path_);
+  }
+  return false;
+}
+
+void TraceMissingFunction(const char* function, HMODULE module) noexcept {
+  char path[kSiblingPathSize] = {};
+  GetModuleFileNameA(module, path, sizeof path);
+  TraceLackOfFunction(function, path, ERROR_PROC_NOT_FOUND);
 }
 
 }  // namespace frame

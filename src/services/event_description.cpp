@@ -6,6 +6,7 @@
 
 #include "frame/module.h"
 #include "frame/paths.h"
+#include "frame/sibling_binder.h"
 #include "frame/text.h"
 #include "frame/trace.h"
 #include "services/description_text.h"
@@ -15,12 +16,11 @@ namespace services {
 namespace {
 
 win::ModuleHandle LoadDescriptions(const char* function) {
-  const std::string directory = frame::GetModuleDirectory();
-  const std::string path = frame::SiblingFolder(directory, "KESAgent") + "KePIRes.exe";
+  constexpr char kFile[] = "KePIRes.exe";
+  const std::string folder = frame::SiblingFolder(frame::GetModuleDirectory(), "KESAgent");
   win::ModuleHandle module;
-  // Without a directory the path would start at the root of the current drive.
-  if (!directory.empty()) module.Reset(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-  if (!module) Trace(frame::kAlways, function, "Error loading %s", path.c_str());
+  frame::SiblingSearch(function, kFile, {}).Bind(folder.c_str(), module, nullptr);
+  if (!module) Trace(frame::kAlways, function, "Error loading %s%s", folder.c_str(), kFile);
   return module;
 }
 

@@ -13,9 +13,7 @@ namespace {
 using frame::kDetail;
 
 frame::EventApiScope BindModule() {
-  const std::string directory = frame::GetModuleDirectory();
-  // Without a directory the path would start at the root of the current drive.
-  return frame::EventApiScope(directory.empty() ? nullptr : frame::SiblingFolder(directory, "KELTVEVT").c_str());
+  return frame::EventApiScope(frame::SiblingFolder(frame::GetModuleDirectory(), "KELTVEVT").c_str());
 }
 
 /// The name of this computer for an event record.

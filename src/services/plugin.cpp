@@ -13,7 +13,7 @@ namespace services {
 namespace {
 
 constexpr frame::BoundName kNames[] = {
-    KE_BOUND_NAME(PluginTable, KE_Initialize, kOptional),
+    KE_BOUND_NAME(PluginTable, KE_Initialize, kRequired),
     KE_BOUND_NAME(PluginTable, KE_Finalize, kOptional),
     KE_BOUND_NAME(PluginTable, KECONF_SetInfo, kOptional),
     KE_BOUND_NAME(PluginTable, KEINSTALL_SetInfo, kOptional),
@@ -23,13 +23,17 @@ constexpr frame::BoundName kNames[] = {
 // A plug-in is told the current version of its interface first, then the first version.
 constexpr std::int32_t kModes[] = {6, 1};
 
-std::string PathOf(const PluginPlace& place) {
+// The path of the plug-in as the list has it; empty, and traced, when the list has none.
+std::string PathOf(const PluginPlace& place, const char* function) {
   const std::string list = frame::SiblingFolder(frame::GetModuleDirectory(), place.folder) + place.listFile;
-  return frame::GetMyConfigIniValue("PLUGINS", place.key, list.c_str());
+  std::string path = frame::GetMyConfigIniValue("PLUGINS", place.key, list.c_str());
+  if (path.empty()) {
+    Trace(frame::kAlways, function, "Could not load the plug-in %s: %s has no path of it", place.key, list.c_str());
+  }
+  return path;
 }
 
 bool Initialise(const PluginTable& plugin) {
-  if (plugin.KE_Initialize == nullptr) return false;
   for (const std::int32_t mode : kModes) {
     if (plugin.KE_Initialize(mode) == 0) return true;
   }
@@ -47,23 +51,21 @@ struct FinaliseAtEnd {
 }  // namespace
 
 KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context) {
-  const std::string path = PathOf(place);
+  const std::string path = PathOf(place, function);
   if (path.empty()) return place.unusable;
-  if (!frame::IsFullPath(path)) {  // it would be searched for, beginning with the current directory
-    Trace(frame::kDetail, function, "The path of the plug-in is not a full one: %s", path.c_str());
-    return place.unusable;
-  }
-  const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-  if (!module) {
-    Trace(frame::kAlways, function, "Could not load %s - Error %d", path.c_str(), static_cast<int>(GetLastError()));
-    return place.unusable;
-  }
+  frame::SiblingSearch search(function, path.c_str(), kNames);
+  win::ModuleHandle module;
   PluginTable plugin{};
-  frame::BindNames(module.Get(), &plugin, kNames);
-  if (!Initialise(plugin)) return place.unusable;
+  if (!search.Bind("", module, &plugin)) return place.unusable;
+  if (!Initialise(plugin)) {
+    Trace(frame::kDetail, function, "Could not initialise the plug-in %s", path.c_str());
+    return place.unusable;
+  }
   const FinaliseAtEnd finalise{plugin};
-  const KE_RESULT result = use(plugin, context);
-  return plugin.KE_Finalize ? result : place.unusable;
+  const auto result = use(plugin, context);
+  if (result && plugin.KE_Finalize) return *result;
+  frame::TraceMissingFunction(function, module.Get());
+  return place.unusable;
 }
 
 }  // namespace services

@@ -1,6 +1,8 @@
 // Plug-ins that other components of the agent host, used by this library for a single call each.
 #pragma once
 
+#include <optional>
+
 #include "KELUtils.h"
 #include "KEPlugin.h"
 
@@ -26,21 +28,29 @@ struct PluginTable {
   decltype(&::KEINSTALL_GetInetConfig) KEINSTALL_GetInetConfig;
 };
 
-/// What is done with an initialised plug-in; answers with the place's code when the plug-in lacks what it needs.
-using PluginUse = KE_RESULT (*)(const PluginTable& plugin, void* context);
+/// One call of an initialised plug-in: its result; none when the plug-in lacks the function.
+using PluginUse = std::optional<KE_RESULT> (*)(const PluginTable& plugin, void* context);
 
 /// Loads and initialises the plug-in, has `use(functions, context)` called, finalises and frees it. The result of
-/// `use`; the place's code when the plug-in has no full path, cannot be loaded, refuses to initialise, or has no
-/// KE_Finalize. A plug-in that cannot be loaded is traced under `function`.
+/// `use`; the place's code when the plug-in has no full path, cannot be loaded, refuses to initialise, or lacks a
+/// function, KE_Finalize included. Each of these is traced under `function`.
 KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context);
 
-/// The same for a callable `use(functions)`.
-template <typename Use>
-KE_RESULT UsePlugin(const PluginPlace& place, const char* function, Use use) {
+/// The same for one function of the plug-in, with which `use` is called.
+template <typename Function, typename Use>
+KE_RESULT UsePlugin(const PluginPlace& place, const char* function, Function PluginTable::*needed, Use use) {
+  struct Call {
+    Function PluginTable::*needed;
+    Use use;
+  } call{needed, use};
   return UsePlugin(
       place, function,
-      [](const PluginTable& plugin, void* context) -> KE_RESULT { return (*static_cast<Use*>(context))(plugin); },
-      &use);
+      [](const PluginTable& plugin, void* context) -> std::optional<KE_RESULT> {
+        const Call& one = *static_cast<Call*>(context);
+        if (plugin.*one.needed == nullptr) return std::nullopt;
+        return one.use(plugin.*one.needed);
+      },
+      &call);
 }
 
 }  // namespace services

@@ -10,9 +10,7 @@ constexpr std::int32_t kDeviceIdSize = 38;  // bytes, with the terminating zero
 KE_RESULT Notify(const PluginPlace& place, decltype(PluginTable::KECONF_SetInfo) PluginTable::*setInfo,
                  const char* function, std::int32_t code, const char* value) {
   if (value == nullptr) return KE_MISSING_ARGUMENT;
-  return UsePlugin(place, function, [&](const PluginTable& plugin) -> KE_RESULT {
-    return plugin.*setInfo ? static_cast<KE_RESULT>((plugin.*setInfo)(code, value)) : place.unusable;
-  });
+  return UsePlugin(place, function, setInfo, [&](auto set) { return static_cast<KE_RESULT>(set(code, value)); });
 }
 
 KE_RESULT NotifyRemoteControl(const char* function, std::int32_t code, const char* value) {

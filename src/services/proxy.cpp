@@ -65,10 +65,8 @@ KE_RESULT AddCredentials(const char* function, const ProxySettings& settings, KE
 }
 
 KE_RESULT AskInstallerPlugin(const char* function, KE_PROXY& proxy, std::uint32_t size) {
-  return UsePlugin(kInstallerPlugin, function, [&](const PluginTable& plugin) -> KE_RESULT {
-    if (plugin.KEINSTALL_GetInetConfig == nullptr) return KE_INSTALLER_PLUGIN_UNUSABLE;
-    return static_cast<KE_RESULT>(plugin.KEINSTALL_GetInetConfig(&proxy, size));
-  });
+  return UsePlugin(kInstallerPlugin, function, &PluginTable::KEINSTALL_GetInetConfig,
+                   [&](auto get) { return static_cast<KE_RESULT>(get(&proxy, size)); });
 }
 
 KE_RESULT AskAgent(const char* function, KE_PROXY& proxy) {

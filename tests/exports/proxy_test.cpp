@@ -92,10 +92,15 @@ TEST_CASE("proxy exports: each failure has its code, stores nothing and gives th
     return CALL(dll, KE_SetAgentProxyInfo)(server, "1", user.c_str(), password.c_str());
   };
   const auto setStatic = [&] { return CALL(dll, KE_SetStaticProxyInfo)("h", nullptr); };
-  for (const KE_RESULT expected : {KE_AGENT_NOT_LOADED, KE_AGENT_INCOMPLETE}) {
-    for (const KE_RESULT result : {configured(), internet(), set(), setStatic()}) CHECK(result == expected);
-    CHECK(GetModuleHandleA("KELAGAPI.dll") == nullptr);
-    tree.AddFake("FakeKERegister", "Common/KELAGAPI.dll");  // loads, but lacks the functions
+  // No module, one that loads but lacks the functions in the second folder, and one in the first.
+  for (const char* folder : {"", "KELUtils", "Common"}) {
+    if (*folder) tree.AddFake("FakeKERegister", string(folder) + "/KELAGAPI.dll");
+    const KE_RESULT expected = string(folder) == "Common" ? KE_AGENT_INCOMPLETE : KE_AGENT_NOT_LOADED;
+    CHECK(CALL(dll, KE_SetURLServer)("s") == KE_AGENT_NOT_LOADED);
+    for (const KE_RESULT result : {configured(), internet(), set(), setStatic()}) {
+      CHECK_MESSAGE(result == expected, folder);
+      CHECK(GetModuleHandleA("KELAGAPI.dll") == nullptr);
+    }
   }
   tree.AddFake("FakeKELAGAPI", "Common/KELAGAPI.dll");
   const LoadedDll agent(tree.Path("Common/KELAGAPI.dll"));

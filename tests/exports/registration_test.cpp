@@ -76,15 +76,19 @@ TEST_CASE("initialisation: other keys stay; plug-ins register anew whatever the 
   const auto initialise = CALL(with.dll, KE_InitializeSystemEx);
   with.tree.AddFake("FakeKERegister", "Protection/KERegister.dll");
   const LoadedDll plugin(with.tree.Path("Protection/KERegister.dll"));
-  RegSetKeyValueA(HKEY_LOCAL_MACHINE, "Software\\Tavrin Security\\Orvane\\Protections", "P", REG_SZ, protection.c_str(),
-                  static_cast<DWORD>(protection.size()));
+  const support::CurrentFolder current(with.tree.Path(""));
+  // The last two are not full paths, though they lead there.
+  for (const std::string& directory : {protection, protection + "/", std::string("Protection"), protection.substr(2)}) {
+    RegSetKeyValueA(HKEY_LOCAL_MACHINE, "Software\\Tavrin Security\\Orvane\\Protections", directory.c_str(), REG_SZ,
+                    directory.c_str(), static_cast<DWORD>(directory.size()));
+  }
   std::filesystem::create_directory(root.Path("KESWD"));
   support::WriteFile(root.Path("KESWD/KesWD.conf"), "[OTHER]\r\nA=1\r\n[SERVICES]\r\nMine=2\r\n");
   for (const char* other : {"TRUE ", "", "1"}) CHECK(initialise(path.c_str(), other) == KE_SUCCESS);
   CHECK(support::ReadFile(root.Path("KESWD/KesWD.conf")).starts_with("[OTHER]\r\nA=1\r\n[SERVICES]\r\nMine=2\r\nKes"));
   CHECK(with.Ini("KELUpg").empty());
   CHECK(initialise("", "true") == KE_MISSING_ARGUMENT);
-  CHECK(CALL(plugin, FakeCalls)("KE_ReloadPlugins") == 4);
+  CHECK(CALL(plugin, FakeCalls)("KE_ReloadPlugins") == 4 * 2);
   RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavrin Security");
   CHECK(with.Ini("KELUpg") == "[GENERAL]\r\nREBOOT_REQUIRED=true\r\n");
   std::filesystem::remove_all(with.tree.Path("KELUpg"));

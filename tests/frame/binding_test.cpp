@@ -16,16 +16,6 @@ namespace {
 
 #define NAME(name, presence) #name,
 
-// A DLL's content without one of its exports: the last character of the name becomes the one before it in the alphabet,
-// which keeps the order of the export table.
-std::string Without(std::string content, const std::string& name) {
-  const std::string wanted = '\0' + name + '\0';
-  for (size_t at = content.find(wanted); at != std::string::npos; at = content.find(wanted, at + 1)) {
-    --content[at + name.size()];
-  }
-  return content;
-}
-
 template <typename Function>
 bool IsBound(Function function) {
   return function != nullptr;

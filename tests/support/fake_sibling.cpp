@@ -37,8 +37,7 @@ int AnswerCipher(char* buffer, std::uint32_t length, const char* keyBlob, std::i
   return *error = g_cipher.error;
 }
 
-int AnswerRun(const char* command, std::int32_t* exitCode) {
-  std::strncpy(g_launcher.command, command, sizeof g_launcher.command - 1);
+int AnswerLauncher(std::int32_t* exitCode) {
   if (g_launcher.exitCode != 0) *exitCode = g_launcher.exitCode;
   return g_launcher.result;
 }
@@ -64,7 +63,8 @@ int Answer(std::string_view name, void* first, std::uint32_t second, void* third
     return AnswerCipher(static_cast<char*>(first), second, static_cast<char*>(third),
                         static_cast<std::int32_t*>(fifth));
   }
-  if (name == "Run") return AnswerRun(static_cast<char*>(first), reinterpret_cast<std::int32_t*>(second));
+  if (name == "Run") std::strncpy(g_launcher.command, static_cast<char*>(first), sizeof g_launcher.command - 1);
+  if (name == "Run" || name.starts_with("UpdateNow")) return AnswerLauncher(reinterpret_cast<std::int32_t*>(second));
   if (call.answer == 0 && (name == "KE_AGAPI_GetConfig" || name == "KE_AGAPI_SetConfig")) {
     const auto cls = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(first));
     return AnswerConfig(name == "KE_AGAPI_SetConfig", cls, second, static_cast<char*>(third), fourth);

@@ -28,8 +28,8 @@ struct FakeCallState {
 
 struct FakeLauncherState {
   char command[256];      // the last one that was run, cut
-  int result;             // what the next runs report,
-  std::int32_t exitCode;  // and the exit code they tell
+  int result;             // what the next runs and updates report,
+  std::int32_t exitCode;  // and the exit code they write; 0 writes none
 };
 
 /// The configuration of a fake agent module: one record, whatever class and item are asked for.
@@ -54,4 +54,14 @@ inline std::string FakeEnciphered(std::string text) {
   text.resize((text.size() + 15) / 16 * 16);
   for (char& c : text) c ^= kFakeCipherMask;
   return "TVKE" + text;
+}
+
+/// A DLL's content without one of its exports: the last character of the name becomes the one before it in the
+/// alphabet, which keeps the order of the export table.
+inline std::string Without(std::string content, const std::string& name) {
+  const std::string wanted = '\0' + name + '\0';
+  for (size_t at = content.find(wanted); at != std::string::npos; at = content.find(wanted, at + 1)) {
+    --content[at + name.size()];
+  }
+  return content;
 }

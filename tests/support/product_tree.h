@@ -99,6 +99,13 @@ struct EnvironmentVariable {
   const char* name;
 };
 
+/// Makes a folder the current one for the scope.
+struct CurrentFolder {
+  explicit CurrentFolder(const std::filesystem::path& folder) { std::filesystem::current_path(folder); }
+  ~CurrentFolder() { std::filesystem::current_path(before); }
+  const std::filesystem::path before = std::filesystem::current_path();
+};
+
 /// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only,
 /// which is how a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to
 /// read-only files.)

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "code_page.h"
+#include "frame/paths.h"
 #include "frame/plugin_registration.h"
 #include "frame/product_info.h"
 #include "frame/sibling_binder.h"
@@ -53,12 +54,24 @@ Sibling FileCodecCrypto() {
   return sibling;
 }
 
+// The one place of a sibling that a setting names. The library refuses a path that is not full.
+void SetFullPath(Sibling& sibling, const std::string& path) {
+  if (frame::IsFullPath(path)) {
+    sibling.places.push_back(path);
+  } else {
+    sibling.unlisted = "not a full path: " + Utf8FromCodePage(path);
+  }
+}
+
 Sibling Plugin(const Product& product, const char* name, const services::PluginPlace& place, Names names) {
   const std::string list = product.Path({place.folder, place.listFile});
   const std::string path = win::ReadProfile(list, "PLUGINS", place.key, "", 4100);
   Sibling sibling{.name = name, .places = {}, .names = std::move(names), .whenUnusable = Health::kWarning};
-  if (!path.empty()) sibling.places.push_back(path);
-  if (path.empty()) sibling.unlisted = "not entered in the file " + std::string(place.listFile);
+  if (path.empty()) {
+    sibling.unlisted = "not entered in the file " + std::string(place.listFile);
+  } else {
+    SetFullPath(sibling, path);
+  }
   return sibling;
 }
 
@@ -66,14 +79,15 @@ Sibling Plugin(const Product& product, const char* name, const services::PluginP
 void AddRegistrations(std::vector<Sibling>& siblings) {
   const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, frame::kLongestProtection);
   for (const std::string& name : names.value_or(std::vector<std::string>{})) {
-    auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, name.c_str(),
-                                     frame::kLongestProtectionDirectory);
-    if (name.empty() || !folder || folder->empty()) continue;
-    if (!folder->ends_with('\\')) *folder += '\\';
-    siblings.push_back({.name = "KERegister.dll (" + name + ")",
-                        .places = {*folder + "KERegister.dll"},
-                        .names = KELCTL_NAMES(KE_PLUGIN_RELOAD_FUNCTIONS),
-                        .whenUnusable = Health::kWarning});
+    const auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, name.c_str(),
+                                           frame::kLongestProtectionDirectory);
+    if (name.empty() || !folder) continue;
+    Sibling sibling{.name = "KERegister.dll (" + name + ")",
+                    .places = {},
+                    .names = KELCTL_NAMES(KE_PLUGIN_RELOAD_FUNCTIONS),
+                    .whenUnusable = Health::kWarning};
+    SetFullPath(sibling, frame::PluginFolder(*folder) + "KERegister.dll");
+    siblings.push_back(std::move(sibling));
   }
 }
 

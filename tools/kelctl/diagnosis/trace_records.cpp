@@ -9,9 +9,8 @@ namespace kelctl {
 namespace {
 
 // What the first line of a failure's description has in it, in any letter case.
-constexpr std::string_view kFailureWords[] = {"could not", "error",    "exception", "fail",
-                                              "wrong",     "restored", "damaged",   "not a full",
-                                              "no desc",   "unknown",  "has only",  "longer than"};
+constexpr std::string_view kFailureWords[] = {"could not", "error",   "exception", "fail",     "wrong",      "restored",
+                                              "damaged",   "no desc", "unknown",   "has only", "longer than"};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
