@@ -1,6 +1,12 @@
-// Starting a sibling program from an export, and waiting for its answer. What goes wrong is traced here.
+// Starting a sibling program from an export, and waiting for its end. Every failure is traced here, at level 20 under
+// `function`, the name that the caller traces under.
+//
+// A program is started by its full path alone, which is the application or, in double quotes, the beginning of the
+// command line: the platform would look for any other name in the current directory too.
 #pragma once
 
+#include <initializer_list>
+#include <optional>
 #include <string>
 
 #include "KELUtils.h"
@@ -18,18 +24,25 @@ struct SiblingProgram {
 /// Traces the command line, for exports that announce their programs.
 void TraceCommand(const SiblingProgram& program) noexcept;
 
-/// Starts the program; none, and traced, when that fails.
+/// Starts the program; none when that fails.
 win::Process Start(const SiblingProgram& program);
 
-/// Starts the program and waits up to `milliseconds` (or INFINITE) for its end. Every failure is traced:
+/// Starts a program without a console and without the busy cursor, in a process group of its own, by the first of the
+/// command lines that succeeds: one for each place of the program. They are cut at 8198 characters. None when all fail;
+/// the last one is then traced.
+win::Process StartInBackground(const char* function, std::initializer_list<std::string> commandLines);
+
+/// Waits up to `milliseconds` (or INFINITE) for the end of the program: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
+DWORD WaitForProgram(const char* function, const win::Process& process, DWORD milliseconds);
+
+/// The exit code of an ended program; none when it cannot be read.
+std::optional<DWORD> ExitCodeOf(const char* function, const win::Process& process);
+
+/// Starts the program and waits up to `milliseconds` (or INFINITE) for its end.
 ///   KE_PROGRAM_NOT_STARTED  it could not be started
 ///   KE_NOT_CREATED          it has not ended in time and was left running, or its exit code could not be read
 ///   KE_PROMPT_FAILED        its exit code is above `highestExitCode`
 /// KE_SUCCESS stores the exit code in `exitCode`, which failures leave alone.
 KE_RESULT StartAndWait(const SiblingProgram& program, DWORD milliseconds, DWORD highestExitCode, DWORD& exitCode);
-
-/// Starts a program without a console and without the busy cursor, in a process group of its own. The command line is
-/// cut at 8198 characters. None when it cannot be started; nothing is traced, so that a caller may try another place.
-win::Process StartInBackground(std::string commandLine) noexcept;
 
 }  // namespace frame

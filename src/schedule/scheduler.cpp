@@ -5,7 +5,6 @@
 #include "frame/paths.h"
 #include "frame/sibling_program.h"
 #include "frame/trace.h"
-#include "frame/waiting.h"
 
 namespace schedule {
 namespace {
@@ -22,12 +21,9 @@ std::size_t EndOfProgram(const std::string& command) {
 
 win::Process StartScheduler(const std::string& program, const std::string& rest) {
   const std::string directory = frame::GetModuleDirectory();
-  // Without a directory the program would be looked for at the root of the current drive.
-  if (directory.empty()) return {};
-  for (const std::string& folder : {frame::SiblingFolder(directory, "Scheduler"), frame::OwnFolder(directory)}) {
-    if (win::Process process = frame::StartInBackground("\"" + folder + program + "\"" + rest)) return process;
-  }
-  return {};
+  const auto commandIn = [&](const std::string& folder) { return "\"" + folder + program + "\"" + rest; };
+  return frame::StartInBackground(
+      kFunction, {commandIn(frame::SiblingFolder(directory, "Scheduler")), commandIn(frame::OwnFolder(directory))});
 }
 
 KE_RESULT Run(const std::string& command) {
@@ -36,8 +32,8 @@ KE_RESULT Run(const std::string& command) {
   if (end == std::string::npos) return KE_BAD_SCHEDULER_COMMAND;
   const win::Process process = StartScheduler(command.substr(0, end), command.substr(end));
   if (!process) return KE_SCHEDULER_NOT_STARTED;
-  if (frame::WaitForEnd(process, kWaitMilliseconds) != WAIT_OBJECT_0) return KE_SCHEDULER_TIMEOUT;
-  const DWORD exitCode = process.ExitCode().value_or(0);
+  if (frame::WaitForProgram(kFunction, process, kWaitMilliseconds) != WAIT_OBJECT_0) return KE_SCHEDULER_TIMEOUT;
+  const DWORD exitCode = frame::ExitCodeOf(kFunction, process).value_or(0);
   if (exitCode == 0) return KE_SUCCESS;
   Trace(kDetail, kFunction, "ZumAt finished with exit code: %u", static_cast<unsigned>(exitCode));
   return KE_SCHEDULER_FAILED;

@@ -60,7 +60,7 @@ KE_RESULT StartUpgradeCompletion(const char* function, std::int32_t resultCode, 
                 static_cast<int>(resultCode), version ? version : "");
   const std::string command = services::PluginManagerCommand(arguments);
   Trace(kDetail, function, "CommandLine launched by KE_ScheduleUpgradeComplete: [%s]", command.c_str());
-  return frame::StartInBackground(command) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED;
+  return frame::StartInBackground(function, {command}) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED;
 }
 
 }  // namespace schedule

@@ -4,7 +4,6 @@
 #include "frame/paths.h"
 #include "frame/sibling_program.h"
 #include "frame/trace.h"
-#include "frame/waiting.h"
 
 namespace services {
 namespace {
@@ -25,19 +24,15 @@ bool IsComputerIntegrated() {
 }
 
 std::string PluginManagerCommand(const std::string& arguments) {
-  const std::string directory = frame::GetModuleDirectory();
-  if (directory.empty()) return {};
-  return Quoted(frame::SiblingFolder(directory, "KesLpmng") + "KEPLPMNG.exe", arguments);
+  return Quoted(frame::SiblingFolder(frame::GetModuleDirectory(), "KesLpmng") + "KEPLPMNG.exe", arguments);
 }
 
-KE_RESULT StartInstallHelper() {
+KE_RESULT StartInstallHelper(const char* function) {
   const std::string directory = frame::GetModuleDirectory();
-  // Without a directory the program would be looked for at the root of the current drive.
-  if (directory.empty()) return KE_INSTALL_HELPER_NOT_STARTED;
-  for (const std::string& folder : {frame::SiblingFolder(directory, "KepWInst"), frame::OwnFolder(directory)}) {
-    if (frame::StartInBackground(Quoted(folder + "KepWInst.exe", "-FORCE"))) return KE_SUCCESS;
-  }
-  return KE_INSTALL_HELPER_NOT_STARTED;
+  const auto commandIn = [](const std::string& folder) { return Quoted(folder + "KepWInst.exe", "-FORCE"); };
+  const bool started = static_cast<bool>(frame::StartInBackground(
+      function, {commandIn(frame::SiblingFolder(directory, "KepWInst")), commandIn(frame::OwnFolder(directory))}));
+  return started ? KE_SUCCESS : KE_INSTALL_HELPER_NOT_STARTED;
 }
 
 KE_RESULT IntegrateComputerKelTest() {
@@ -47,9 +42,9 @@ KE_RESULT IntegrateComputerKelTest() {
   }
   const std::string command = PluginManagerCommand("KELTest -FORCE ");
   Trace(kInfo, __func__, "CommandLine launched by IntegrateComputerKelTest: [%s]", command.c_str());
-  const win::Process process = frame::StartInBackground(command);
+  const win::Process process = frame::StartInBackground(__func__, {command});
   if (!process) return KE_PROGRAM_NOT_STARTED;
-  switch (frame::WaitForEnd(process, kTestMilliseconds)) {
+  switch (frame::WaitForProgram(__func__, process, kTestMilliseconds)) {
     case WAIT_OBJECT_0:
       Trace(kInfo, __func__, "Integration KelTest finished");
       break;

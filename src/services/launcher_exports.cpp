@@ -110,5 +110,5 @@ KE_RESULT KE_API KE_NotifyDeviceID(int32_t target) {
 }
 
 KE_RESULT KE_API KE_LaunchKEPWInst(void) {
-  return ExportCall("LaunchKEPWinst", [&](Export&) { return services::StartInstallHelper(); });
+  return ExportCall("LaunchKEPWinst", [&](Export& self) { return services::StartInstallHelper(self.name); });
 }

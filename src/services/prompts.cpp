@@ -19,27 +19,21 @@ constexpr char kInstallEvent[] = "Global\\KePIRes_InstallEvent";
 class PromptStart {
  public:
   PromptStart(const char* function, const std::string& switches)
-      : directory_(frame::GetModuleDirectory()),
-        path_(PromptProgram(directory_)),
+      : path_(PromptProgram(frame::GetModuleDirectory())),
         program_{function, path_ + switches, {.application = path_.c_str()}} {}
   PromptStart(const PromptStart&) = delete;  // the program points to the path
   PromptStart& operator=(const PromptStart&) = delete;
 
   void Announce() const noexcept { frame::TraceCommand(program_); }
 
-  KE_RESULT Launch() const { return IsKnown() && frame::Start(program_) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED; }
+  KE_RESULT Launch() const { return frame::Start(program_) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED; }
 
   /// Waits as long as it takes; `exitCode` is stored after a success.
   KE_RESULT LaunchAndWait(DWORD highestExitCode, DWORD& exitCode) const {
-    if (!IsKnown()) return KE_PROGRAM_NOT_STARTED;
     return frame::StartAndWait(program_, INFINITE, highestExitCode, exitCode);
   }
 
  private:
-  // Without a directory the program would be looked for at the root of the current drive.
-  bool IsKnown() const noexcept { return !directory_.empty(); }
-
-  std::string directory_;
   std::string path_;
   frame::SiblingProgram program_;
 };

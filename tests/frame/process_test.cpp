@@ -108,9 +108,15 @@ TEST_CASE("sibling programs: the answer of one that is waited for, and the trace
   check(tree.own.c_str(), "any name -exit:2", KE_SUCCESS, 2, "");
   check(tree.own.c_str(), "a -exit:3", KE_PROMPT_FAILED, 99, "Process failed [Command = a -exit:3] [Result = 3]");
   check(tree.own.c_str(), "a -sleep", KE_NOT_CREATED, 99, "Wait failed [Result = 258]");
-  check("no.exe", "no -x", KE_PROGRAM_NOT_STARTED, 99, "CreateProcess failed [Command = no -x]");
+  // It is there, but the name is not a full path.
+  const support::CurrentFolder current(support::TestFolder());
+  check("unit_tests.exe", "no -x", KE_PROGRAM_NOT_STARTED, 99, "CreateProcess failed [Command = no -x]");
+  CHECK_FALSE(
+      frame::StartInBackground("KE_Ask", {"\"C:\\none.exe\" -1", "\"unit_tests.exe\" -2", "unit_tests.exe -3"}));
+  CHECK(tree.Traced("20;KELUtils;KE_Ask;\"CreateProcess failed [Command = unit_tests.exe -3]"));
+  CHECK_FALSE(tree.Traced("20;KELUtils;KE_Ask;\"CreateProcess failed [Command = \"C:\\none.exe\" -1]"));
   const std::string command = "\"" + tree.own + "\" " + std::string(9000, 'x');
-  CHECK(frame::StartInBackground(command).Wait(60000) == WAIT_OBJECT_0);
+  CHECK(frame::StartInBackground("KE_Ask", {command}).Wait(60000) == WAIT_OBJECT_0);
   CHECK(tree.Note() == command.substr(0, 8198));
 }
 
