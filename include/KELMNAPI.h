@@ -16,7 +16,7 @@ extern "C" {
 /** Runs a component command and waits for it.
  *
  * @param command        such as "KELREPORT -R -force"
- * @param[out] exitCode  receives its exit code; 0 on entry
+ * @param[out] exitCode  receives its exit code, which has to be written when 0 is returned; 0 on entry
  * @return 0 when it ran
  */
 int KE_SIBLING_CALL Run(const char* command, int32_t* exitCode);
@@ -24,7 +24,8 @@ int KE_SIBLING_CALL Run(const char* command, int32_t* exitCode);
 /** Runs the immediate update.
  *
  * @param forceContinue  0 on the first call, 1 on every repetition
- * @param[out] exitCode  receives its exit code
+ * @param[out] exitCode  receives its exit code, which has to be written when 0 is returned; 0 on entry.
+ *                       1559 asks for another repetition
  * @return 0 when it ran
  */
 int KE_SIBLING_CALL UpdateNow(int32_t forceContinue, int32_t* exitCode);
@@ -32,7 +33,8 @@ int KE_SIBLING_CALL UpdateNow(int32_t forceContinue, int32_t* exitCode);
 /** Runs the immediate update with two values that KELUtils passes through from its caller.
  *
  * @param forceContinue  0 on the first call, 1 on every repetition
- * @param[out] exitCode  receives its exit code
+ * @param[out] exitCode  receives its exit code, which has to be written when 0 is returned; 0 on entry.
+ *                       1559 asks for another repetition
  * @param first          the first value
  * @param second         the second value
  * @return 0 when it ran

@@ -1,5 +1,7 @@
 #include "services/immediate_update.h"
 
+#include <optional>
+
 #include "frame/component.h"
 #include "frame/trace.h"
 #include "frame/waiting.h"
@@ -38,50 +40,59 @@ struct Answer {
   bool Ended(std::int32_t with) const noexcept { return returned == 0 && exitCode == with; }
 };
 
-// Calls `update(forceContinue, exitCode)` until there is no more to do; `last` becomes the answer that ended it, the
-// first one when nothing was repeated. A call that tells no exit code leaves that of the one before.
+/// The first answer, and the one that ended the update: the same when nothing was repeated.
+struct Course {
+  Answer first, last;
+};
+
+// Has `update(forceContinue, answer)` call the launcher until there is no more to do. It returns false when the
+// launcher is not bound. None, and traced, when the launcher cannot be bound, or another thread has freed it.
 template <typename Update>
-Answer UpdateRepeatedly(Update update, Answer& last) {
-  last = {};
-  const auto call = [&](std::int32_t forceContinue) { last.returned = update(forceContinue, &last.exitCode); };
-  call(0);
-  const Answer first = last;
-  if (!first.Ended(0)) return first;
+std::optional<Course> UpdateRepeatedly(const char* function, Update update) {
+  const frame::LauncherScope launcher(function);
+  if (!launcher) return std::nullopt;
+  Course course;
+  const auto call = [&](std::int32_t forceContinue) {
+    course.last = {};  // a launcher that writes no exit code has not asked for another repetition
+    const bool called = update(forceContinue, course.last);
+    if (!called) Trace(kDetail, function, "Could not continue the update: another thread has freed KELMNAPI");
+    return called;
+  };
+  if (!call(0)) return std::nullopt;
+  course.first = course.last;
+  if (!course.first.Ended(0)) return course;
   do {
     frame::Pause(kPauseMilliseconds);
-    call(1);
-  } while (last.Ended(kMoreToDo));
-  return first;
+    if (!call(1)) return std::nullopt;
+  } while (course.last.Ended(kMoreToDo));
+  return course;
 }
 
 }  // namespace
 
 KE_RESULT UpdateAtOnce(const char* function) {
-  const frame::LauncherScope launcher(function);
-  if (!launcher) return KE_LAUNCHER_NOT_LOADED;
-  Answer last{};
-  const Answer first = UpdateRepeatedly(
-      [](std::int32_t forceContinue, std::int32_t* exitCode) { return Launcher().UpdateNow(forceContinue, exitCode); },
-      last);
-  return static_cast<KE_RESULT>(first.returned);
+  const auto course = UpdateRepeatedly(function, [](std::int32_t forceContinue, Answer& answer) {
+    const auto update = Launcher().UpdateNow;
+    if (update) answer.returned = update(forceContinue, &answer.exitCode);
+    return update != nullptr;
+  });
+  return course ? static_cast<KE_RESULT>(course->first.returned) : KE_RESULT{KE_LAUNCHER_NOT_LOADED};
 }
 
 KE_RESULT UpdateAtOnceEx(const char* function, std::uint32_t firstValue, std::uint32_t secondValue) {
-  const frame::LauncherScope launcher(function);
-  if (!launcher) return KE_LAUNCHER_NOT_LOADED;
-  Answer last{};
-  const Answer first = UpdateRepeatedly(
-      [&](std::int32_t forceContinue, std::int32_t* exitCode) {
-        Trace(kDetail, function, "Ready To launch KELMNAPI_UpdateNowEx with ForceContinue value: %d",
-              static_cast<int>(forceContinue));
-        const int returned = Launcher().UpdateNowEx(forceContinue, exitCode, firstValue, secondValue);
-        Trace(kDetail, function, "Back from KELMNAPI_UpdateNowEx with value: %i. Kes_UpdateNowEx returned value: %d",
-              returned, static_cast<int>(*exitCode));
-        return returned;
-      },
-      last);
-  if (first.Ended(0)) return ResultOf(last.exitCode);
-  return first.exitCode > 0 ? ResultOf(first.exitCode) : static_cast<KE_RESULT>(first.returned);
+  const auto course = UpdateRepeatedly(function, [&](std::int32_t forceContinue, Answer& answer) {
+    const auto update = Launcher().UpdateNowEx;
+    if (update == nullptr) return false;
+    Trace(kDetail, function, "Ready To launch KELMNAPI_UpdateNowEx with ForceContinue value: %d",
+          static_cast<int>(forceContinue));
+    answer.returned = update(forceContinue, &answer.exitCode, firstValue, secondValue);
+    Trace(kDetail, function, "Back from KELMNAPI_UpdateNowEx with value: %i. Kes_UpdateNowEx returned value: %d",
+          answer.returned, static_cast<int>(answer.exitCode));
+    return true;
+  });
+  if (!course) return KE_LAUNCHER_NOT_LOADED;
+  if (course->first.Ended(0)) return ResultOf(course->last.exitCode);
+  return course->first.exitCode > 0 ? ResultOf(course->first.exitCode) : static_cast<KE_RESULT>(course->first.returned);
 }
 
 }  // namespace services

@@ -33,6 +33,7 @@ std::string UpdateSettingsFile() {
 }
 
 void SendReport(const char* function) {
+  const frame::FreeLauncherAtEnd release;
   if (const KE_RESULT result = frame::OpenLauncher(); result != KE_SUCCESS) {
     Trace(kAlways, function, "Could not load required library, KELMNAPI . Return Error Code : [%i]",
           static_cast<int>(result));
@@ -51,7 +52,6 @@ void SendReport(const char* function) {
 KE_RESULT KE_API KE_SendReport(void) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
     SendReport(self.name);
-    frame::FreeLauncher();
     return KE_SUCCESS;
   });
 }

@@ -123,7 +123,7 @@ TEST_CASE("events: the record of each, what goes wrong, and what an uninstallati
 
 TEST_CASE("event descriptions: found, cut, missing") {
   const EventTree tree;
-  const std::string x511(511, 'x'), path = tree / "KELUtils\\..\\KESAgent\\KePIRes.exe";
+  const std::string x511(511, 'x');
   const auto check = [&](uint32_t code, const char* insert, int32_t size, KE_RESULT result, const std::string& text) {
     char buffer[600] = "before";
     CHECK(KE_GetEventDescription(code, buffer, size, insert) == result);
@@ -142,7 +142,7 @@ TEST_CASE("event descriptions: found, cut, missing") {
   for (const int32_t noSize : {0, INT32_MIN}) check(403, nullptr, noSize, KE_BUFFER_TOO_SMALL, "before");
   CHECK(KE_GetEventDescription(403, nullptr, 0, nullptr) == KE_MISSING_ARGUMENT);
   CHECK(KE_GenerateEvent(4, 0, 403, nullptr) == KE_MODULE_NOT_LOADED);
-  CHECK((tree.Traced("KE_GetEventDescription;\"Error loading " + path + "\"") && tree.Calls().empty()));
+  CHECK(tree.Calls().empty());
 }
 
 TEST_CASE("event service: started by the launcher") {
