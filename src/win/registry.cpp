@@ -1,7 +1,6 @@
 #include "win/registry.h"
 
-#include <cstring>
-#include <cwchar>
+#include <algorithm>
 #include <iterator>
 
 #include "win/owner.h"
@@ -9,9 +8,39 @@
 namespace win {
 namespace {
 
+constexpr std::size_t kLongestExpandable = 32766;  // characters: Windows counts the bytes of a wide text in 16 bits
+
 RegistryKey OpenForReading(HKEY root, const char* path) noexcept {
   HKEY opened = nullptr;
   return RegistryKey(RegOpenKeyExA(root, path, 0, KEY_READ, &opened) == ERROR_SUCCESS ? opened : nullptr);
+}
+
+// The text of a value of either text type, up to its first zero: the stored data may lack it, or hold several.
+template <typename Char, typename Query>
+std::optional<std::basic_string<Char>> ReadTextWith(Query query, HKEY key, const Char* name, DWORD& type) {
+  std::basic_string<Char> text;
+  DWORD size = 0;
+  LSTATUS status = ERROR_MORE_DATA;
+  while (status == ERROR_MORE_DATA) {  // also when the value has grown since it was asked for its size
+    text.resize(size / sizeof(Char) + 1);
+    size = static_cast<DWORD>(text.size() * sizeof(Char));
+    status = query(key, name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
+  }
+  if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return std::nullopt;
+  text.resize(std::min<std::size_t>(text.find(Char{}), size / sizeof(Char)));
+  return text;
+}
+
+// A text with its environment variables replaced; none when it is too long for Windows.
+std::optional<std::string> Expanded(const std::string& text) {
+  if (text.size() > kLongestExpandable) return std::nullopt;
+  std::string expanded;
+  for (DWORD needed = 1; needed > expanded.size();) {
+    expanded.resize(needed);
+    needed = ExpandEnvironmentStringsA(text.c_str(), expanded.data(), needed);
+    if (needed == 0) return std::nullopt;
+  }
+  return expanded.c_str();
 }
 
 }  // namespace
@@ -19,15 +48,10 @@ RegistryKey OpenForReading(HKEY root, const char* path) noexcept {
 std::optional<std::string> ReadTextValue(HKEY root, const char* path, const char* name, std::size_t limit) {
   const RegistryKey key = OpenForReading(root, path);
   if (!key) return std::nullopt;
-
-  std::string text(limit + 1, '\0');
   DWORD type = 0;
-  auto size = static_cast<DWORD>(text.size());
-  const LSTATUS status = RegQueryValueExA(key.Get(), name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
-  if (status != ERROR_SUCCESS || type != REG_SZ || size > text.size()) return std::nullopt;
-  // The stored data may lack its terminating zero, or hold several.
-  text.resize(strnlen(text.data(), size));
-  if (text.size() > limit) return std::nullopt;
+  auto text = ReadTextWith(RegQueryValueExA, key.Get(), name, type);
+  if (text && type == REG_EXPAND_SZ) text = Expanded(*text);
+  if (!text || text->size() > limit) return std::nullopt;
   return text;
 }
 
@@ -86,17 +110,8 @@ bool HasValue(HKEY key, const wchar_t* name) noexcept {
 }
 
 std::optional<std::wstring> ReadText(HKEY key, const wchar_t* name) {
-  std::wstring text;
-  DWORD size = 0, type = 0;
-  LSTATUS status = ERROR_MORE_DATA;
-  while (status == ERROR_MORE_DATA) {  // also when the value has grown since it was asked for its size
-    text.resize(size / sizeof(wchar_t) + 1);
-    size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-    status = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
-  }
-  if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return std::nullopt;
-  text.resize(wcsnlen(text.data(), size / sizeof(wchar_t)));
-  return text;
+  DWORD type = 0;
+  return ReadTextWith(RegQueryValueExW, key, name, type);
 }
 
 std::optional<DWORD> ReadNumber(HKEY key, const wchar_t* name) noexcept {

@@ -11,8 +11,9 @@
 
 namespace win {
 
-/// The text value `name` of the key `path` below `root`, at most `limit` characters long; none when the key or the
-/// value is missing, longer, or of another type than text.
+/// The text value `name` of the key `path` below `root`, of either text type; environment variables in the expandable
+/// one are replaced. None when the key or the value is missing or of another type, and when the resulting text has more
+/// than `limit` characters.
 std::optional<std::string> ReadTextValue(HKEY root, const char* path, const char* name, std::size_t limit);
 
 /// The names of the key's values, in their order, up to the first one of more than `limit` characters; none when the
@@ -36,7 +37,7 @@ LSTATUS SubkeyNames(HKEY key, std::vector<std::wstring>& names);
 /// True when the key has a value of that name, of any type.
 bool HasValue(HKEY key, const wchar_t* name) noexcept;
 
-/// The text value `name` of any length, up to its first zero; none when it is missing or no text.
+/// The text value `name` of any length and either text type, as it is stored; none when it is missing or no text.
 std::optional<std::wstring> ReadText(HKEY key, const wchar_t* name);
 std::optional<DWORD> ReadNumber(HKEY key, const wchar_t* name) noexcept;
 
