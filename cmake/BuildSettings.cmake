@@ -13,6 +13,9 @@ set(KELUTILS_SETTING_KEY_BLOB "${_development_setting_blob}" CACHE STRING
 set(KELUTILS_SERVICE_BASE_ADDRESS "https://console.invalid" CACHE STRING
   "Scheme and host of the management service, in front of the SOAP paths")
 
+option(KELUTILS_TESTING_INSTALL_PATH
+  "Let the environment variable VOSK_TESTING_INSTALLPATH name the install path; OFF for builds that go to customers" ON)
+
 foreach(_setting KELUTILS_FILE_KEY_BLOB KELUTILS_SETTING_KEY_BLOB)
   string(LENGTH "${${_setting}}" _length)
   if(NOT _length EQUAL 188 OR NOT "${${_setting}}" MATCHES "^[A-Za-z0-9+/]+=?=?$")
@@ -29,6 +32,12 @@ if(KELUTILS_FILE_KEY_BLOB STREQUAL _development_file_blob OR KELUTILS_SETTING_KE
   message(STATUS "KELUtils: building with development key blobs: for development only, never ship this build")
 endif()
 
-foreach(_source key_blobs service_address)
+set(_testing_path_variable "")
+if(KELUTILS_TESTING_INSTALL_PATH)
+  set(_testing_path_variable VOSK_TESTING_INSTALLPATH)
+  message(STATUS "KELUtils: the environment can name the folder of code to load (KELUTILS_TESTING_INSTALL_PATH is ON): not for customers")
+endif()
+
+foreach(_source key_blobs service_address testing_install_path)
   configure_file(${CMAKE_SOURCE_DIR}/cmake/${_source}.cpp.in ${CMAKE_BINARY_DIR}/generated/${_source}.cpp @ONLY)
 endforeach()

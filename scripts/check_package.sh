@@ -21,7 +21,7 @@ tar -c --exclude=./build --exclude=./.git . | tar -x -C "$tree"
   cd "$tree"
   umask 077
   export TZ=Asia/Tokyo LC_ALL=C.UTF-8
-  mapfile -t settings < <(cmake -N -LA "$first" | sed -n 's/^\(KELUTILS_[A-Z_]*_\(BLOB\|ADDRESS\):STRING=.*\)/-D\1/p')
+  mapfile -t settings < <(cmake -N -LA "$first" | sed -n 's/^\(KELUTILS_[A-Z_]*_\(BLOB:STRING\|ADDRESS:STRING\|INSTALL_PATH:BOOL\)=.*\)/-D\1/p')
   options=("${settings[@]}" -DKELUTILS_BUILD_TESTS=OFF -DKELUTILS_BUILD_DEVKIT=OFF)
   if [ $quick = no ]; then
     scripts/package.sh "${options[@]}"

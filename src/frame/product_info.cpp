@@ -10,15 +10,15 @@
 namespace kelcrt {
 namespace {
 
-constexpr char kTestingPathVariable[] = "VOSK_TESTING_INSTALLPATH";
 constexpr std::string_view kDefaultProductName = "Tavrin Security Agent";
 constexpr char kSetupKey[] = "SOFTWARE\\Tavrin Security\\SetupEx\\Orvane";
 constexpr char kClientSystemKey[] = "SOFTWARE\\Tavrin Security\\Orvane\\ClientSystem";
 
 }  // namespace
 
-CProductInfo::CProductInfo() {
-  if (GetEnvironmentVariableA(kTestingPathVariable, testingInstallPath_.get(), kSize) >= kSize) {
+CProductInfo::CProductInfo(const char* testingPathVariable) {
+  if (*testingPathVariable != '\0' &&
+      GetEnvironmentVariableA(testingPathVariable, testingInstallPath_.get(), kSize) >= kSize) {
     testingInstallPath_[0] = '\0';
   }
   const auto name = win::ReadTextValue(HKEY_LOCAL_MACHINE, kSetupKey, "ProductName", kSize - 1);
