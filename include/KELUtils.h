@@ -8,6 +8,9 @@
  * only during the call. A text getter takes the caller's buffer and its size in bytes; it never writes past that size
  * and copies a value only when the size is greater than the value's length, so that the terminating zero fits.
  *
+ * An INI file whose full path has 260 characters or more, and a text for an INI file that has 32,767 or more, are not
+ * passed to Windows: the write fails, and the read gives the empty text.
+ *
  * Results: an export that returns a KE_RESULT answers KE_SUCCESS or one of the codes that its comment lists. Two, the
  * tests of the uninstall password, answer 1 or 0. No exception leaves an export.
  *
@@ -47,7 +50,7 @@ enum {
   KE_BUFFER_TOO_SMALL = 1778, /**< the buffer's size is not greater than the value's length, or not positive */
   KE_NOT_CREATED = 1779, /**< no memory or no entry; a wait, or the reading of an exit code, failed; a query failed */
   KE_EXCEPTION = 1780,   /**< an exception was caught inside the export */
-  KE_NO_MODULE_DIRECTORY = 1781,   /**< the directory of KELUtils.dll is unknown */
+  KE_NO_MODULE_DIRECTORY = 1781,   /**< the directory of KELUtils.dll is unknown, or has no name in the code page */
   KE_STORE_UNUSABLE = 1782,        /**< a store or settings file cannot be opened or written, or a value is missing */
   KE_CRYPTO_NOT_LOADED = 1783,     /**< the crypto module could not be loaded */
   KE_CRYPTO_FAILED = 1784,         /**< enciphering, deciphering or an enciphered-file operation failed */

@@ -1,7 +1,4 @@
 // The exports that hand work to the launcher, to the plug-ins and to the installer helper, and their settings files.
-#include <windows.h>
-
-#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -15,6 +12,7 @@
 #include "services/immediate_update.h"
 #include "services/plugin_notification.h"
 #include "win/file.h"
+#include "win/profile.h"
 
 using frame::Export;
 using frame::ExportCall;
@@ -22,9 +20,6 @@ using frame::kAlways;
 using frame::kDetail;
 
 namespace {
-
-// Bytes. The platform makes a wide buffer of twice the size that it is told: a size beyond 2 GiB makes it overrun that.
-constexpr std::uint32_t kProfileLimit = 1 << 20;
 
 // The settings of the immediate update; empty when the module directory is unknown.
 std::string UpdateSettingsFile() {
@@ -77,8 +72,7 @@ KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, con
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
     const std::string file = UpdateSettingsFile();
     if (!file.empty() && buffer != nullptr && bufferSize != 0) {
-      const DWORD size = std::min(bufferSize, kProfileLimit);
-      GetPrivateProfileStringA(section, key, def, buffer, size, file.c_str());
+      win::ReadProfile(file.c_str(), section, key, def, buffer, bufferSize);
     }
     return KE_SUCCESS;
   });
@@ -89,7 +83,7 @@ KE_RESULT KE_API KE_SetUpdateNowConfig(const char* section, const char* key, con
     const std::string file = UpdateSettingsFile();
     // Without a section there is nothing to write, and not every platform takes that well.
     if (!file.empty() && section != nullptr && (onlyIfExists == 0 || win::Exists(file))) {
-      WritePrivateProfileStringA(section, key, value, file.c_str());
+      win::WriteProfile(file, section, key, value);
     }
     return KE_SUCCESS;
   });

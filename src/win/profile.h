@@ -1,5 +1,8 @@
-// Values of Windows profile (INI) files, by the file's full path: the platform looks for a relative one in its own
-// folder. What the platform answers is handed on unchanged.
+// Values of Windows profile (INI) files, by the file's full path: Windows looks for a relative one in its own folder.
+// Results of Windows are returned unchanged.
+//
+// A call with a text of 32,767 characters or more, or with a file whose full path has MAX_PATH or more, fails with
+// ERROR_INVALID_PARAMETER as the last-error value: Windows may crash on such texts.
 #pragma once
 
 #include <cstddef>
@@ -11,12 +14,18 @@ namespace win {
 /// `key` the whole section. True on success; a failure leaves its reason in the last-error value.
 bool WriteProfile(const std::string& file, const char* section, const char* key, const char* value) noexcept;
 
-/// The text of a value, cut at `size` - 1 characters; `fallback` when file, section or key is missing. The platform
-/// takes one pair of quotes around a value off.
+/// Stores the text of a value, cut at `size` - 1 characters; `fallback` when file, section or key is missing. Windows
+/// removes one pair of quotes around a value. A null section or key stores the list of names that Windows makes then.
+/// A call that fails stores the empty text. `size` is not 0; at most 1 MiB of it is used.
+void ReadProfile(const char* file, const char* section, const char* key, const char* fallback, char* buffer,
+                 std::size_t size) noexcept;
+
+/// The same text as a string; with a null section or key the first name.
 std::string ReadProfile(const std::string& file, const char* section, const char* key, const char* fallback,
                         std::size_t size);
 
-/// The number that a value begins with, 0 when it is none; `fallback` when file, section or key is missing.
+/// The number that a value begins with, 0 when it is none; `fallback` when file, section or key is missing, and when
+/// the call fails.
 int ReadProfileNumber(const std::string& file, const char* section, const char* key, int fallback) noexcept;
 
 }  // namespace win

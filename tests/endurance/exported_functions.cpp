@@ -104,6 +104,7 @@ std::vector<Value> Texts(const std::string& name, const std::string& folder) {
           Text("one", "\\"),
           Text("254", std::string(254, 'a')),
           Text("2048", std::string(2048, 'b')),
+          Text("32767", std::string(32767, 'd')),
           Text("70000", std::string(70000, 'c')),
           Text("formats", "%s%n%d\"]=[;\r\n\t%"),
           Text("not ASCII", other)};
