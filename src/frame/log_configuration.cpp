@@ -4,6 +4,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <limits>
+#include <span>
 
 #include "frame/decimal.h"
 
@@ -12,16 +13,12 @@ namespace {
 
 constexpr std::uint32_t kDefaultLogSize = 0x300000;
 
-// Joins the parts into a zero-terminated field; false, leaving the field empty, when they do not fit.
-template <std::size_t Size>
-bool Fill(char (&field)[Size], std::initializer_list<std::string_view> parts) noexcept {
+// Joins the parts into a zero-terminated field; false when they do not fit.
+bool Fill(std::span<char> field, std::initializer_list<std::string_view> parts) noexcept {
   std::size_t used = 0;
   for (const auto part : parts) {
-    if (part.size() >= Size - used) {
-      field[0] = '\0';
-      return false;
-    }
-    std::copy(part.begin(), part.end(), field + used);
+    if (part.size() >= field.size() - used) return false;
+    std::copy(part.begin(), part.end(), field.begin() + used);
     used += part.size();
   }
   field[used] = '\0';
@@ -42,7 +39,7 @@ std::uint32_t LogSizeFromText(const char* text) noexcept {
 
 std::optional<LogConfiguration> MakeLogConfiguration(std::string_view moduleName, std::string_view libraryDirectory,
                                                      std::string_view logDirectory, std::uint32_t level,
-                                                     std::uint32_t maximumFileSize) noexcept {
+                                                     std::uint32_t maximumFileSize, LeadByteTest isLeadByte) noexcept {
   if (moduleName.empty() || libraryDirectory.empty() || logDirectory.empty()) return std::nullopt;
   LogConfiguration record{};
   record.recordSize = sizeof record;
@@ -51,8 +48,9 @@ std::optional<LogConfiguration> MakeLogConfiguration(std::string_view moduleName
   record.maximumFileSize = maximumFileSize;
   record.fileOptionA = 1;
   record.fileOptionB = 1;
-  const std::string_view separator = logDirectory.back() == '\\' ? "" : "\\";
-  if (!Fill(record.logFilePath, {logDirectory, separator, moduleName, ".log"}) ||
+  const std::string_view separator = EndsInBackslash(logDirectory, isLeadByte) ? "" : "\\";
+  const auto logFilePath = std::span(record.logFilePath).first<sizeof LogFileSettings::path>();
+  if (!Fill(logFilePath, {logDirectory, separator, moduleName, ".log"}) ||
       !Fill(record.libraryDirectory, {libraryDirectory}) || !Fill(record.moduleName, {moduleName})) {
     return std::nullopt;
   }

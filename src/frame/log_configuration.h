@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "TvLogSys.h"
+#include "frame/paths.h"
 
 namespace frame {
 
@@ -15,7 +16,7 @@ struct LogConfiguration {
   std::uint32_t fileOutput;      // 1: lines go to the log file
   std::uint32_t debuggerOutput;  // 1: lines go to the debugger
   std::uint32_t level;
-  char logFilePath[264];
+  char logFilePath[264];          // no longer than the path of LogFileSettings
   std::uint32_t maximumFileSize;  // bytes
   std::uint32_t fileOptionA;      // at least 1
   std::uint32_t fileOptionB;
@@ -33,15 +34,15 @@ std::uint32_t LogLevelFromText(const char* text) noexcept;
 std::uint32_t LogSizeFromText(const char* text) noexcept;
 
 /// The record for a component's log file `<logDirectory>\<moduleName>.log`, file output on and debugger output off.
-/// None when a text is empty or does not fit its field: a cut path would name another file.
+/// None when a text is empty, or does not fit its field here or in LogFileSettings: a cut path would name another file.
 std::optional<LogConfiguration> MakeLogConfiguration(std::string_view moduleName, std::string_view libraryDirectory,
                                                      std::string_view logDirectory, std::uint32_t level,
-                                                     std::uint32_t maximumFileSize) noexcept;
+                                                     std::uint32_t maximumFileSize, LeadByteTest isLeadByte) noexcept;
 
 /// True for a record of the right size that names a trace library directory.
 bool IsAcceptable(const LogConfiguration& configuration) noexcept;
 
-/// The record that TvLogSys.dll takes, made of the configuration; its path is cut to the field.
+/// The record that TvLogSys.dll takes, made of the configuration.
 LogFileSettings ToFileSettings(const LogConfiguration& configuration) noexcept;
 
 static_assert(sizeof(LogFileSettings) == 276);

@@ -7,7 +7,9 @@
 #include "frame/sibling_binder.h"
 #include "frame/text.h"
 #include "frame/trace.h"
+#include "win/code_page.h"
 #include "win/last_error.h"
+#include "win/profile.h"
 
 namespace frame {
 namespace {
@@ -19,7 +21,7 @@ constexpr char kLibraryName[] = "TvLogSys.dll";
 // A text of the section LOG; `fallback` when the file or the key is missing.
 struct SettingText {
   SettingText(const char* file, const char* key, const char* fallback) noexcept {
-    GetPrivateProfileStringA("LOG", key, fallback, text, sizeof text, file);
+    win::ReadProfile(file, "LOG", key, fallback, text, sizeof text);
   }
   char text[255];
 };
@@ -44,7 +46,7 @@ int CL_LOG_SYSTEM::Configure(const char* moduleName, const char* settingsFile, c
   const SettingText level(settingsFile, "LEVELLOG", "0");
   const SettingText size(settingsFile, "LOGFILESIZE", "3072");
   const auto record = MakeLogConfiguration(moduleName, libraryDirectory, logDirectory, LogLevelFromText(level.text),
-                                           LogSizeFromText(size.text));
+                                           LogSizeFromText(size.text), win::IsLeadByte);
 
   const win::Holding hold(traceLock_);
   // Lines are written without the lock: an unchanged record is left alone.
@@ -79,7 +81,7 @@ bool CL_LOG_SYSTEM::LoadLibraryAndBind() noexcept {
 #undef KE_ROW
   char path[sizeof configuration_.libraryDirectory + sizeof kLibraryName];
   const char* directory = configuration_.libraryDirectory;
-  const bool separated = directory[std::strlen(directory) - 1] == '\\';
+  const bool separated = EndsInBackslash(directory, win::IsLeadByte);
   snprintf(path, sizeof path, "%s%s%s", directory, separated ? "" : "\\", kLibraryName);
 
   library_.Reset(LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));

@@ -1,6 +1,8 @@
 #include "frame/module.h"
 
-#include "frame/paths.h"
+#include <iterator>
+
+#include "win/code_page.h"
 
 namespace frame {
 namespace {
@@ -27,10 +29,14 @@ void DetachModule() noexcept {
 }
 
 std::string GetModuleDirectory() {
-  char name[4096];
-  const DWORD length = GetModuleFileNameA(g_module, name, sizeof name);
+  wchar_t name[4096];
+  const DWORD length = GetModuleFileNameW(g_module, name, std::size(name));
   // A name that fills the buffer was cut, and its folder would be another one.
-  return length < sizeof name ? FolderOf({name, length}) : std::string();
+  if (length == std::size(name)) return {};
+  const std::wstring_view path(name, length);
+  const auto end = path.rfind(L'\\');
+  if (end == std::wstring_view::npos) return {};
+  return win::ToCodePage(path.substr(0, end)).value_or("");
 }
 
 std::string_view KeptModuleDirectory() noexcept { return g_directory ? *g_directory : std::string_view(); }

@@ -17,11 +17,11 @@ void AttachModule(HMODULE module);
 /// Forgets the kept directory. The last call of a loaded module's life.
 void DetachModule() noexcept;
 
-/// The folder that holds the module, without a trailing backslash; empty when it cannot be told. Asked anew on every
-/// call.
+/// The folder that holds the module, without a trailing backslash. Empty when it is unknown, which it also is when its
+/// 8-bit form would stand for another folder (`win::ToCodePage`). Asked again on every call.
 std::string GetModuleDirectory();
 
-/// The copy of that text kept at attach; empty before attach, after detach and when the directory cannot be told.
+/// The copy of that text kept at attach; empty before attach, after detach and when the directory is unknown.
 std::string_view KeptModuleDirectory() noexcept;
 
 /// The global lock: guards the cached integration store, its file stamp and every read, write and repair of its files.

@@ -16,9 +16,17 @@ std::string Concatenated(std::initializer_list<std::string_view> parts) {
 
 }  // namespace
 
-std::string FolderOf(std::string_view path) {
-  const auto end = path.rfind('\\');
-  return end == std::string_view::npos ? std::string() : std::string(path.substr(0, end));
+std::size_t LastBackslash(std::string_view text, LeadByteTest isLeadByte) noexcept {
+  std::size_t last = std::string_view::npos;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] == '\\') last = at;
+    if (isLeadByte(text[at])) ++at;
+  }
+  return last;
+}
+
+bool EndsInBackslash(std::string_view text, LeadByteTest isLeadByte) noexcept {
+  return !text.empty() && LastBackslash(text, isLeadByte) == text.size() - 1;
 }
 
 std::string FileIn(std::string_view folder, std::string_view file) { return Concatenated({folder, "\\", file}); }

@@ -1,15 +1,22 @@
 // The path rule of the product: every folder is the module directory followed by a literal tail. Nothing is
-// canonicalised, so the
-// ".." reaches the platform as written.
+// canonicalised, so the ".." reaches Windows as written.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace frame {
 
-/// `path` up to its last backslash, without it; the empty text when there is none.
-std::string FolderOf(std::string_view path);
+/// True for the first byte of a character of two bytes.
+using LeadByteTest = bool (*)(char byte) noexcept;
+
+/// Where the last backslash of `text` is; npos when it has none. The second byte of a character may have the
+/// backslash's value, and is none.
+std::size_t LastBackslash(std::string_view text, LeadByteTest isLeadByte) noexcept;
+
+/// True when the last character of `text` is a backslash.
+bool EndsInBackslash(std::string_view text, LeadByteTest isLeadByte) noexcept;
 
 /// `folder` + "\" + `file`.
 std::string FileIn(std::string_view folder, std::string_view file);

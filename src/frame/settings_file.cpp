@@ -1,12 +1,12 @@
 #include "frame/settings_file.h"
 
-#include <cstring>
 #include <optional>
 
 #include "frame/module.h"
 #include "frame/paths.h"
 #include "frame/text.h"
 #include "frame/trace.h"
+#include "win/code_page.h"
 #include "win/profile.h"
 
 namespace frame {
@@ -19,7 +19,8 @@ std::optional<std::string> PathOf(const char* file) {
   const auto directory = KeptModuleDirectory();
   if (directory.empty()) return std::nullopt;
   if (IsBlank(file)) return FileIn(directory, kSettingsFile);
-  return std::strchr(file, '\\') ? std::string(file) : FileIn(directory, file);
+  const bool isPath = LastBackslash(file, win::IsLeadByte) != std::string_view::npos;
+  return isPath ? std::string(file) : FileIn(directory, file);
 }
 
 KE_RESULT Write(const char* section, const char* key, const char* value, const char* file) {

@@ -1,5 +1,6 @@
 #include "registration/standard_plugins.h"
 
+#include <cstring>
 #include <initializer_list>
 #include <span>
 #include <string>
@@ -8,6 +9,7 @@
 #include "frame/settings_file.h"
 #include "registration/token_files.h"
 #include "registration/token_text.h"
+#include "win/code_page.h"
 #include "win/file.h"
 
 namespace registration {
@@ -22,6 +24,9 @@ constexpr InstalledFile kConfigurationPlugins[] = {
 constexpr InstalledFile kUpdatePlugins[] = {{"KEAGENT", "KELSYSUD", "KelSysUd.dll"}};
 constexpr InstalledFile kUpgradePlugins[] = {{"KEAGENT", "KELSYSIN", "KelSysIn.dll"}};
 
+// Characters: with the files below it, a path has fewer than the 32,767 that Windows may crash on.
+constexpr std::size_t kLongestRoot = 32000;
+
 /// A module that hosts plug-ins: its folder, its file in there, and the plug-ins it always has.
 struct HostModule {
   const char* folder;
@@ -34,7 +39,7 @@ constexpr HostModule kUpdate{"KELUPD", "KELUPD.INI", kUpdatePlugins};
 constexpr HostModule kUpgrade{"KELUPG", "KELUPG.INI", kUpgradePlugins};
 
 KE_RESULT Register(const char* function, const HostModule& host, const char* root) {
-  const std::string installation = InstallRoot(root);
+  const std::string installation = InstallRoot(root, win::IsLeadByte);
   if (installation.empty()) return KE_MISSING_ARGUMENT;
   const std::string folder = FileIn(installation, host.folder);
   win::MakeFolder(folder);
@@ -56,6 +61,7 @@ KE_RESULT RegisterStdKelUpdPlugins(const char* root) { return Register(__func__,
 KE_RESULT RegisterStdKelUpgPlugins(const char* root) { return Register(__func__, kUpgrade, root); }
 
 KE_RESULT WriteRegistrationFiles(const char* root) {
+  if (strnlen(root, kLongestRoot + 1) > kLongestRoot) return KE_STORE_UNUSABLE;
   for (const auto write : {MkSchedulerKepLpMngToken, MkKesLpMngTokens, MkKesWdTokens, RegisterStdKelConfPlugins,
                            RegisterStdKelUpdPlugins, RegisterStdKelUpgPlugins}) {
     if (const KE_RESULT result = write(root); result != KE_SUCCESS) return result;

@@ -16,7 +16,8 @@ KE_RESULT RegisterStdKelUpdPlugins(const char* root);
 KE_RESULT RegisterStdKelUpgPlugins(const char* root);
 
 /// Writes every registration file: the token files, then the files of the host modules. Stops at the first that fails
-/// and answers with its code; the ones before it stay.
+/// and returns its code; the ones before it stay. `root` is not null; KE_STORE_UNUSABLE when it has more than 32,000
+/// characters.
 KE_RESULT WriteRegistrationFiles(const char* root);
 
 }  // namespace registration

@@ -6,6 +6,7 @@
 #include "frame/paths.h"
 #include "frame/settings_file.h"
 #include "registration/token_text.h"
+#include "win/code_page.h"
 #include "win/file.h"
 
 namespace registration {
@@ -62,7 +63,7 @@ KE_RESULT WriteWatchdogServices(const char* function, const std::string& root) {
 KE_RESULT WriteBelow(const char* function, const char* root,
                      KE_RESULT (*write)(const char* function, const std::string& root)) {
   return ExportCall(function, [&](Export& self) -> KE_RESULT {
-    const std::string folder = InstallRoot(root);
+    const std::string folder = InstallRoot(root, win::IsLeadByte);
     if (folder.empty()) return KE_MISSING_ARGUMENT;
     return write(self.name, folder);
   });

@@ -14,9 +14,9 @@ void Append(std::string& text, std::initializer_list<std::string_view> parts) {
 
 }  // namespace
 
-std::string InstallRoot(const char* folder) {
+std::string InstallRoot(const char* folder, frame::LeadByteTest isLeadByte) {
   std::string root = folder ? folder : "";
-  if (root.ends_with('\\')) root.pop_back();
+  if (frame::EndsInBackslash(root, isLeadByte)) root.pop_back();
   return root;
 }
 

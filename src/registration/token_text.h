@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 
+#include "frame/paths.h"
+
 namespace registration {
 
-/// The installation folder without one trailing backslash; empty when there is none, or nothing else in it.
-std::string InstallRoot(const char* folder);
+/// The installation folder without one trailing backslash; empty when `folder` is null, empty or a lone backslash.
+std::string InstallRoot(const char* folder, frame::LeadByteTest isLeadByte);
 
 /// A program or library below the installation folder, with the name that other programs know it by.
 struct InstalledFile {

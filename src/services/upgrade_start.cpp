@@ -9,6 +9,7 @@
 #include "registration/token_text.h"
 #include "services/message_types.h"
 #include "services/upgrade_settings.h"
+#include "win/code_page.h"
 #include "win/profile.h"
 
 namespace services {
@@ -91,7 +92,7 @@ bool UpdateOptionalFiles(const std::string& root) {
 
 KE_RESULT StartUpgrade(const char* installDir) {
   const std::string directory(installDir, strnlen(installDir, kLongestDirectory));
-  const std::string root = registration::InstallRoot(directory.c_str());
+  const std::string root = registration::InstallRoot(directory.c_str(), win::IsLeadByte);
   if (root.empty()) return KE_MISSING_ARGUMENT;
   bool good = UpdateMessages(root);
   good &= UpdateSettings(root, EventAndTokenSettings());

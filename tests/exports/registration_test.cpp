@@ -1,6 +1,9 @@
 #include <doctest/doctest.h>
 
+#include <cstring>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "exports/store_tree.h"
 #include "registration/token_text.h"
@@ -166,6 +169,67 @@ TEST_CASE("removing a plug-in of the update module: what the launcher makes of i
                            ";20;KELUtils;KE_RemovePlugin;\"Could not Run KELUPD. KELUPD Run returned code :7\"",
                            "KE_RemovePlugin;\"Could not Run KELUPD. Launcher function returned code :-3\""})
     CHECK_MESSAGE(log.find(text) != std::string::npos, text);
+}
+
+TEST_CASE(
+    "texts that Windows may crash on: of each export that hands one to a settings file, as a failed write or read") {
+  RegistrationTree with;
+  for (const char* folder : {"KesLpmng", "5"}) std::filesystem::create_directory(with.tree.Path(folder));
+  const LoadedDll& dll = with.dll;
+  const char *const s = "S", *const k = "K", *const v = "v";
+  char buffer[8];
+  struct Row {
+    const char* call;
+    KE_RESULT fits, refused;  // for 32,766 characters, and for more
+    std::function<KE_RESULT(const char* text)> make;
+  };
+  using Text = const char*;
+  const Row rows[] = {
+      {"KE_SetURLSecureServer", 0, 1782, CALL(dll, KE_SetURLSecureServer)},
+      {"KE_AddPlugin, key", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(text, "KELConf", v); }},
+      {"KE_AddPlugin, host", 1782, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(k, text, v); }},
+      {"KE_AddPlugin, value", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(k, "KELConf", text); }},
+      {"KE_RemovePlugin, key", 0, 1782, [&](Text text) { return CALL(dll, KE_RemovePlugin)(text, "KELConf"); }},
+      {"KE_RemovePlugin, host", 1782, 1782, [&](Text text) { return CALL(dll, KE_RemovePlugin)(k, text); }},
+      {"KE_SetVersion, key", 0, 1782, [&](Text text) { return CALL(dll, KE_SetVersion)(text, v); }},
+      {"KE_SetVersion, version", 0, 1782, [&](Text text) { return CALL(dll, KE_SetVersion)(k, text); }},
+      {"subscription, key", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPolicyTypeSuscription)(text, s); }},
+      {"subscription, type", 1782, 1782, [&](Text text) { return CALL(dll, KE_AddPolicyTypeSuscription)(k, text); }},
+      {"withdrawal, key", 0, 1782, [&](Text text) { return CALL(dll, KE_RemovePolicyTypeSuscription)(text, s); }},
+      {"withdrawal, type", 1782, 1782, [&](Text text) { return CALL(dll, KE_RemovePolicyTypeSuscription)(k, text); }},
+      {"KE_InitializeSystem", 1782, 1782, CALL(dll, KE_InitializeSystem)},
+      {"KE_InitializeSystemEx", 1782, 1782, [&](Text text) { return CALL(dll, KE_InitializeSystemEx)(text, text); }},
+      {"KE_UpgradeStart", 1782, 1782, CALL(dll, KE_UpgradeStart)},
+      {"update settings, section", 0, 0, [&](Text text) { return CALL(dll, KE_SetUpdateNowConfig)(text, k, v, 0); }},
+      {"update settings, key", 0, 0, [&](Text text) { return CALL(dll, KE_SetUpdateNowConfig)(s, text, v, 0); }},
+      {"update settings, value", 0, 0, [&](Text text) { return CALL(dll, KE_SetUpdateNowConfig)(s, k, text, 0); }},
+      {"reading, section", 0, 0,
+       [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)(text, k, "none", buffer, sizeof buffer); }},
+      {"reading, key", 0, 0,
+       [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)(s, text, "none", buffer, sizeof buffer); }},
+      {"reading, default", 0, 0,
+       [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)(s, "L", text, buffer, sizeof buffer); }},
+  };
+  SetCurrentDirectoryA((with.tree / "").c_str());  // names that are made of stray memory lie here
+  const auto size = [&] {
+    std::uintmax_t bytes = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(with.tree.Path(""))) {
+      bytes += entry.is_regular_file() ? entry.file_size() : 10000;
+    }
+    return bytes;
+  };
+  for (const Row& row : rows) {
+    CAPTURE(std::string(row.call));
+    CHECK(row.make(std::string(32766, 'x').c_str()) == row.fits);
+    const auto before = size();
+    for (const size_t length : {32767, 40000, 65535, 70000}) {
+      std::memset(buffer, '#', sizeof buffer);
+      CHECK(row.make(std::string(length, 'x').c_str()) == row.refused);
+      CHECK((buffer[0] == '#' || std::string_view(buffer, 3) == std::string_view("\0\0#", 3)));
+    }
+    CHECK(size() <= before + 400);  // the names of servers
+  }
+  SetCurrentDirectoryA("C:\\");
 }
 
 TEST_CASE("command gate: asks the installation state, and allows nothing when it cannot be read") {

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "support/lead_byte.h"
+
 TEST_CASE("log configuration: settings texts become level and size") {
   struct Row {
     const char* text;
@@ -21,19 +23,20 @@ TEST_CASE("log configuration: settings texts become level and size") {
 }
 
 TEST_CASE("log configuration: texts that are empty or do not fit give no record, and none is cut") {
-  const std::string fits(264 - 14,
-                         'd');  // with "\KELUtils.log" and the terminating zero, just the 264 characters of the path
-  CHECK(frame::MakeLogConfiguration("KELUtils", "C:\\C", fits, 0, 1));
-  CHECK_FALSE(frame::MakeLogConfiguration("KELUtils", "C:\\C", fits + "d", 0, 1));
-  CHECK_FALSE(frame::MakeLogConfiguration("KELUtils", std::string(261, 'd'), "C:\\A", 0, 1));
-  CHECK_FALSE(frame::MakeLogConfiguration("KELUtils", "", "C:\\A", 0, 1));
+  const auto make = [](const std::string& libraries, const std::string& logs) {
+    return frame::MakeLogConfiguration("KELUtils", libraries, logs, 20, 4096, support::IsLeadByte932);
+  };
+  const std::string fits(260 - 14, 'd');  // with "\KELUtils.log" and the terminating zero, just what the record takes
+  for (const char* more : {"d", "dd", "ddd", "dddd", "ddddd"}) CHECK_FALSE(make("C:\\C", fits + more));
+  CHECK_FALSE(make(std::string(261, 'd'), "C:\\A"));
+  CHECK_FALSE(make("", "C:\\A"));
 
-  for (const char* directory : {"C:\\A", "C:\\A\\"}) {
-    const auto made = frame::MakeLogConfiguration("KELUtils", "C:\\A\\..\\Common", directory, 20, 4096);
-    CHECK(std::string(frame::ToFileSettings(made.value()).path) == "C:\\A\\KELUtils.log");
+  for (const std::string directory : {"C:\\A", "C:\\A\\", "C:\\\x95\\", "C:\\\x95\\\\"}) {
+    const std::string path = frame::ToFileSettings(make("C:\\A\\..\\Common", directory).value()).path;
+    CHECK(path == (directory[3] == 'A' ? "C:\\A\\KELUtils.log" : "C:\\\x95\\\\KELUtils.log"));
   }
-  auto record = *frame::MakeLogConfiguration("KELUtils", "C:\\C", fits, 0, 1);
-  CHECK(frame::ToFileSettings(record).path[259] == '\0');
+  auto record = make("C:\\C", fits).value();
+  CHECK(std::string(frame::ToFileSettings(record).path) == fits + "\\KELUtils.log");
   record.recordSize = 4;
   CHECK_FALSE(frame::IsAcceptable(record));
 }

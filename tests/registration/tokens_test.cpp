@@ -4,14 +4,34 @@
 
 #include "registration/command_gate.h"
 #include "registration/token_text.h"
+#include "support/lead_byte.h"
 
 using namespace registration;
 
-TEST_CASE("token texts: every byte, and the root that they begin with") {
-  const char* roots[][2] = {{nullptr, ""},           {"", ""},           {"\\", ""},
-                            {"\\\\", "\\"},          {"C:\\A", "C:\\A"}, {"C:\\A\\", "C:\\A"},
-                            {"C:\\A\\\\", "C:\\A\\"}};
-  for (const auto& [folder, root] : roots) CHECK(InstallRoot(folder) == root);
+TEST_CASE("token texts: every byte, and the root that they begin with, also in a code page of two-byte characters") {
+  const char* roots[][2] = {{nullptr, ""},
+                            {"", ""},
+                            {"\\", ""},
+                            {"\\\\", "\\"},
+                            {"C:\\A", "C:\\A"},
+                            {"C:\\A\\", "C:\\A"},
+                            {"C:\\A\\\\", "C:\\A\\"},
+                            {"C:\\\x95\\", "C:\\\x95\\"},
+                            {"C:\\\x95\\\\", "C:\\\x95\\"}};
+  for (const auto& [folder, root] : roots) CHECK(InstallRoot(folder, support::IsLeadByte932) == root);
+  struct Row {
+    std::string text;
+    size_t last;
+    bool ends;
+  };
+  constexpr auto kNone = std::string::npos;
+  for (const Row& row : {Row{"", kNone, false}, Row{"A", kNone, false}, Row{"\\", 0, true}, Row{"A\\B", 1, false},
+                         Row{"\x95\\", kNone, false}, Row{"\x95\\\\", 2, true}, Row{"\\\x95\\B\\C", 4, false},
+                         Row{"\xA1\\", 1, true}, Row{"\x81\x95\\", 2, true}, Row{"\\\xFC", 0, false}}) {
+    CAPTURE(row.text);
+    CHECK(frame::LastBackslash(row.text, support::IsLeadByte932) == row.last);
+    CHECK(frame::EndsInBackslash(row.text, support::IsLeadByte932) == row.ends);
+  }
   CHECK(PluginTokens("C:\\A") ==
         "KELREPORT=C:\\A\\KELREPORT\\KELREPORT.dll\r\nKELSCAN=C:\\A\\KELSCAN\\KELSCAN.dll\r\n"
         "KELTASK=C:\\A\\KELTASK\\KELTASK.dll\r\nKELTEST=C:\\A\\KELTEST\\KELTEST.dll\r\n"

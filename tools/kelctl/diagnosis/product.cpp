@@ -10,6 +10,7 @@
 #include "frame/text.h"
 #include "services/plugin.h"
 #include "services/upgrade_settings.h"
+#include "win/code_page.h"
 #include "win/file.h"
 
 namespace kelctl {
@@ -32,8 +33,9 @@ void AddOnce(std::vector<ProductFile>& files, const ProductFile& file) {
 
 Product::Product(const std::string& libraryPath) {
   const std::string path = CodePageFromUtf8(libraryPath);
-  directory_ = frame::FolderOf(path);
-  library_ = path.substr(directory_.size() + 1);
+  const auto separator = frame::LastBackslash(path, win::IsLeadByte);
+  directory_ = path.substr(0, separator);
+  library_ = path.substr(separator + 1);
   if (!win::Exists(directory_)) throw LibraryError("there is no folder " + Utf8FromCodePage(directory_));
 }
 

@@ -11,6 +11,7 @@
 #include "frame/sibling_binder.h"
 #include "frame/sibling_names.h"
 #include "services/plugin.h"
+#include "win/code_page.h"
 #include "win/file.h"
 #include "win/owner.h"
 #include "win/profile.h"
