@@ -1,17 +1,15 @@
 #include "frame/plugin_registration.h"
 
-#include <windows.h>
-
+#include "frame/paths.h"
 #include "frame/plugin_reload.h"
 #include "frame/trace.h"
+#include "win/code_page.h"
 #include "win/registry.h"
 
 namespace frame {
 
 std::string PluginFolder(std::string directory) {
-  // The last character, not the last byte: that of a double-byte character may have the value of a backslash.
-  const char last = *CharPrevA(directory.c_str(), directory.c_str() + directory.size());
-  if (last != '\\' && last != '/') directory += '\\';
+  if (!EndsInBackslash(directory, win::IsLeadByte) && !directory.ends_with('/')) directory += '\\';
   return directory;
 }
 
