@@ -1,10 +1,8 @@
 // The entry point. It always reports success: a step that fails leaves the exports to answer with their codes.
 #include <windows.h>
 
-#include <cstdlib>
-#include <ctime>
-
 #include "frame/module.h"
+#include "frame/random_number.h"
 #include "frame/trace.h"
 #include "frame/windows_tables.h"
 #include "store/integra_store.h"
@@ -22,7 +20,7 @@ void Guarded(const char* failure, Step step) noexcept {
 }
 
 void Attach(HMODULE module) noexcept {
-  Guarded("Exception im process attach", [] { std::srand(static_cast<unsigned>(std::time(nullptr))); });
+  frame::SeedRandomNumbers();
   Guarded("Exception initializing Module", [&] { frame::AttachModule(module); });
   Guarded("Exception initializing Critical Section", [] { frame::IntegraLock.Create(); });
   frame::BindWindowsTables();

@@ -1,4 +1,4 @@
-// The one source of chance, so that tests can do without.
+// The one source of random numbers, which tests replace. The host's rand() and srand() are never called.
 #pragma once
 
 namespace frame {
@@ -6,10 +6,11 @@ namespace frame {
 /// A number from 0 to 32767.
 using RandomNumber = int (*)();
 
-/// Where the library takes its random numbers. Tests put a function of their own here; nothing else changes it.
-///
-/// The product's source seeds the C library's generator with the current time on each use: two numbers of the same
-/// second and thread are equal.
+/// The library's generator of random numbers; thread-safe, and not for secrets. Tests put a function of their own here;
+/// nothing else changes it.
 extern RandomNumber g_randomNumber;
+
+/// Seeds the generator from the clock and the process identifier. Called once, at process attach.
+void SeedRandomNumbers() noexcept;
 
 }  // namespace frame

@@ -57,6 +57,57 @@ TEST_CASE(
   CHECK(GetModuleHandleA("KELUtils.dll") == nullptr);
 }
 
+TEST_CASE("module directory: one that has no name in the code page is unknown, and nothing is used in its place") {
+  const StoreTree tree;
+  tree.Put("INTEGRA.DAT", WholeStore("agent"));
+  tree.tree.AddDevkit("TvLogSys.dll", "Common");
+  support::WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
+  const struct {
+    const wchar_t* folder;
+    bool known;
+    bool oem = false;  // whether the host takes file names in the OEM code page
+  } rows[] = {{L"A", true}, {L"\u00C4", true}, {L"\u00D6", false, true}, {L"\uFF21", false}, {L"\u65E5\u672C", false}};
+  const support::Folder root;
+  REQUIRE(GetACP() == 1252);
+  for (const auto& row : rows) {
+    CAPTURE(std::to_string(row.folder[0]));
+    const auto path = root.Path("") / row.folder;
+    std::filesystem::copy(tree.tree.Path("KELUtils").parent_path(), path, std::filesystem::copy_options::recursive);
+    if (row.oem) SetFileApisToOEM();
+    {
+      const LoadedDll dll(path / "KELUtils/KELUtils.dll");
+      CHECK(AgentId(dll) == (row.known ? "agent" : "(1781)"));
+      if (!row.known) {
+        // What a letter like this one is replaced by names the first folder, which stays as it is.
+        CHECK(CALL(dll, KE_SetAgentID)("other") == KE_NO_MODULE_DIRECTORY);
+        CHECK(CALL(dll, KE_AddPlugin)("K", "KELUtils", "v") == KE_NO_MODULE_DIRECTORY);
+        CHECK(CALL(dll, KE_SetURLSecureServer)("https://s") == KE_NO_MODULE_DIRECTORY);
+        CHECK(CALL(dll, KE_SetURLServer)("https://s") == KE_AGENT_NOT_LOADED);
+        CHECK(CALL(dll, KE_LaunchKEPWInst)() == KE_INSTALL_HELPER_NOT_STARTED);
+      }
+    }
+    SetFileApisToANSI();
+    CHECK(std::filesystem::exists(path / "KELUtils/KELUtils.log") == row.known);
+    std::filesystem::remove(path / "KELUtils/KELUtils.log");
+    CHECK_FALSE(std::filesystem::exists(root.Path("A/KELUtils/KELUtils.log")));
+  }
+  for (const char* file : {"KESAgent/KE_AGPRX.dat", "KELUtils/KELUtils.ini"})
+    CHECK(support::ReadFile(root.Path("A") / file) == support::ReadFile(tree.tree.Path(file)));
+}
+
+TEST_CASE("random numbers: the host's own are left alone by loading the library and by its jobs") {
+  const support::ProductTree tree;
+  std::srand(1);
+  const int first = std::rand();
+  std::srand(1);
+  {
+    const LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+    CHECK(CALL(dll, KE_SetPeriodicTask)("P", "M", "", 4, 60, 1) == KE_SCHEDULER_NOT_STARTED);
+    CHECK(CALL(dll, KE_ScheduleDefaultTasks)() == KE_INSTALL_HELPER_NOT_STARTED);
+  }
+  CHECK(std::rand() == first);
+}
+
 TEST_CASE("threads: getting and setting at once never shows a torn value") {
   const support::ProductTree tree;
   const LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
