@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "frame/export_call.h"
 #include "frame/random_number.h"
 #include "frame/text.h"
 #include "schedule/clauses.h"
@@ -12,8 +13,10 @@
 namespace schedule {
 namespace {
 
+using frame::RunStep;
+
 KE_RESULT AddThenEdit(const Job& job, const std::string& clauses) {
-  CallZumAT(AddJobCommand(job, clauses));
+  RunStep([&] { return CallZumAT(AddJobCommand(job, clauses)); });
   return CallZumAT(EditJobCommand(job, clauses));
 }
 
@@ -22,7 +25,8 @@ KE_RESULT ForBootJobs(const char* module, std::string (*command)(std::int32_t ta
   KE_RESULT result = KE_SUCCESS;
   for (const AgentTask& task : kAgentTasks) {
     if (task.kind != kBoot || _stricmp(task.module, module) != 0) continue;
-    if (const KE_RESULT ran = CallZumAT(command(task.taskId)); ran != KE_SUCCESS) result = ran;
+    const KE_RESULT ran = RunStep([&] { return CallZumAT(command(task.taskId)); });
+    if (ran != KE_SUCCESS) result = ran;
   }
   return result;
 }
@@ -36,8 +40,10 @@ KE_RESULT KE_SetTask0(const Job& job, const char* startDay, const char* startTim
 }
 
 KE_RESULT SetPeriodicTask(const Job& job, std::int32_t periodMinutes, bool randomWeekday) {
-  const KE_RESULT result = AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, frame::g_randomNumber) +
-                                                " " + MkStartTimeSpread(periodMinutes, job.taskId));
+  const KE_RESULT result = RunStep([&] {
+    return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, frame::g_randomNumber) + " " +
+                                MkStartTimeSpread(periodMinutes, job.taskId));
+  });
   const KE_RESULT activated = KE_ActivateRebootTasks(job.module);
   return activated != KE_SUCCESS ? activated : result;
 }

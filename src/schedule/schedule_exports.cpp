@@ -23,7 +23,7 @@ template <typename Set>
 KE_RESULT SetWindowedTask(const Job& job, std::int32_t periodMinutes, DayWindow window, Set set) {
   if (const KE_RESULT check = schedule::CheckWindowedTask(job, periodMinutes, window); check != KE_SUCCESS)
     return check;
-  const KE_RESULT result = set();
+  const KE_RESULT result = frame::RunStep(set);
   const KE_RESULT deactivated = schedule::KE_DeactivateRebootTasks(job.module);
   return result != KE_SUCCESS ? result : deactivated;
 }

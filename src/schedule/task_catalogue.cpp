@@ -1,5 +1,6 @@
 #include "schedule/task_catalogue.h"
 
+#include "frame/export_call.h"
 #include "frame/random_number.h"
 #include "schedule/jobs.h"
 #include "schedule/task_table.h"
@@ -10,14 +11,15 @@ namespace {
 
 constexpr double kLargestRandomNumber = 32767.0;
 
-// The last code that is not 0 of `set`, called for each task of a kind that this computer is to have.
+// The last code that is not 0 of `set`, called for each task of a kind that this computer is to have. An exception ends
+// only the task that it comes from.
 template <typename Set>
 KE_RESULT ForTasks(TaskKind kind, Set set) {
   const bool integrated = services::IsComputerIntegrated();
   KE_RESULT result = KE_SUCCESS;
   for (const AgentTask& task : kAgentTasks) {
     if (task.kind != kind || !IsScheduled(task, integrated)) continue;
-    if (const KE_RESULT done = set(task); done != KE_SUCCESS) result = done;
+    if (const KE_RESULT done = frame::RunStep([&] { return set(task); }); done != KE_SUCCESS) result = done;
   }
   return result;
 }
@@ -39,8 +41,8 @@ KE_RESULT ScheduleRebootTasks() {
 }
 
 KE_RESULT ScheduleDefaultTasks() {
-  const KE_RESULT boot = ScheduleRebootTasks();
-  const KE_RESULT periodic = SchedulePeriodicTasks();
+  const KE_RESULT boot = frame::RunStep(ScheduleRebootTasks);
+  const KE_RESULT periodic = frame::RunStep(SchedulePeriodicTasks);
   const KE_RESULT helper = KE_LaunchKEPWInst();
   if (helper != KE_SUCCESS) return helper;
   return periodic != KE_SUCCESS ? periodic : boot;

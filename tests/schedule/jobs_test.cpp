@@ -2,12 +2,14 @@
 
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "KELUtils.h"
 #include "frame/trace.h"
 #include "schedule/jobs.h"
 #include "schedule/scheduler.h"
 #include "support/agent_tree.h"
+#include "support/failing_allocation.h"
 #include "support/handles.h"
 #include "support/recorded_program.h"
 
@@ -191,6 +193,45 @@ TEST_CASE("default tasks: the jobs of a computer that is not integrated, and of 
   CHECK(helper.LateLines() == "-FORCE\n");
   helper.Remove();
   CHECK(KE_ScheduleDefaultTasks() == KE_INSTALL_HELPER_NOT_STARTED);
+}
+
+TEST_CASE("default tasks: a failed allocation costs one job at most, wherever it happens") {
+  const AgentTree tree;
+  HeldTime::random = 0;
+  const auto log = tree.Path("KELUtils/KELUtils.log");
+  bool reached = true;
+  const auto commands = [&](int failing) {  // there is no scheduler: they are only traced
+    support::g_failingAllocation = failing;
+    KE_ScheduleDefaultTasks();
+    reached = std::exchange(support::g_failingAllocation, 0) == 0;
+    const std::string lines = support::ReadFile(log);
+    std::filesystem::remove(log);
+    CHECK(lines.find(";LaunchKEPWinst;\"Function start\"") != std::string::npos);
+    int count = 0;
+    for (size_t at = 0; (at = lines.find(";CallZumAT;\"Function start\"", at)) != std::string::npos; ++at) ++count;
+    return count;
+  };
+  CHECK(commands(0) == 21);
+  int at = 1;
+  for (; reached; ++at) {
+    CAPTURE(at);
+    CHECK(commands(at) >= 19);
+  }
+  CHECK(at > 100);
+}
+
+TEST_CASE("random numbers: all from 0 to 32767, not the same ones again, and as many for each weekday") {
+  int weekdays[5] = {}, previous = -1, outside = 0, repeated = 0;
+  for (int i = 0; i < 10000; ++i) {
+    const int number = frame::g_randomNumber();
+    outside += number < 0 || number > 32767;
+    repeated += number == previous;
+    previous = number;
+    ++weekdays[number % 5];
+  }
+  CHECK(outside == 0);
+  CHECK(repeated < 10);
+  for (const int days : weekdays) CHECK((days > 1800 && days < 2200));
 }
 
 TEST_CASE("upgrade: every step runs, in order, and only the last two count") {
