@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "store/key_blobs.h"
+#include "store/codec.h"
 
 namespace bench {
 

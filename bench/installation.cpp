@@ -5,8 +5,7 @@
 #include <iterator>
 
 #include "bench/build_folder.h"
-#include "services/message_types.h"
-#include "services/upgrade_settings.h"
+#include "upgrade/settings.h"
 
 namespace bench {
 namespace {
@@ -62,7 +61,7 @@ bool HasServer(const std::string& section) {
 }
 
 const char* ServerValue(const std::string& key) {
-  return key == services::kServerKey ? "https://console.example/agents" : "https://console.example/Orvane/Services";
+  return key == upgrade::kServerKey ? "https://console.example/agents" : "https://console.example/Orvane/Services";
 }
 
 Installation::Installation() {
@@ -76,7 +75,7 @@ Installation::Installation() {
   fs::copy_file(build / "devkit" / "TvLogSys.dll", TraceLibrary());
   before_["KESAgent\\KE_AGPRX.dat"] = OldMessages();
   before_["KELUpd\\KelUpd.ini"] = OldSettings();
-  for (const auto rows : {services::EventAndTokenSettings(), services::AgentSettings(), services::ModuleSettings()}) {
+  for (const auto rows : {upgrade::EventAndTokenSettings(), upgrade::AgentSettings(), upgrade::ModuleSettings()}) {
     for (const auto& row : rows) before_[std::string(row.directory) + "\\" + row.file] = OldSettings();
   }
   for (const auto& [path, content] : before_) fs::create_directories((root_ / path).parent_path());

@@ -4,15 +4,14 @@
 #include <string_view>
 
 #include "bench/installation.h"
-#include "frame/paths.h"
-#include "services/message_types.h"
-#include "services/upgrade_settings.h"
+#include "text/paths.h"
+#include "upgrade/settings.h"
 
 namespace bench {
 namespace {
 
 using Calls = std::vector<ProfileCall>;
-using services::Change;
+using upgrade::Change;
 
 constexpr DWORD kTypeSize = 9;
 constexpr DWORD kServerSize = 512;
@@ -20,14 +19,14 @@ constexpr DWORD kServerSize = 512;
 // What is demanded
 
 void AddMessages(Calls& calls, const std::string& file) {
-  for (const auto& row : services::MessageTypes()) {
+  for (const auto& row : upgrade::MessageTypes()) {
     const auto& section = row.section;
-    calls.push_back({ProfileCall::kReadText, file, services::kTypesSection, row.message, "-1", kTypeSize});
-    if (section.written == services::Written::kEveryRun) {
-      calls.push_back({ProfileCall::kReadText, file, section.name, services::kServerKey, "-1", kServerSize});
+    calls.push_back({ProfileCall::kReadText, file, upgrade::kTypesSection, row.message, "-1", kTypeSize});
+    if (section.written == upgrade::Written::kEveryRun) {
+      calls.push_back({ProfileCall::kReadText, file, section.name, upgrade::kServerKey, "-1", kServerSize});
     }
     const bool hasServer = section.name && HasServer(section.name);
-    for (const auto& change : services::ChangesOf(row, IsListed(row.message), hasServer)) {
+    for (const auto& change : upgrade::ChangesOf(row, IsListed(row.message), hasServer)) {
       const char* const value = change.value ? change.value : ServerValue(change.key);
       if (!change.value) calls.push_back({ProfileCall::kReadText, file, change.from, change.key, "", kServerSize});
       calls.push_back({ProfileCall::kWrite, file, change.section, change.key, value});
@@ -35,7 +34,7 @@ void AddMessages(Calls& calls, const std::string& file) {
   }
 }
 
-void AddSettings(Calls& calls, const std::string& root, std::span<const services::Setting> rows) {
+void AddSettings(Calls& calls, const std::string& root, std::span<const upgrade::Setting> rows) {
   for (const auto& row : rows) {
     const std::string file = root + "\\" + row.directory + "\\" + row.file;
     if (row.change == Change::kSetWhenAbsent) {
@@ -50,7 +49,7 @@ void AddSettings(Calls& calls, const std::string& root, std::span<const services
 CallCounts g_counts;
 
 void Count(std::string_view file) {
-  const bool own = file.ends_with(frame::kSettingsFile);
+  const bool own = file.ends_with(text::kSettingsFile);
   ++(own ? g_counts.own : g_counts.others);
 }
 
@@ -89,12 +88,12 @@ void ReplaceIn(IMAGE_THUNK_DATA& slot, void* function) {
 Calls DemandedCalls(const std::string& root) {
   Calls calls;
   AddMessages(calls, root + "\\KESAgent\\KE_AGPRX.dat");
-  AddSettings(calls, root, services::EventAndTokenSettings());
-  for (const auto& row : services::OptionalFiles()) {
+  AddSettings(calls, root, upgrade::EventAndTokenSettings());
+  for (const auto& row : upgrade::OptionalFiles()) {
     calls.push_back({ProfileCall::kWrite, root + "\\KELUpd\\KelUpd.ini", "OPTIONAL_FILES", row.name, row.value});
   }
-  AddSettings(calls, root, services::AgentSettings());
-  AddSettings(calls, root, services::ModuleSettings());
+  AddSettings(calls, root, upgrade::AgentSettings());
+  AddSettings(calls, root, upgrade::ModuleSettings());
   return calls;
 }
 

@@ -6,9 +6,9 @@
 
 #include "bench/build_folder.h"
 #include "bench/measure.h"
-#include "frame/module.h"
-#include "frame/trace.h"
-#include "schedule/scheduler.h"
+#include "schedule/jobs.h"
+#include "trace/trace.h"
+#include "win/module.h"
 #include "win/owner.h"
 
 namespace {
@@ -33,17 +33,17 @@ class Product {
     fs::copy_file(bench::BuildFolder() / "bench" / "idle_program.exe", root_ / "Scheduler" / "zumat.exe",
                   fs::copy_options::overwrite_existing);
     module_.Reset(LoadLibraryW(Dll().c_str()));
-    frame::AttachModule(module_.Get());
+    win::AttachModule(module_.Get());
   }
   ~Product() {
-    frame::DetachModule();
+    win::DetachModule();
     module_.Reset();
     std::error_code ignored;
     fs::remove_all(root_, ignored);
   }
 
   std::string BareCommand() const {
-    return "\"" + frame::GetModuleDirectory() + "\\..\\Scheduler\\zumat\"" + std::string(kCommand).substr(5);
+    return "\"" + win::GetModuleDirectory() + "\\..\\Scheduler\\zumat\"" + std::string(kCommand).substr(5);
   }
 
  private:
@@ -77,7 +77,7 @@ void RunBare(const std::string& command) {
 // NOLINTNEXTLINE(bugprone-exception-escape): a measurement that cannot be made ends with the exception's text
 int main() {
   const Product product;
-  const frame::TraceScope scope;  // as in the export around it
+  const trace::TraceScope scope;  // as in the export around it
   const std::string bare = product.BareCommand();
   const auto nothing = [] {};
   const auto measured = [] {

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "frame/base64.h"
+#include "text/base64.h"
 
-using namespace frame;
+using namespace text;
 
 namespace {
 

@@ -5,10 +5,9 @@
 #include <cstring>
 #include <string>
 
+#include "agent/texts.h"
 #include "kepires/prompt.h"
-#include "schedule/clauses.h"
 #include "schedule/commands.h"
-#include "services/prompt_command.h"
 #include "zumat/command.h"
 
 namespace {
@@ -116,17 +115,17 @@ void CheckTask(std::int32_t id) {
 }
 
 void CheckPrompts(const std::string& directory, std::int32_t kind, std::int32_t number) {
-  Require(services::PromptProgram(directory) == directory + "\\..\\KESAgent\\KePIRes.exe");
+  Require(agent::PromptProgram(directory) == directory + "\\..\\KESAgent\\KePIRes.exe");
   kepires::Prompt prompt;
-  Require(!kepires::ReadSwitches(services::PromptSwitches(kind, number), prompt));
+  Require(!kepires::ReadSwitches(agent::PromptSwitches(kind, number), prompt));
   Require(prompt.kind == kind && prompt.seconds == number);
   prompt = {};
-  Require(!kepires::ReadSwitches(services::PromptSwitches(kind), prompt));
+  Require(!kepires::ReadSwitches(agent::PromptSwitches(kind), prompt));
   Require(prompt.kind == kind && !prompt.seconds);
   prompt = {};
   const auto message = static_cast<std::uint32_t>(number);
-  Require(!kepires::ReadSwitches(services::InstallDialogSwitches(message), prompt));
-  Require(prompt.kind == services::kInstallDialogPrompt && prompt.rebootMessage == message);
+  Require(!kepires::ReadSwitches(agent::InstallDialogSwitches(message), prompt));
+  Require(prompt.kind == agent::kInstallDialogPrompt && prompt.rebootMessage == message);
 }
 
 }  // namespace

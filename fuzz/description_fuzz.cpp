@@ -1,13 +1,13 @@
 // Any bytes as a resource text and its insert, parted by the first zero byte: the description is the one that is read
 // off the text character by character, and its copy ends inside its buffer.
-#include "services/description_text.h"
+#include "agent/texts.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
 
-#include "frame/text.h"
+#include "text/text.h"
 
 namespace {
 
@@ -41,12 +41,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string input(reinterpret_cast<const char*>(data), size);
   const std::size_t zero = std::min(input.find('\0'), size);
   const std::string resource = input.substr(0, zero), insert = input.substr(std::min(zero + 1, size));
-  const std::string text = services::DescriptionText(resource, insert);
-  Require(text == Expected(resource, insert).substr(0, services::kDescriptionSize - 1));
-  for (const std::size_t room : {std::size_t{1}, text.size(), text.size() + 1, services::kDescriptionSize}) {
+  const std::string text = agent::DescriptionText(resource, insert);
+  Require(text == Expected(resource, insert).substr(0, agent::kDescriptionSize - 1));
+  for (const std::size_t room : {std::size_t{1}, text.size(), text.size() + 1, agent::kDescriptionSize}) {
     if (room == 0) continue;
     std::vector<char> buffer(room, '~');  // exact, so that AddressSanitizer sees every step past it
-    frame::CopyCut(text, buffer.data(), room);
+    text::CopyCut(text, buffer.data(), room);
     Require(std::string_view(buffer.data(), std::min(text.size(), room - 1)) == text.substr(0, room - 1));
     Require(buffer[std::min(text.size(), room - 1)] == '\0');
   }

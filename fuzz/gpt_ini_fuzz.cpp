@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "gpscripts/gpt_ini.h"
+#include "policy/gpt_ini.h"
 
-using namespace gpscripts;
+using namespace policy;
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <span>
 #include <string>
 
-#include "gpscripts/scripts_ini.h"
+#include "policy/scripts_ini.h"
 
-using namespace gpscripts;
+using namespace policy;
 
 namespace {
 

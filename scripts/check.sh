@@ -4,7 +4,7 @@
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 
-checks=(include_directions sizes formatting wording links share_of_tests exports shell_scripts cppcheck clang_tidy)
+checks=(layers sizes formatting wording links share_of_tests exports shell_scripts cppcheck clang_tidy)
 [ $# -eq 0 ] || checks=("$@")
 bad=()
 for check in "${checks[@]}"; do

@@ -1,11 +1,11 @@
 // The entry point. It always reports success: a step that fails leaves the exports to answer with their codes.
 #include <windows.h>
 
-#include "frame/module.h"
-#include "frame/random_number.h"
-#include "frame/trace.h"
-#include "frame/windows_tables.h"
+#include "siblings/windows_tables.h"
 #include "store/integra_store.h"
+#include "trace/trace.h"
+#include "win/module.h"
+#include "win/random_number.h"
 
 namespace {
 
@@ -15,24 +15,24 @@ void Guarded(const char* failure, Step step) noexcept {
   try {
     step();
   } catch (...) {
-    frame::DebugTrace("%s", failure);
+    trace::DebugTrace("%s", failure);
   }
 }
 
 void Attach(HMODULE module) noexcept {
-  frame::SeedRandomNumbers();
-  Guarded("Exception initializing Module", [&] { frame::AttachModule(module); });
-  Guarded("Exception initializing Critical Section", [] { frame::IntegraLock.Create(); });
-  frame::BindWindowsTables();
+  win::SeedRandomNumbers();
+  Guarded("Exception initializing Module", [&] { win::AttachModule(module); });
+  Guarded("Exception initializing Critical Section", [] { win::IntegraLock.Create(); });
+  siblings::BindWindowsTables();
 }
 
 void Detach() noexcept {
   Guarded("Exception finalizing Module", [] {
-    frame::DetachModule();
+    win::DetachModule();
     store::DropIntegraStore();
   });
-  Guarded("Exception finalizing Critical Section", [] { frame::IntegraLock.Destroy(); });
-  frame::ReleaseWindowsTables();
+  Guarded("Exception finalizing Critical Section", [] { win::IntegraLock.Destroy(); });
+  siblings::ReleaseWindowsTables();
 }
 
 }  // namespace

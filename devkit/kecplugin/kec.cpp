@@ -6,8 +6,7 @@
 #include "kecplugin/proxy_settings.h"
 #include "logfile/shown_text.h"
 #include "plugin/plugin.h"
-#include "win/last_error.h"
-#include "win/wipe.h"
+#include "win/owner.h"
 
 static_assert(sizeof(KE_PROXY) == 776 && offsetof(KE_PROXY, user) == 261, "the record crosses module borders");
 

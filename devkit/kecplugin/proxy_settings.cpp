@@ -1,7 +1,7 @@
 #include "kecplugin/proxy_settings.h"
 
 #include "settings/own_settings.h"
-#include "win/wipe.h"
+#include "win/owner.h"
 
 namespace kec {
 namespace {

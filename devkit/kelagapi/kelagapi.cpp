@@ -6,8 +6,7 @@
 
 #include "kelagapi/call_log.h"
 #include "kelagapi/records.h"
-#include "win/last_error.h"
-#include "win/wipe.h"
+#include "win/owner.h"
 
 namespace kelagapi {
 namespace {

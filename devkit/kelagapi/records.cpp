@@ -11,7 +11,7 @@
 #include "sharedfile/module_path.h"
 #include "sharedfile/replacement.h"
 #include "sharedfile/turn.h"
-#include "win/wipe.h"
+#include "win/owner.h"
 
 namespace kelagapi {
 namespace {

@@ -8,7 +8,7 @@
 #include "kelmnapi/update_script.h"
 #include "logfile/module_log.h"
 #include "logfile/shown_text.h"
-#include "win/last_error.h"
+#include "win/owner.h"
 
 namespace kelmnapi {
 namespace {

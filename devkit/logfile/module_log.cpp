@@ -4,7 +4,7 @@
 
 #include "logfile/log_file.h"
 #include "sharedfile/module_path.h"
-#include "win/last_error.h"
+#include "win/owner.h"
 
 namespace logfile {
 namespace {

@@ -4,8 +4,7 @@
 
 #include "settings/numbers.h"
 #include "sharedfile/module_path.h"
-#include "win/last_error.h"
-#include "win/wipe.h"
+#include "win/owner.h"
 
 namespace settings {
 

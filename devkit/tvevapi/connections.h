@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "win/critical_section.h"
+#include "win/owner.h"
 
 namespace tvevapi {
 

@@ -4,7 +4,7 @@
 #include "tvevapi/call_record.h"
 #include "tvevapi/connections.h"
 #include "tvevapi/results.h"
-#include "win/last_error.h"
+#include "win/owner.h"
 
 namespace tvevapi {
 namespace {

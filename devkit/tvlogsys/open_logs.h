@@ -6,7 +6,7 @@
 
 #include "logfile/log_file.h"
 #include "results.h"
-#include "win/critical_section.h"
+#include "win/owner.h"
 
 namespace tvlogsys {
 

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "open_logs.h"
-#include "win/last_error.h"
+#include "win/owner.h"
 
 namespace tvlogsys {
 namespace {

@@ -3,17 +3,59 @@
 #include <cstring>
 #include <string>
 
-#include "frame/export_call.h"
-#include "frame/random_number.h"
-#include "frame/text.h"
-#include "schedule/clauses.h"
-#include "schedule/scheduler.h"
+#include "schedule/commands.h"
 #include "schedule/task_table.h"
+#include "siblings/programs.h"
+#include "store/accessors.h"
+#include "text/paths.h"
+#include "text/text.h"
+#include "trace/trace.h"
+#include "win/module.h"
+#include "win/random_number.h"
 
 namespace schedule {
+
 namespace {
 
-using frame::RunStep;
+using trace::kDetail;
+
+constexpr char kFunction[] = "CallZumAT";
+constexpr DWORD kWaitMilliseconds = 90000;
+
+// Where the program's name ends: at the first blank, or at a tab before it. A tab alone does not count.
+std::size_t EndOfProgram(const std::string& command) {
+  return command.find(' ') == std::string::npos ? std::string::npos : command.find_first_of(" \t");
+}
+
+win::Process StartScheduler(const std::string& program, const std::string& rest) {
+  const std::string directory = win::GetModuleDirectory();
+  const auto commandIn = [&](const std::string& folder) { return "\"" + folder + program + "\"" + rest; };
+  return siblings::StartInBackground(
+      kFunction, {commandIn(text::SiblingFolder(directory, "Scheduler")), commandIn(text::OwnFolder(directory))});
+}
+
+KE_RESULT Run(const std::string& command) {
+  if (command.empty()) return KE_MISSING_ARGUMENT;
+  const std::size_t end = EndOfProgram(command);
+  if (end == std::string::npos) return KE_BAD_SCHEDULER_COMMAND;
+  const win::Process process = StartScheduler(command.substr(0, end), command.substr(end));
+  if (!process) return KE_SCHEDULER_NOT_STARTED;
+  if (siblings::WaitForProgram(kFunction, process, kWaitMilliseconds) != WAIT_OBJECT_0) return KE_SCHEDULER_TIMEOUT;
+  const DWORD exitCode = siblings::ExitCodeOf(kFunction, process).value_or(0);
+  if (exitCode == 0) return KE_SUCCESS;
+  Trace(kDetail, kFunction, "ZumAt finished with exit code: %u", static_cast<unsigned>(exitCode));
+  return KE_SCHEDULER_FAILED;
+}
+
+}  // namespace
+
+KE_RESULT CallZumAT(const std::string& command) noexcept {
+  return trace::ExportCall(kFunction, [&](trace::Export&) { return Run(command); });
+}
+
+namespace {
+
+using trace::RunStep;
 
 KE_RESULT AddThenEdit(const Job& job, const std::string& clauses) {
   RunStep([&] { return CallZumAT(AddJobCommand(job, clauses)); });
@@ -34,29 +76,32 @@ KE_RESULT ForBootJobs(const char* module, std::string (*command)(std::int32_t ta
 }  // namespace
 
 KE_RESULT KE_SetTask0(const Job& job, const char* startDay, const char* startTime) {
-  if (frame::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
+  if (text::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
   if (startDay == nullptr || startTime == nullptr || job.taskId < 1) return KE_OUT_OF_RANGE;
   return CallZumAT(AddJobCommand(job, FixedDayClauses(startDay, startTime)));
 }
 
-KE_RESULT SetPeriodicTask(const Job& job, std::int32_t periodMinutes, bool randomWeekday) {
-  const KE_RESULT result = RunStep([&] {
-    return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, frame::g_randomNumber) + " " +
-                                MkStartTimeSpread(periodMinutes, job.taskId));
+KE_RESULT SetPeriodicTask(const Job& job, std::int32_t periodMinutes, bool randomWeekday) noexcept {
+  return trace::ExportCall("KE_SetPeriodicTask", [&](trace::Export&) -> KE_RESULT {
+    if (periodMinutes < 1 || job.taskId <= 0) return KE_OUT_OF_RANGE;
+    const KE_RESULT result = RunStep([&] {
+      return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, win::g_randomNumber) + " " +
+                                  MkStartTimeSpread(periodMinutes, job.taskId));
+    });
+    const KE_RESULT activated = KE_ActivateRebootTasks(job.module);
+    return activated != KE_SUCCESS ? activated : result;
   });
-  const KE_RESULT activated = KE_ActivateRebootTasks(job.module);
-  return activated != KE_SUCCESS ? activated : result;
 }
 
 KE_RESULT CheckWindowedTask(const Job& job, std::int32_t periodMinutes, DayWindow window) {
-  if (frame::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
+  if (text::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
   const bool inRange =
       periodMinutes > 0 && window.startMinute >= 0 && window.endMinute >= window.startMinute && job.taskId > 0;
   return inRange ? KE_SUCCESS : KE_OUT_OF_RANGE;
 }
 
 KE_RESULT KE_SetPeriodicTaskEx0(const Job& job, std::int32_t periodMinutes, DayWindow window, bool randomWeekday) {
-  return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, frame::g_randomNumber) + " " +
+  return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, win::g_randomNumber) + " " +
                               MkStartTimeRange(window.startMinute, window.endMinute));
 }
 
@@ -78,14 +123,55 @@ KE_RESULT KE_DeleteSheduledTask(std::int32_t taskId) {
 }
 
 KE_RESULT KE_ActivateRebootTasks(const char* module) {
-  if (frame::IsBlank(module)) return KE_MISSING_ARGUMENT;
+  if (text::IsBlank(module)) return KE_MISSING_ARGUMENT;
   ForBootJobs(module, ActivateJobCommand);
   return KE_SUCCESS;
 }
 
 KE_RESULT KE_DeactivateRebootTasks(const char* module) {
-  if (frame::IsBlank(module)) return KE_MISSING_ARGUMENT;
+  if (text::IsBlank(module)) return KE_MISSING_ARGUMENT;
   return ForBootJobs(module, DeactivateJobCommand);
+}
+
+namespace {
+
+constexpr double kLargestRandomNumber = 32767.0;
+
+// The last code that is not 0 of `set`, called for each task of a kind that this computer is to have. An exception ends
+// only the task that it comes from.
+template <typename Set>
+KE_RESULT ForTasks(TaskKind kind, Set set) {
+  const bool integrated = store::IsComputerIntegrated();
+  KE_RESULT result = KE_SUCCESS;
+  for (const AgentTask& task : kAgentTasks) {
+    if (task.kind != kind || !IsScheduled(task, integrated)) continue;
+    if (const KE_RESULT done = trace::RunStep([&] { return set(task); }); done != KE_SUCCESS) result = done;
+  }
+  return result;
+}
+
+}  // namespace
+
+KE_RESULT SchedulePeriodicTasks() {
+  return ForTasks(kPeriodic, [](const AgentTask& task) {
+    return SetPeriodicTask({task.program, task.module, task.arguments, task.taskId}, PeriodMinutes(task), task.option);
+  });
+}
+
+KE_RESULT ScheduleRebootTasks() {
+  const double fraction = win::g_randomNumber() / kLargestRandomNumber;
+  return ForTasks(kBoot, [&](const AgentTask& task) {
+    return KE_SetRebootTask({task.program, task.module, task.arguments, task.taskId}, DelaySeconds(task, fraction),
+                            task.option);
+  });
+}
+
+KE_RESULT ScheduleDefaultTasks() {
+  const KE_RESULT boot = trace::RunStep(ScheduleRebootTasks);
+  const KE_RESULT periodic = trace::RunStep(SchedulePeriodicTasks);
+  const KE_RESULT helper = siblings::LaunchInstallHelper();
+  if (helper != KE_SUCCESS) return helper;
+  return periodic != KE_SUCCESS ? periodic : boot;
 }
 
 }  // namespace schedule

@@ -42,15 +42,11 @@ enum class TextRefused {
   kNone,  // null stores the empty text
 };
 
-/// Which value of the plug-ins a setter changes: after a successful write they are told.
-enum class PluginValue { kNone, kUser, kPassword, kDeviceId };
-
 struct TextSetter {
   std::string_view exportName;
   const char* section;
   const char* key;
   TextRefused refused;
-  PluginValue told = PluginValue::kNone;
 };
 
 inline constexpr TextSetter kTextSetters[] = {
@@ -59,10 +55,10 @@ inline constexpr TextSetter kTextSetters[] = {
     {"KE_SetServerDate", "INTEGRATION", "ServerDate", TextRefused::kNullOrEmpty},
     {"KE_SetContainer", "INTEGRATION", "CONTAINER", TextRefused::kNullOrEmpty},
     {"KE_SetCustomerId", "INTEGRATION", "CUSTOMER", TextRefused::kNull},
-    {"KE_SetDeviceID", "INTEGRATION", "DEVICEID", TextRefused::kNull, PluginValue::kDeviceId},
+    {"KE_SetDeviceID", "INTEGRATION", "DEVICEID", TextRefused::kNull},
     {"KE_SetCertificate", "INTEGRATION", "CERTIFICATE", TextRefused::kNull},
-    {"KE_SetUserRCM", "AGENTRCM", "USER", TextRefused::kNull, PluginValue::kUser},
-    {"KE_SetPasswordRCM", "AGENTRCM", "PASSWORD", TextRefused::kNull, PluginValue::kPassword},
+    {"KE_SetUserRCM", "AGENTRCM", "USER", TextRefused::kNull},
+    {"KE_SetPasswordRCM", "AGENTRCM", "PASSWORD", TextRefused::kNull},
     {"KE_SetLastErrorParam", "INSTALL", "LastErrorParam", TextRefused::kNone},
     {"KE_SetUninstallPass", "UNINSTALL", "PASSWORD", TextRefused::kNull},
 };

@@ -1,20 +1,22 @@
 #include "store/accessors.h"
 
+#include <cstddef>
+#include <cstdio>
 #include <string>
 
-#include "frame/decimal.h"
-#include "frame/export_call.h"
-#include "frame/text.h"
-#include "services/plugin_notification.h"
 #include "store/ini_store.h"
 #include "store/integra_store.h"
+#include "store/setting_codec.h"
 #include "store/store_lock.h"
+#include "text/text.h"
+#include "trace/trace.h"
 
 namespace store {
+
 namespace {
 
-using frame::Export;
-using frame::ExportCall;
+using trace::Export;
+using trace::ExportCall;
 
 // Restores the store from the backup and then from the start copy, until it has the value of a row, and copies that.
 KE_RESULT CopyRestored(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
@@ -24,7 +26,7 @@ KE_RESULT CopyRestored(const TextGetter& row, const Export& self, char* buffer, 
   }
   const bool hadBackup = static_cast<bool>(backup);
   const StoreOrCode start = RestoreIntegraDatEx();
-  if (!start && !hadBackup) Trace(frame::kDetail, self.name, "Could not open Restored File Integra.dat");
+  if (!start && !hadBackup) Trace(trace::kDetail, self.name, "Could not open Restored File Integra.dat");
   const auto value = start ? FindValue(*start, row.section, row.key) : std::nullopt;
   return value ? CopyOut(*value, buffer, size) : KE_RESULT{KE_STORE_UNUSABLE};
 }
@@ -73,14 +75,14 @@ KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std:
 // A decimal number of the store; 0 when it is missing.
 std::int32_t NumberOf(const IniStore& store, const char* section, const char* key) {
   const auto text = FindValue(store, section, key);
-  return text ? frame::DecimalFromText(std::string(*text).c_str()) : 0;
+  return text ? text::DecimalFromText(std::string(*text).c_str()) : 0;
 }
 
 // Reads the certificate and traces whether that worked. On the way the certificate's getter restores a damaged store.
 void CheckIntegrity() {
   char certificate[512] = {};
   const bool present = GetText(RowOf(kTextGetters, "KE_GetCertificate"), certificate, 510) == KE_SUCCESS;
-  Trace(frame::kDetail, __func__, present ? "CheckIntegrity ok" : "CheckIntegrity failed");
+  Trace(trace::kDetail, __func__, present ? "CheckIntegrity ok" : "CheckIntegrity failed");
 }
 
 // Runs `work` to change the store, after the integrity check.
@@ -94,28 +96,13 @@ KE_RESULT CheckAndUpdate(Work work) {
 bool IsRefused(const char* text, TextRefused refused) noexcept {
   switch (refused) {
     case TextRefused::kNullOrEmpty:
-      return frame::IsBlank(text);
+      return text::IsBlank(text);
     case TextRefused::kNull:
       return text == nullptr;
     case TextRefused::kNone:
       return false;
   }
   return true;
-}
-
-// Tells the plug-ins about a changed value.
-KE_RESULT TellPlugins(PluginValue value, const char* text) {
-  switch (value) {
-    case PluginValue::kUser:
-      return services::NotificarUserRCM(text);
-    case PluginValue::kPassword:
-      return services::NotificarPasswordRCM(text);
-    case PluginValue::kDeviceId:
-      return services::NotificarDeviceID(text);
-    case PluginValue::kNone:
-      break;
-  }
-  return KE_SUCCESS;
 }
 
 }  // namespace
@@ -133,7 +120,7 @@ KE_RESULT SetAndSave(IniStore& store, const char* section, const char* key, std:
 
 KE_RESULT CopyOut(std::string_view value, char* buffer, std::int32_t size) noexcept {
   if (size <= 0 || static_cast<std::size_t>(size) <= value.size()) return KE_BUFFER_TOO_SMALL;
-  frame::CopyCut(value, buffer, static_cast<std::size_t>(size));
+  text::CopyCut(value, buffer, static_cast<std::size_t>(size));
   return KE_SUCCESS;
 }
 
@@ -146,16 +133,12 @@ KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexce
 }
 
 KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
-  return ExportCall(row.exportName.data(), [&](Export& self) -> KE_RESULT {
-    if (IsRefused(text, row.refused)) return KE_MISSING_ARGUMENT;
-    const KE_RESULT result = StoreText(row.section, row.key, text ? text : "");
-    if (result == KE_SUCCESS && row.told != PluginValue::kNone) {
-      const KE_RESULT told =
-          frame::RunStep([&] { return TellPlugins(row.told, text); });  // without the lock: a plug-in may call back
-      Trace(frame::kDetail, self.name, "Plug-ins notified. Return code (%i)", static_cast<int>(told));
-    }
-    return result;
-  });
+  return ExportCall(row.exportName.data(), [&](Export&) { return StoreText(row, text); });
+}
+
+KE_RESULT StoreText(const TextSetter& row, const char* text) {
+  if (IsRefused(text, row.refused)) return KE_MISSING_ARGUMENT;
+  return StoreText(row.section, row.key, text ? text : "");
 }
 
 KE_RESULT StoreText(const char* section, const char* key, const char* text) {
@@ -172,17 +155,84 @@ KE_RESULT GetNumber(const char* exportName, const char* section, const char* key
   });
 }
 
-KE_RESULT StoreInstallState(std::int32_t state, bool onlyForward) {
-  return CheckAndUpdate([&](IniStore& store) -> KE_RESULT {
-    if (onlyForward && state <= NumberOf(store, "INSTALL", "State")) return KE_SUCCESS;
-    return SetAndSave(store, "INSTALL", "State", std::to_string(state));
+KE_RESULT GetInstallState(std::int32_t* state) noexcept {
+  return GetNumber("KE_GetInstallState", "INSTALL", "State", state);
+}
+
+KE_RESULT SetInstallState(const std::int32_t* state, bool onlyForward) noexcept {
+  return ExportCall("KE_SetInstallState", [&](Export&) -> KE_RESULT {
+    if (state == nullptr) return KE_MISSING_ARGUMENT;
+    return CheckAndUpdate([&](IniStore& store) -> KE_RESULT {
+      if (onlyForward && *state <= NumberOf(store, "INSTALL", "State")) return KE_SUCCESS;
+      return SetAndSave(store, "INSTALL", "State", std::to_string(*state));
+    });
   });
 }
 
-KE_RESULT ReadIntegrated(std::int32_t* integrated) {
+KE_RESULT IsIntegrated(std::int32_t* integrated) noexcept {
+  return ExportCall("KE_IsIntegrated", [&](Export&) -> KE_RESULT {
+    if (integrated == nullptr) return KE_MISSING_ARGUMENT;
+    return ReadStore([&](const IniStore& store) -> KE_RESULT {
+      *integrated = FindValue(store, "INTEGRATION", "Date") && FindValue(store, "INTEGRATION", "DEVICEID") ? 1 : 0;
+      return KE_SUCCESS;
+    });
+  });
+}
+
+bool IsComputerIntegrated() noexcept {
+  std::int32_t integrated = 0;
+  return IsIntegrated(&integrated) == KE_SUCCESS && integrated != 0;
+}
+
+}  // namespace store
+
+static_assert(sizeof(KE_TIME) == 24 && offsetof(KE_TIME, seconds) == 0 && offsetof(KE_TIME, minutes) == 4 &&
+              offsetof(KE_TIME, hours) == 8 && offsetof(KE_TIME, day) == 12 && offsetof(KE_TIME, month) == 16 &&
+              offsetof(KE_TIME, year) == 20);
+namespace store {
+
+namespace {
+
+constexpr std::size_t kDateSize = 40;  // characters, with the terminating zero; a longer date is cut
+constexpr std::int64_t kFirstYear = 1900;
+
+// Empties a value and writes the store. KE_SUCCESS, with nothing written, when there is none.
+KE_RESULT ClearValue(IniStore& store, const char* section, const char* key) {
+  return FindValue(store, section, key) ? SetAndSave(store, section, key, {}) : KE_RESULT{KE_SUCCESS};
+}
+
+}  // namespace
+
+KE_RESULT Integrate(const KE_TIME& time) {
+  char date[kDateSize] = {};
+  // 64 bits: fields out of their range must not overflow.
+  snprintf(date, sizeof date, "%.4lli-%.2lli-%.2i %.2i:%.2i:%.2i", static_cast<long long>(kFirstYear + time.year),
+           static_cast<long long>(std::int64_t{time.month} + 1), static_cast<int>(time.day),
+           static_cast<int>(time.hours), static_cast<int>(time.minutes), static_cast<int>(time.seconds));
+  return StoreText("INTEGRATION", "Date", date);
+}
+
+KE_RESULT DeIntegrate() {
+  return UpdateStore([](IniStore& store) -> KE_RESULT {
+    const KE_RESULT date = ClearValue(store, "INTEGRATION", "Date");
+    const KE_RESULT device = ClearValue(store, "INTEGRATION", "DEVICEID");
+    return date != KE_SUCCESS && device != KE_SUCCESS ? KE_STORE_UNUSABLE : KE_SUCCESS;
+  });
+}
+
+KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size) {
   return ReadStore([&](const IniStore& store) -> KE_RESULT {
-    *integrated = FindValue(store, "INTEGRATION", "Date") && FindValue(store, "INTEGRATION", "DEVICEID") ? 1 : 0;
-    return KE_SUCCESS;
+    if (const auto stored = FindValue(store, "AGENTRCM", "PASSWORD")) return CopyDeciphered(*stored, buffer, size);
+    buffer[0] = '\0';
+    return KE_STORE_UNUSABLE;
+  });
+}
+
+KE_RESULT ReadUninstallPassword(const char* function, PasswordCopy copy, char* buffer, std::int32_t size) {
+  return ReadStore([&](const IniStore& store) -> KE_RESULT {
+    if (const auto stored = FindValue(store, "UNINSTALL", "PASSWORD")) return copy(*stored, buffer, size);
+    Trace(trace::kDetail, function, "Could not open Restored File Integra.dat");
+    return KE_STORE_UNUSABLE;
   });
 }
 

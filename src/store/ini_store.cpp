@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
-#include "frame/text.h"
+#include "text/text.h"
 
 namespace store {
+
 namespace {
 
 // Bounds of the room that a section of a text gets at first.
@@ -17,7 +18,7 @@ bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 template <typename Elements, typename Name>
 auto FindNamed(Elements& elements, Name name, std::string_view wanted) noexcept {
   const auto found =
-      std::ranges::find_if(elements, [&](const auto& element) { return frame::SameName(element.*name, wanted); });
+      std::ranges::find_if(elements, [&](const auto& element) { return text::SameName(element.*name, wanted); });
   return found == elements.end() ? nullptr : &*found;
 }
 
@@ -171,6 +172,12 @@ void ParseIni(std::string_view text, IniStore& store) {
     const std::string_view value = rest.RestOfLine();
     if (!store.sections.empty()) store.sections.back().entries.push_back({key, value});
   }
+}
+
+std::string_view UpToZero(std::string_view bytes) noexcept { return bytes.substr(0, bytes.find('\0')); }
+
+bool IsMarked(std::string_view content) noexcept {
+  return UpToZero(content).size() > kMarker.size() && text::SameName(content.substr(0, kMarker.size()), kMarker);
 }
 
 }  // namespace store

@@ -7,27 +7,27 @@
 #include <string>
 #include <utility>
 
-#include "frame/module.h"
-#include "frame/paths.h"
-#include "frame/replace_file.h"
-#include "frame/trace.h"
-#include "store/store_file.h"
+#include "store/codec.h"
 #include "store/store_lock.h"
-#include "win/critical_section.h"
+#include "text/paths.h"
+#include "trace/trace.h"
 #include "win/file.h"
+#include "win/module.h"
+#include "win/owner.h"
 #include "win/profile.h"
+#include "win/replace_file.h"
 
 namespace store {
 
 namespace {
 
-using frame::kDetail;
-using frame::kInfo;
-using frame::Trace;
+using trace::kDetail;
+using trace::kInfo;
+using trace::Trace;
 
 constexpr char kReading[] = "ReadIntegraDat", kWriting[] = "WriteIntegraDat";
 
-// All of this is guarded by frame::IntegraLock.
+// All of this is guarded by win::IntegraLock.
 
 // The cached store; null until the first successful load.
 IniStore* IntegraStore = nullptr;
@@ -45,14 +45,14 @@ class StorePaths {
  public:
   explicit StorePaths(std::string_view directory) noexcept : directory_(directory) {}
 
-  std::string CryptoFolder() const { return frame::OwnFolder(directory_); }
+  std::string CryptoFolder() const { return text::OwnFolder(directory_); }
   std::string Live() const { return InAgentFolder("INTEGRA.DAT"); }
   std::string Backup() const { return InAgentFolder("INTEGRA.BAK"); }
   std::string Start() const { return InAgentFolder("INTEGRA.START"); }
-  std::string Policies() const { return frame::SiblingFolder(directory_, "KELSysCf") + "KelSysCf.dat"; }
+  std::string Policies() const { return text::SiblingFolder(directory_, "KELSysCf") + "KelSysCf.dat"; }
 
  private:
-  std::string InAgentFolder(const char* file) const { return frame::SiblingFolder(directory_, "KESAgent") + file; }
+  std::string InAgentFolder(const char* file) const { return text::SiblingFolder(directory_, "KESAgent") + file; }
 
   std::string_view directory_;
 };
@@ -222,7 +222,7 @@ bool MayBeLastGoodCopy(const std::string& path, const StorePaths& paths) {
 // Once in a process: leftovers are of processes that were killed, and so there are few.
 void RemoveLeftoversOnce(const StorePaths& paths) {
   if (std::exchange(g_leftoversRemoved, true)) return;
-  for (const std::string& path : {paths.Live(), paths.Backup(), paths.Start()}) frame::RemoveLeftovers(path);
+  for (const std::string& path : {paths.Live(), paths.Backup(), paths.Start()}) win::RemoveLeftovers(path);
 }
 
 KE_RESULT WriteUnderLock(const StorePaths& paths) {
@@ -238,7 +238,7 @@ KE_RESULT WriteUnderLock(const StorePaths& paths) {
   const bool keepBackup = g_readDamaged && MayBeLastGoodCopy(backup, paths);
   RemoveLeftoversOnce(paths);
   win::FileStatus like = IntegraFileStatus.exists ? IntegraFileStatus : win::StatusOf(live);
-  const frame::Replaced replaced = ReplaceContent(live, content.bytes, like, kWriting);
+  const win::Replaced replaced = ReplaceContent(live, content.bytes, like, kWriting);
   if (!replaced.opened) return KE_STORE_UNUSABLE;
   TraceWritten(content, replaced.written, replaced.complete, kWriting);
   if (content.form == TextForm::kPlainAfterFailure) return KE_CRYPTO_FAILED;
@@ -254,11 +254,11 @@ KE_RESULT WriteUnderLock(const StorePaths& paths) {
 // Runs `operation(paths)` with IntegraLock held; an exception is traced and passed on.
 template <typename Operation>
 auto WithIntegraLock(const char* function, Operation operation) -> decltype(operation(std::declval<StorePaths>())) {
-  const auto directory = frame::KeptModuleDirectory();
+  const auto directory = win::KeptModuleDirectory();
   if (directory.empty()) return {KE_NO_MODULE_DIRECTORY};
   try {
     const StorePaths paths(directory);
-    const win::Holding hold(frame::IntegraLock);
+    const win::Holding hold(win::IntegraLock);
     return operation(paths);
   } catch (...) {
     Trace(kDetail, function, "Exception raised");
@@ -325,7 +325,7 @@ KE_RESULT KeepAsStartCopy(const char* function) {
 }
 
 void DropIntegraStore() noexcept {
-  const win::Holding hold(frame::IntegraLock);
+  const win::Holding hold(win::IntegraLock);
   ReplaceStore(nullptr);
 }
 

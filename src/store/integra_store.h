@@ -7,7 +7,7 @@
 
 namespace store {
 
-/// The current store, or the code of the failure to read it. The store is valid while frame::IntegraLock is held, until
+/// The current store, or the code of the failure to read it. The store is valid while win::IntegraLock is held, until
 /// it is read again.
 class StoreOrCode {
  public:
@@ -25,7 +25,7 @@ class StoreOrCode {
   KE_RESULT failure_ = KE_EXCEPTION;
 };
 
-/// Work on the current store, with frame::IntegraLock held.
+/// Work on the current store, with win::IntegraLock held.
 using StoreWork = KE_RESULT (*)(void* context, IniStore& store);
 
 /// Reads the store and runs `work` on it. The cached store is kept while the file's last-write time is unchanged; else

@@ -8,17 +8,17 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/base64.h"
-#include "frame/crypto.h"
-#include "frame/module.h"
-#include "frame/paths.h"
-#include "frame/trace.h"
-#include "store/cipher.h"
-#include "store/enciphered_text.h"
-#include "store/key_blobs.h"
-#include "win/wipe.h"
+#include "siblings/modules.h"
+#include "store/codec.h"
+#include "store/ini_store.h"
+#include "text/base64.h"
+#include "text/paths.h"
+#include "trace/trace.h"
+#include "win/module.h"
+#include "win/owner.h"
 
 namespace store {
+
 namespace {
 
 constexpr std::uint32_t kTextFlags = 0;       // padding and line breaks
@@ -28,13 +28,13 @@ constexpr std::size_t kLargestBlock = PaddedLength(kUtf8Limit + 1);
 
 // The modules of the library's own directory; without a directory nothing is searched.
 bool LoadSettingCrypto() {
-  const auto directory = frame::KeptModuleDirectory();
-  return frame::LoadCrypto(directory.empty() ? nullptr : frame::OwnFolder(directory).c_str());
+  const auto directory = win::KeptModuleDirectory();
+  return siblings::LoadCrypto(directory.empty() ? nullptr : text::OwnFolder(directory).c_str());
 }
 
 bool LoadSettingCryptoTraced(const char* function) {
   const bool loaded = LoadSettingCrypto();
-  if (!loaded) Trace(frame::kAlways, function, "Could not load ApiCrFunctions");
+  if (!loaded) Trace(trace::kAlways, function, "Could not load ApiCrFunctions");
   return loaded;
 }
 
@@ -57,7 +57,7 @@ enum class Failure { kReported, kIgnored };
 KE_RESULT Decipher(std::string_view text, Failure failure, char* buffer, std::int32_t size) {
   const auto textLength = static_cast<std::int32_t>(text.size());
   std::int32_t length = 0;
-  frame::Base64DecodeText(text.data(), textLength, nullptr, &length);
+  text::Base64DecodeText(text.data(), textLength, nullptr, &length);
   std::vector<char> bytes;
   try {
     bytes.resize(static_cast<std::size_t>(length) + 1);
@@ -65,7 +65,7 @@ KE_RESULT Decipher(std::string_view text, Failure failure, char* buffer, std::in
     return KE_NOT_CREATED;
   }
   const win::WipeAtEnd wipe(bytes.data(), bytes.size());
-  frame::Base64DecodeText(text.data(), textLength, bytes.data(), &length);
+  text::Base64DecodeText(text.data(), textLength, bytes.data(), &length);
   const std::int32_t error = DecryptBufferInPlace(bytes.data(), static_cast<std::size_t>(length), kSettingKeyBlob);
   if (error != 0 && failure == Failure::kReported) return static_cast<KE_RESULT>(error);
   if (size <= length + 1) return KE_BUFFER_TOO_SMALL;
@@ -82,7 +82,7 @@ KE_RESULT EncryptSetting(const char* text, std::int32_t textLength, char* output
   const win::WipeAtEnd wipe(block, sizeof block);
   const std::size_t length = PaddedLength(PutUtf8(text, textLength, block) + 1);
   const auto blockLength = static_cast<std::int32_t>(length);
-  const std::int32_t required = frame::Base64RequiredLength(blockLength, kTextFlags);
+  const std::int32_t required = text::Base64RequiredLength(blockLength, kTextFlags);
   if (output == nullptr) {
     *outputSize = required;
     return KE_BUFFER_TOO_SMALL;
@@ -90,14 +90,16 @@ KE_RESULT EncryptSetting(const char* text, std::int32_t textLength, char* output
   const std::int32_t error = EncryptBufferInPlace(block, length, kSettingKeyBlob);
   if (error != 0) return static_cast<KE_RESULT>(error);
   if (*outputSize < required) return KE_BUFFER_TOO_SMALL;
-  frame::Base64EncodeText(block, blockLength, output, outputSize, kTextFlags);
+  text::Base64EncodeText(block, blockLength, output, outputSize, kTextFlags);
   return KE_SUCCESS;
 }
 
-KE_RESULT DecryptSetting(char* buffer, std::int32_t size) {
-  if (!LoadSettingCryptoTraced("KE_DecryptSetting")) return KE_CRYPTO_NOT_LOADED;
-  if (buffer == nullptr) return KE_MISSING_ARGUMENT;
-  return Decipher(buffer, Failure::kReported, buffer, size);
+KE_RESULT DecryptSetting(char* buffer, std::int32_t size) noexcept {
+  return trace::ExportCall("KE_DecryptSetting", [&](trace::Export&) -> KE_RESULT {
+    if (!LoadSettingCryptoTraced("KE_DecryptSetting")) return KE_CRYPTO_NOT_LOADED;
+    if (buffer == nullptr) return KE_MISSING_ARGUMENT;
+    return Decipher(buffer, Failure::kReported, buffer, size);
+  });
 }
 
 KE_RESULT CopyDeciphered(std::string_view stored, char* buffer, std::int32_t size) {

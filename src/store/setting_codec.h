@@ -12,8 +12,8 @@ namespace store {
 /// The body of KE_EncryptSetting, with its codes. The plain setting is wiped from the memory it was copied to.
 KE_RESULT EncryptSetting(const char* text, std::int32_t textLength, char* output, std::int32_t* outputSize);
 
-/// The body of KE_DecryptSetting, with its codes. The result stays in UTF-8.
-KE_RESULT DecryptSetting(char* buffer, std::int32_t size);
+/// KE_DecryptSetting(), under its trace name. The result stays in UTF-8.
+KE_RESULT DecryptSetting(char* buffer, std::int32_t size) noexcept;
 
 /// Deciphers a stored setting into `buffer`. A failure to bind the crypto module or to decipher is not reported: what
 /// base64 decoding gave is then taken as the text. KE_SUCCESS; KE_BUFFER_TOO_SMALL when the size is not greater than

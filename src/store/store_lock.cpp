@@ -4,12 +4,13 @@
 
 #include <string>
 
-#include "frame/module.h"
-#include "frame/paths.h"
-#include "frame/trace.h"
-#include "frame/waiting.h"
+#include "text/paths.h"
+#include "trace/trace.h"
+#include "win/module.h"
+#include "win/process.h"
 
 namespace store {
+
 namespace {
 
 using Attempt = win::InterprocessLock::Attempt;
@@ -48,25 +49,25 @@ StoreLock::~StoreLock() {
 }
 
 void StoreLock::Acquire() {
-  const auto directory = frame::KeptModuleDirectory();
+  const auto directory = win::KeptModuleDirectory();
   if (directory.empty()) return;
-  const std::string folder = frame::SiblingFolder(directory, "KESAgent");
+  const std::string folder = text::SiblingFolder(directory, "KESAgent");
   const std::string path = folder + "INTEGRA.LCK", live = folder + "INTEGRA.DAT";
   const DWORD longest = LongestWait(), begin = GetTickCount();
   lock_.emplace();
   const auto tryAcquire = [&] { return lock_->TryAcquire(path, live, folder); };
   Attempt attempt = tryAcquire();
   while (attempt == Attempt::kBusy && GetTickCount() - begin < longest) {
-    frame::Pause(kPause);
+    win::Pause(kPause);
     attempt = tryAcquire();
   }
   if (attempt == Attempt::kHeld) return;
   if (attempt == Attempt::kUnavailable) {
-    Trace(frame::kDetail, "StoreLock", "The lock of the store cannot be used [File = %s] - Error %d", path.c_str(),
+    Trace(trace::kDetail, "StoreLock", "The lock of the store cannot be used [File = %s] - Error %d", path.c_str(),
           static_cast<int>(GetLastError()));
   } else if (longest != 0) {
     g_vainWait = GetTickCount();
-    Trace(frame::kDetail, "StoreLock", "Waited in vain for the lock of the store [File = %s]", path.c_str());
+    Trace(trace::kDetail, "StoreLock", "Waited in vain for the lock of the store [File = %s]", path.c_str());
   }
   lock_.reset();  // not while the scope runs without it
 }

@@ -3,13 +3,13 @@
 
 #include <optional>
 
-#include "win/critical_section.h"
 #include "win/interprocess_lock.h"
+#include "win/owner.h"
 
 namespace store {
 
 /// Keeps other processes, and other threads of this one, from changing the store's files for the scope. Always acquired
-/// before frame::IntegraLock, which is not held while waiting, so that getters go on meanwhile.
+/// before win::IntegraLock, which is not held while waiting, so that getters go on meanwhile.
 ///
 /// Waits for other processes for up to five seconds; then the scope runs without the lock between processes, and
 /// the last write wins. After waiting in vain the process does not wait again for a minute. Inside another such scope

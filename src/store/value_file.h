@@ -1,11 +1,35 @@
-// Single values of enciphered INI files that other programs keep.
+// Enciphered INI files: whole stores read from and written to a path of the caller's.
 #pragma once
 
 #include <cstdint>
 
 #include "KELUtils.h"
+#include "store/ini_store.h"
 
 namespace store {
+
+/// Results of the two file operations.
+enum FileResult : std::int32_t {
+  kFileDone = 0,
+  kFileNoMemory = 1,         // reading: no buffer for the content
+  kFileNotOpened = 2,        // not opened or not created; reading: fewer bytes than the file holds
+  kFileCryptoNotLoaded = 3,  // reading: the file is enciphered and the crypto module cannot be loaded
+  kFileCipherFailed = 5,     // deciphering failed; writing: enciphering failed and the text was written plain
+  kFileNoStore = 6,          // no store given
+};
+
+/// Appends the sections and entries of the file at `path` to the store. A missing file is created empty and is a
+/// success. A file that cannot be deciphered is not altered. The crypto module comes from the product's Common folder.
+///
+/// Takes no lock: callers that share a store hold their own. Throws when memory runs out.
+FileResult ReadEncryptedFile(const char* path, IniStore* store);
+
+/// Replaces the file at `path` in one step (`ReplaceContent`) by the text of the store: enciphered, or plain when the
+/// crypto module cannot be loaded. A full disk is kFileDone too, and leaves the old content. When memory runs out while
+/// enciphering, the file is left empty and the result is kFileDone.
+FileResult WriteEncryptedFile(const char* path, const IniStore* store);
+
+// Single values of enciphered INI files that other programs keep.
 
 /// The bodies of KE_GetEncryptedFileValue and KE_SetEncryptedFileValue, with their codes. Section and key are cut at
 /// 255 characters.

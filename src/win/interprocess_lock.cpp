@@ -1,10 +1,10 @@
 #include "win/interprocess_lock.h"
 
-#include "win/access_rights.h"
 #include "win/file.h"
-#include "win/last_error.h"
+#include "win/owner.h"
 
 namespace win {
+
 namespace {
 
 // The bytes of the file. The holder has the first one; whoever is first in the queue has the second, and so nobody

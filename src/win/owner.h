@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -52,5 +53,77 @@ using MutexHandle = Owner<HANDLE, &CloseHandle, 0>;
 using FindHandle = Owner<HANDLE, &FindClose, -1>;
 using RegistryKey = Owner<HKEY, &RegCloseKey, 0>;
 using ModuleHandle = Owner<HMODULE, &FreeLibrary, 0>;
+
+// Keeps the calling thread's last-error value over a scope.
+
+/// Restores the last-error value at the end of the scope, so that what happens inside leaves no trace in it.
+class KeptLastError {
+ public:
+  KeptLastError() noexcept : error_(GetLastError()) {}
+  ~KeptLastError() { SetLastError(error_); }
+  KeptLastError(const KeptLastError&) = delete;
+  KeptLastError& operator=(const KeptLastError&) = delete;
+
+ private:
+  DWORD error_;
+};
+
+// The platform's re-entrant lock.
+
+/// A critical section that exists from `Create` to `Destroy`, for a lock whose life is a step of attach and detach.
+class ManualCriticalSection {
+ public:
+  void Create() noexcept { InitializeCriticalSection(&section_); }
+  void Destroy() noexcept { DeleteCriticalSection(&section_); }
+  void Enter() noexcept { EnterCriticalSection(&section_); }
+  void Leave() noexcept { LeaveCriticalSection(&section_); }
+
+ private:
+  CRITICAL_SECTION section_{};
+};
+
+/// A critical section with an owner. Objects of static storage live as long as the DLL is loaded.
+class CriticalSection {
+ public:
+  CriticalSection() noexcept { section_.Create(); }
+  ~CriticalSection() { section_.Destroy(); }
+  CriticalSection(const CriticalSection&) = delete;
+  CriticalSection& operator=(const CriticalSection&) = delete;
+
+  void Enter() noexcept { section_.Enter(); }
+  void Leave() noexcept { section_.Leave(); }
+
+ private:
+  ManualCriticalSection section_;
+};
+
+/// Holds a lock for the scope. `Lock` has Enter and Leave.
+template <typename Lock>
+class Holding {
+ public:
+  explicit Holding(Lock& lock) noexcept : lock_(lock) { lock_.Enter(); }
+  ~Holding() { lock_.Leave(); }
+  Holding(const Holding&) = delete;
+  Holding& operator=(const Holding&) = delete;
+
+ private:
+  Lock& lock_;
+};
+
+// Wiping memory that held a secret.
+
+/// Overwrites a block with zeros at the end of the scope, in a way that the optimiser keeps. The block must live that
+/// long.
+class WipeAtEnd {
+ public:
+  WipeAtEnd(void* data, std::size_t size) noexcept : data_(data), size_(size) {}
+  ~WipeAtEnd() { SecureZeroMemory(data_, size_); }
+  WipeAtEnd(const WipeAtEnd&) = delete;
+  WipeAtEnd& operator=(const WipeAtEnd&) = delete;
+
+ private:
+  void* data_;
+  std::size_t size_;
+};
 
 }  // namespace win

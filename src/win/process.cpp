@@ -43,4 +43,14 @@ Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept {
   return Process(started);
 }
 
+namespace {
+
+void PauseThread(DWORD milliseconds) { Sleep(milliseconds); }
+
+DWORD WaitForProcess(const Process& process, DWORD milliseconds) { return process.Wait(milliseconds); }
+
+}  // namespace
+
+Waiting g_waiting{PauseThread, WaitForProcess};
+
 }  // namespace win

@@ -49,4 +49,20 @@ struct StartOptions {
 Process StartProcess(std::string commandLine, const StartOptions& options) noexcept;
 Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept;
 
+// The one place where the library waits for time to pass or for a program to end, so that tests need not.
+
+/// How waiting is done. Tests put functions of their own here; nothing else changes them.
+struct Waiting {
+  void (*pause)(DWORD milliseconds);
+  DWORD (*forEnd)(const Process& process, DWORD milliseconds);  // as Process::Wait
+};
+
+extern Waiting g_waiting;
+
+/// Lets `milliseconds` pass.
+inline void Pause(DWORD milliseconds) { g_waiting.pause(milliseconds); }
+
+/// Waits up to `milliseconds` (or INFINITE) for the end of a process: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
+inline DWORD WaitForEnd(const Process& process, DWORD milliseconds) { return g_waiting.forEnd(process, milliseconds); }
+
 }  // namespace win

@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 namespace win {
+
 namespace {
 
 // Windows counts the bytes of a wide text in 16 bits. Beyond that it may cut a text, read past its end or crash.

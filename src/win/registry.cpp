@@ -6,6 +6,7 @@
 #include "win/owner.h"
 
 namespace win {
+
 namespace {
 
 constexpr std::size_t kLongestExpandable = 32766;  // characters: Windows counts the bytes of a wide text in 16 bits

@@ -4,9 +4,9 @@
 #include <regex>
 
 #include "KEPlugin.h"
-#include "frame/sibling_names.h"
 #include "kelmnapi/results.h"
 #include "plugin/results.h"
+#include "siblings/functions.h"
 #include "standin/results.h"
 #include "support/product_tree.h"
 #include "win/process.h"

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "frame/sibling_names.h"
+#include "siblings/functions.h"
 #include "support/product_tree.h"
 #include "tvevapi/results.h"
 

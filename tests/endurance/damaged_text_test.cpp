@@ -6,9 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "frame/base64.h"
-#include "store/enciphered_text.h"
 #include "store/ini_store.h"
+#include "text/base64.h"
 
 namespace {
 
@@ -66,12 +65,12 @@ TEST_CASE(
   ForEveryDamage("QUJDREVGR0hJSktMTU5PUFFSU1RVVldYWVphYmNkZWZnaGlqa2xtbm9wcXJzdHV2d3h5ejAxMjM0\r\nNTY3ODk=\r\n",
                  [](std::string_view damaged, std::size_t) {
                    std::int32_t length = 0;
-                   frame::Base64DecodeText(damaged.data(), static_cast<std::int32_t>(damaged.size()), nullptr, &length);
+                   text::Base64DecodeText(damaged.data(), static_cast<std::int32_t>(damaged.size()), nullptr, &length);
                    for (std::int32_t room : {length, length - 1, length / 2}) {
                      const std::unique_ptr<char[]> bytes(new char[static_cast<std::size_t>(std::max(room, 0))]);
                      std::int32_t told = std::max(room, 0);
-                     const bool fits = frame::Base64DecodeText(
-                         damaged.data(), static_cast<std::int32_t>(damaged.size()), bytes.get(), &told);
+                     const bool fits = text::Base64DecodeText(damaged.data(), static_cast<std::int32_t>(damaged.size()),
+                                                              bytes.get(), &told);
                      CHECK(told == length);
                      CHECK(fits == (std::max(room, 0) >= length));
                    }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "exports/store_tree.h"
-#include "registration/token_text.h"
+#include "registration/texts.h"
 
 using support::LoadedDll;
 

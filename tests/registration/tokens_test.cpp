@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "registration/command_gate.h"
-#include "registration/token_text.h"
+#include "registration/texts.h"
 #include "support/lead_byte.h"
 
 using namespace registration;
@@ -29,8 +28,8 @@ TEST_CASE("token texts: every byte, and the root that they begin with, also in a
                          Row{"\x95\\", kNone, false}, Row{"\x95\\\\", 2, true}, Row{"\\\x95\\B\\C", 4, false},
                          Row{"\xA1\\", 1, true}, Row{"\x81\x95\\", 2, true}, Row{"\\\xFC", 0, false}}) {
     CAPTURE(row.text);
-    CHECK(frame::LastBackslash(row.text, support::IsLeadByte932) == row.last);
-    CHECK(frame::EndsInBackslash(row.text, support::IsLeadByte932) == row.ends);
+    CHECK(text::LastBackslash(row.text, support::IsLeadByte932) == row.last);
+    CHECK(text::EndsInBackslash(row.text, support::IsLeadByte932) == row.ends);
   }
   CHECK(PluginTokens("C:\\A") ==
         "KELREPORT=C:\\A\\KELREPORT\\KELREPORT.dll\r\nKELSCAN=C:\\A\\KELSCAN\\KELSCAN.dll\r\n"

@@ -1,11 +1,10 @@
-#include "schedule/clauses.h"
+#include "schedule/commands.h"
 
 #include <doctest/doctest.h>
 
 #include <climits>
 #include <string>
 
-#include "schedule/commands.h"
 #include "schedule/task_table.h"
 
 namespace {

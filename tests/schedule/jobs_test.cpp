@@ -5,13 +5,12 @@
 #include <utility>
 
 #include "KELUtils.h"
-#include "frame/trace.h"
 #include "schedule/jobs.h"
-#include "schedule/scheduler.h"
 #include "support/agent_tree.h"
 #include "support/failing_allocation.h"
 #include "support/handles.h"
 #include "support/recorded_program.h"
+#include "trace/trace.h"
 
 using schedule::CallZumAT;
 using support::AgentTree;
@@ -37,7 +36,7 @@ void Integrate(const AgentTree&) {
 
 TEST_CASE("scheduler: its two places, its answers, and the command line that reaches it") {
   const AgentTree tree;
-  const frame::TraceScope scope;
+  const trace::TraceScope scope;
   CHECK(CallZumAT("") == KE_MISSING_ARGUMENT);
   CHECK(CallZumAT("zumat") == KE_BAD_SCHEDULER_COMMAND);
   CHECK(CallZumAT("zumat\t-x") == KE_BAD_SCHEDULER_COMMAND);
@@ -223,7 +222,7 @@ TEST_CASE("default tasks: a failed allocation costs one job at most, wherever it
 TEST_CASE("random numbers: all from 0 to 32767, not the same ones again, and as many for each weekday") {
   int weekdays[5] = {}, previous = -1, outside = 0, repeated = 0;
   for (int i = 0; i < 10000; ++i) {
-    const int number = frame::g_randomNumber();
+    const int number = win::g_randomNumber();
     outside += number < 0 || number > 32767;
     repeated += number == previous;
     previous = number;

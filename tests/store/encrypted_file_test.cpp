@@ -1,14 +1,13 @@
 // The crypto module stays bound once it is, so the cases without it come first; this is the only file of its test
 // program that needs it unbound, and cases of one file run in their order.
-#include "store/encrypted_file.h"
+#include "store/value_file.h"
 
 #include <doctest/doctest.h>
 
 #include <string>
 
-#include "frame/crypto.h"
-#include "store/cipher.h"
-#include "store/key_blobs.h"
+#include "siblings/modules.h"
+#include "store/codec.h"
 #include "support/fake_sibling.h"
 #include "support/inner_module.h"
 #include "win/file.h"
@@ -73,9 +72,9 @@ TEST_CASE("crypto module: one that lacks a name is not bound, and does not stand
   support::ProductTree tree;
   const std::string folder = tree.Path("Common").string() + "\\";
   tree.AddFake("FakeKERegister", "Common/ApiCr.dll");
-  CHECK_FALSE(frame::LoadCrypto(folder.c_str()));
-  CHECK_FALSE(frame::LoadCrypto(nullptr));
-  CHECK(frame::Crypto() == nullptr);
+  CHECK_FALSE(siblings::LoadCrypto(folder.c_str()));
+  CHECK_FALSE(siblings::LoadCrypto(nullptr));
+  CHECK(siblings::Crypto() == nullptr);
 }
 
 TEST_CASE("encrypted file: the marker, then the text enciphered in whole blocks with the file key blob") {

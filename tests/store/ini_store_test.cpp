@@ -4,8 +4,7 @@
 
 #include <string>
 
-#include "frame/text.h"
-#include "store/enciphered_text.h"
+#include "text/text.h"
 
 using store::IniStore;
 
@@ -61,8 +60,8 @@ TEST_CASE("ini store: lookups find the first of a name, in any letter case; addi
   CHECK(entry == &store.sections[0].entries[0]);
   CHECK(store.sections[0].entries.back().value == "9");
   // Only ASCII letters have cases here.
-  CHECK_FALSE(frame::SameName("\xC4", "\xE4"));
-  CHECK_FALSE(frame::SameName("[", "{"));
+  CHECK_FALSE(text::SameName("\xC4", "\xE4"));
+  CHECK_FALSE(text::SameName("[", "{"));
 }
 
 TEST_CASE("ini store: LookupEntry creates only when asked, and nothing for a null name") {

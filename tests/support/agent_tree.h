@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "frame/random_number.h"
-#include "frame/waiting.h"
 #include "support/inner_module.h"
+#include "win/process.h"
+#include "win/random_number.h"
 
 namespace support {
 
@@ -15,12 +15,12 @@ struct HeldTime {
   HeldTime() {
     pauses.clear();
     inTime = true;
-    frame::g_waiting = {[](DWORD milliseconds) { pauses += std::to_string(milliseconds) + " "; }, WaitForProgram};
-    frame::g_randomNumber = [] { return random; };
+    win::g_waiting = {[](DWORD milliseconds) { pauses += std::to_string(milliseconds) + " "; }, WaitForProgram};
+    win::g_randomNumber = [] { return random; };
   }
   ~HeldTime() {
-    frame::g_waiting = waiting;
-    frame::g_randomNumber = number;
+    win::g_waiting = waiting;
+    win::g_randomNumber = number;
   }
   static DWORD WaitForProgram(const win::Process& process, DWORD milliseconds) {
     waited = milliseconds;
@@ -33,8 +33,8 @@ struct HeldTime {
   static inline int random = 0;
 
  private:
-  frame::Waiting waiting = frame::g_waiting;
-  frame::RandomNumber number = frame::g_randomNumber;
+  win::Waiting waiting = win::g_waiting;
+  win::RandomNumber number = win::g_randomNumber;
 };
 
 /// A traced product tree, with its own folder for the agent's store.

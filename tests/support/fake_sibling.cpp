@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "frame/sibling_names.h"
+#include "siblings/functions.h"
 
 #define KE_INSTALLER_PLUGIN_FUNCTIONS(ROW_CALLED, ROW_UNCALLED) \
   ROW_CALLED(KE_Initialize, kOptional) ROW_CALLED(KE_Finalize, kOptional) ROW_CALLED(KEINSTALL_GetInetConfig, kOptional)

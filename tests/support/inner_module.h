@@ -1,9 +1,9 @@
 // Lets the inner pieces, linked into the test program, believe that they are the DLL of a product tree.
 #pragma once
 
-#include "frame/module.h"
 #include "store/integra_store.h"
 #include "support/product_tree.h"
+#include "win/module.h"
 
 namespace support {
 
@@ -12,13 +12,13 @@ namespace support {
 struct InnerModule {
   explicit InnerModule(const ProductTree& tree) : InnerModule(tree.Path("KELUtils/KELUtils.dll")) {}
   explicit InnerModule(const std::filesystem::path& dll) : anchor(dll) {
-    frame::IntegraLock.Create();
-    frame::AttachModule(anchor.Handle());
+    win::IntegraLock.Create();
+    win::AttachModule(anchor.Handle());
   }
   ~InnerModule() {
-    frame::DetachModule();
+    win::DetachModule();
     store::DropIntegraStore();
-    frame::IntegraLock.Destroy();
+    win::IntegraLock.Destroy();
   }
   LoadedDll anchor;
 };

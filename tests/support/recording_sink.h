@@ -1,11 +1,11 @@
 // A log sink that keeps its lines: the level and the text, and of an error its result and the platform's code.
 #pragma once
 
-#include "frame/log_sink.h"
+#include "policy/log_sink.h"
 
 namespace support {
 
-struct RecordingSink : frame::ILogSink {
+struct RecordingSink : policy::ILogSink {
   std::uint32_t KE_API FirstSlot() override { return 0; }
   std::uint32_t KE_API GetLevel(std::uint32_t* wanted) override { return *wanted = level, failure; }
   void KE_API Write(std::uint32_t at, std::uint32_t, const wchar_t*, const wchar_t* text) override {

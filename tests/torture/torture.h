@@ -8,10 +8,10 @@
 #include <string>
 
 #include "exports/store_tree.h"
-#include "frame/waiting.h"
 #include "support/inner_module.h"
 #include "support/tally.h"
 #include "win/file.h"
+#include "win/process.h"
 
 namespace torture {
 
@@ -26,11 +26,11 @@ class Gate {
   Gate(Act act, int at, DWORD error = 0) {
     s_act = act, s_at = at, s_error = error, s_calls = 0, s_secondHalf = false;
     win::g_fileGate = Ask;
-    frame::g_waiting.pause = [](DWORD) {};
+    win::g_waiting.pause = [](DWORD) {};
   }
   ~Gate() {
     win::g_fileGate = nullptr;
-    frame::g_waiting = kept_;
+    win::g_waiting = kept_;
   }
   static bool Reached() { return s_calls >= s_at; }
 
@@ -48,7 +48,7 @@ class Gate {
   static inline int s_at, s_calls;
   static inline DWORD s_error;
   static inline bool s_secondHalf;
-  frame::Waiting kept_ = frame::g_waiting;
+  win::Waiting kept_ = win::g_waiting;
 };
 
 /// This test program, running its skipped case `name` in a process of its own, on a tree and with a number or two.

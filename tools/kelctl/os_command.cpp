@@ -5,14 +5,14 @@
 #include "command_line.h"
 #include "commands.h"
 #include "errors.h"
-#include "frame/os_identification.h"
+#include "policy/os_identification.h"
 
 namespace kelctl {
 namespace {
 
 void ShowOs(Session& session) {
-  if (!frame::IdentifyOs()) throw CommandError(kCallFailed, "the release of Windows could not be identified");
-  const frame::OsRecord os = frame::IdentifiedOs();
+  if (!policy::IdentifyOs()) throw CommandError(kCallFailed, "the release of Windows could not be identified");
+  const policy::OsRecord os = policy::IdentifiedOs();
   const std::string name = Utf8FromWide(os.displayName);
   char code[16];
   std::snprintf(code, sizeof code, "0x%x", static_cast<unsigned>(os.code));

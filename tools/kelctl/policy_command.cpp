@@ -5,15 +5,13 @@
 #include "command_line.h"
 #include "commands.h"
 #include "errors.h"
-#include "gpscripts/script_listing.h"
-#include "gpscripts/script_registration.h"
-#include "gpscripts/script_removal.h"
+#include "policy/scripts.h"
 #include "rendering.h"
 
 namespace kelctl {
 namespace {
 
-using gpscripts::ScriptKind;
+using policy::ScriptKind;
 
 struct PolicyOptions {
   std::string kind;
@@ -22,11 +20,11 @@ struct PolicyOptions {
 };
 
 // Shows the errors of the policy's routines, and nothing else.
-class ErrorSink final : public frame::ILogSink {
+class ErrorSink final : public policy::ILogSink {
  public:
   explicit ErrorSink(std::ostream& err) : err_(err) {}
   std::uint32_t KE_API FirstSlot() override { return 0; }
-  std::uint32_t KE_API GetLevel(std::uint32_t* level) override { return *level = frame::kSinkErrors, 0; }
+  std::uint32_t KE_API GetLevel(std::uint32_t* level) override { return *level = policy::kSinkErrors, 0; }
   void KE_API Write(std::uint32_t, std::uint32_t, const wchar_t*, const wchar_t*) override {}
   void KE_API WriteError(std::uint32_t, std::uint32_t, const wchar_t*, std::uint32_t, std::uint32_t,
                          const wchar_t* text) override {
@@ -40,7 +38,7 @@ class ErrorSink final : public frame::ILogSink {
 std::string KindName(ScriptKind kind) { return kind == ScriptKind::kStartup ? "startup" : "shutdown"; }
 
 ScriptKind KindOf(const PolicyOptions& options) {
-  for (const ScriptKind kind : gpscripts::kScriptKinds) {
+  for (const ScriptKind kind : policy::kScriptKinds) {
     if (options.kind == KindName(kind)) return kind;
   }
   throw UsageError("\"" + options.kind + "\" is neither startup nor shutdown");
@@ -54,7 +52,7 @@ void Finish(KE_RESULT result) {
                      "the policy could not be read or changed as a whole: result " + std::to_string(result));
 }
 
-nlohmann::ordered_json AsJson(const std::vector<gpscripts::ListedScript>& scripts) {
+nlohmann::ordered_json AsJson(const std::vector<policy::ListedScript>& scripts) {
   auto list = nlohmann::ordered_json::array();
   for (const auto& listed : scripts) {
     list.push_back({{"kind", KindName(listed.kind)},
@@ -66,7 +64,7 @@ nlohmann::ordered_json AsJson(const std::vector<gpscripts::ListedScript>& script
   return list;
 }
 
-std::string AsTable(const std::vector<gpscripts::ListedScript>& scripts) {
+std::string AsTable(const std::vector<policy::ListedScript>& scripts) {
   std::string table;
   for (const auto& listed : scripts) {
     std::string kind = KindName(listed.kind), place = listed.place;
@@ -84,22 +82,22 @@ std::string AsTable(const std::vector<gpscripts::ListedScript>& scripts) {
 
 void List(Session& session, const PolicyOptions&) {
   ErrorSink sink(session.err);
-  std::vector<gpscripts::ListedScript> scripts;
-  const KE_RESULT result = gpscripts::ListScripts(&sink, gpscripts::MachinePlaces(), scripts);
+  std::vector<policy::ListedScript> scripts;
+  const KE_RESULT result = policy::ListScripts(&sink, policy::MachinePlaces(), scripts);
   session.Show(AsTable(scripts), AsJson(scripts));
   Finish(result);
 }
 
 void Add(Session& session, const PolicyOptions& options) {
   ErrorSink sink(session.err);
-  const gpscripts::Script script{WideFromUtf8(options.program), WideFromUtf8(options.parameters)};
-  Finish(gpscripts::RegisterScript(&sink, gpscripts::MachinePlaces(), KindOf(options), script));
+  const policy::Script script{WideFromUtf8(options.program), WideFromUtf8(options.parameters)};
+  Finish(policy::RegisterScript(&sink, policy::MachinePlaces(), KindOf(options), script));
 }
 
 void Remove(Session& session, const PolicyOptions& options) {
   ErrorSink sink(session.err);
-  Finish(gpscripts::RemoveScripts(&sink, gpscripts::MachinePlaces(), KindOf(options),
-                                  {WideFromUtf8(options.parameters)}, gpscripts::ScriptFiles::kDeleted));
+  Finish(policy::RemoveScripts(&sink, policy::MachinePlaces(), KindOf(options), {WideFromUtf8(options.parameters)},
+                               policy::ScriptFiles::kDeleted));
 }
 
 }  // namespace

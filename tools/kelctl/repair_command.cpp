@@ -7,7 +7,7 @@
 #include "commands.h"
 #include "diagnosis/store_files.h"
 #include "errors.h"
-#include "store/store_file.h"
+#include "store/codec.h"
 #include "win/file.h"
 
 namespace kelctl {

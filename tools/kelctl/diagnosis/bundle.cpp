@@ -11,8 +11,8 @@
 #include "diagnosis/status.h"
 #include "diagnosis/store_files.h"
 #include "diagnosis/zip_archive.h"
-#include "frame/text.h"
 #include "rendering.h"
+#include "text/text.h"
 #include "win/owner.h"
 
 namespace kelctl {
@@ -64,7 +64,7 @@ void ListFolder(const std::string& folder, nlohmann::ordered_json& list) {
 nlohmann::ordered_json ListFiles(const Product& product) {
   std::vector<std::string> folders = {"", "Common", "KESAgent", "Scheduler", "KesLpmng", "KepWInst"};
   for (const ProductFile& file : product.SettingsFiles()) {
-    const auto same = [&](const std::string& folder) { return frame::SameName(folder, file.folder); };
+    const auto same = [&](const std::string& folder) { return text::SameName(folder, file.folder); };
     if (std::ranges::none_of(folders, same)) folders.push_back(file.folder);
   }
   auto list = nlohmann::ordered_json::array();

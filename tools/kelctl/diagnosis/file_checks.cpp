@@ -3,8 +3,8 @@
 #include <windows.h>
 
 #include "code_page.h"
+#include "store/codec.h"
 #include "store/ini_store.h"
-#include "store/store_file.h"
 #include "win/file.h"
 
 namespace kelctl {

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "code_page.h"
-#include "frame/decimal.h"
-#include "frame/install_state.h"
+#include "registration/texts.h"
 #include "store/accessor_table.h"
+#include "text/text.h"
 
 namespace kelctl {
 namespace {
@@ -16,10 +16,10 @@ std::string TextOf(const store::IniStore& store, const char* section, const char
 }
 
 std::int32_t NumberOf(const store::IniStore& store, std::string_view getter) {
-  const auto state = [&] { return frame::DecimalFromText(TextOf(store, "INSTALL", "State").c_str()); };
+  const auto state = [&] { return text::DecimalFromText(TextOf(store, "INSTALL", "State").c_str()); };
   if (getter == "KE_GetInstallState") return state();
-  if (getter == "KE_IsInstallComplete") return state() >= frame::kInstallComplete ? 1 : 0;
-  if (getter == "KE_GetLastInstallError") return frame::DecimalFromText(TextOf(store, "INSTALL", "LastError").c_str());
+  if (getter == "KE_IsInstallComplete") return state() >= registration::kInstallComplete ? 1 : 0;
+  if (getter == "KE_GetLastInstallError") return text::DecimalFromText(TextOf(store, "INSTALL", "LastError").c_str());
   const bool integrated =
       !TextOf(store, "INTEGRATION", "Date").empty() && !TextOf(store, "INTEGRATION", "DEVICEID").empty();
   return integrated ? 1 : 0;  // KE_IsIntegrated

@@ -6,10 +6,10 @@
 
 #include "code_page.h"
 #include "errors.h"
-#include "frame/paths.h"
-#include "frame/text.h"
-#include "services/plugin.h"
-#include "services/upgrade_settings.h"
+#include "siblings/plugins.h"
+#include "text/paths.h"
+#include "text/text.h"
+#include "upgrade/settings.h"
 #include "win/code_page.h"
 #include "win/file.h"
 
@@ -24,7 +24,7 @@ std::string FullPathOf(const std::string& path) {
 
 void AddOnce(std::vector<ProductFile>& files, const ProductFile& file) {
   const bool there = std::ranges::any_of(files, [&](const ProductFile& other) {
-    return frame::SameName(other.folder, file.folder) && frame::SameName(other.file, file.file);
+    return text::SameName(other.folder, file.folder) && text::SameName(other.file, file.file);
   });
   if (!there) files.push_back(file);
 }
@@ -33,23 +33,22 @@ void AddOnce(std::vector<ProductFile>& files, const ProductFile& file) {
 
 Product::Product(const std::string& libraryPath) {
   const std::string path = CodePageFromUtf8(libraryPath);
-  const auto separator = frame::LastBackslash(path, win::IsLeadByte);
+  const auto separator = text::LastBackslash(path, win::IsLeadByte);
   directory_ = path.substr(0, separator);
   library_ = path.substr(separator + 1);
   if (!win::Exists(directory_)) throw LibraryError("there is no folder " + Utf8FromCodePage(directory_));
 }
 
 std::string Product::Folder(const std::string& folder) const {
-  return folder.empty() ? frame::OwnFolder(directory_) : FullPathOf(frame::SiblingFolder(directory_, folder));
+  return folder.empty() ? text::OwnFolder(directory_) : FullPathOf(text::SiblingFolder(directory_, folder));
 }
 
 std::vector<ProductFile> Product::SettingsFiles() const {
-  std::vector<ProductFile> files = {
-      {"", frame::kSettingsFile}, {"KESAgent", "KE_AGPRX.dat"}, {"KesLpmng", "UPDNW.DAT"}};
-  for (const auto& place : {services::kRemoteControlPlugin, services::kInstallerPlugin}) {
+  std::vector<ProductFile> files = {{"", text::kSettingsFile}, {"KESAgent", "KE_AGPRX.dat"}, {"KesLpmng", "UPDNW.DAT"}};
+  for (const auto& place : {siblings::kRemoteControlPlugin, siblings::kInstallerPlugin}) {
     AddOnce(files, {place.folder, place.listFile});
   }
-  for (const auto& rows : {services::EventAndTokenSettings(), services::AgentSettings(), services::ModuleSettings()}) {
+  for (const auto& rows : {upgrade::EventAndTokenSettings(), upgrade::AgentSettings(), upgrade::ModuleSettings()}) {
     for (const auto& row : rows) AddOnce(files, {row.directory, row.file});
   }
   return files;

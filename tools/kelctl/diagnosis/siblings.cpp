@@ -5,14 +5,15 @@
 #include <algorithm>
 
 #include "code_page.h"
-#include "frame/paths.h"
-#include "frame/plugin_registration.h"
-#include "frame/product_info.h"
-#include "frame/sibling_binder.h"
-#include "frame/sibling_names.h"
-#include "services/plugin.h"
+#include "registration/registration.h"
+#include "siblings/binder.h"
+#include "siblings/functions.h"
+#include "siblings/plugins.h"
+#include "text/paths.h"
+#include "trace/log_system.h"
 #include "win/code_page.h"
 #include "win/file.h"
+#include "win/module.h"
 #include "win/owner.h"
 #include "win/profile.h"
 #include "win/registry.h"
@@ -21,8 +22,8 @@ namespace kelctl {
 namespace {
 
 using Names = std::vector<SiblingName>;
-using frame::kOptional;
-using frame::kRequired;
+using win::kOptional;
+using win::kRequired;
 
 // The names of a list of sibling_names.h.
 #define KELCTL_NAME(function, presence) SiblingName{#function, presence == kRequired},
@@ -57,14 +58,14 @@ Sibling FileCodecCrypto() {
 
 // The one place of a sibling that a setting names. The library refuses a path that is not full.
 void SetFullPath(Sibling& sibling, const std::string& path) {
-  if (frame::IsFullPath(path)) {
+  if (text::IsFullPath(path)) {
     sibling.places.push_back(path);
   } else {
     sibling.unlisted = "not a full path: " + Utf8FromCodePage(path);
   }
 }
 
-Sibling Plugin(const Product& product, const char* name, const services::PluginPlace& place, Names names) {
+Sibling Plugin(const Product& product, const char* name, const siblings::PluginPlace& place, Names names) {
   const std::string list = product.Path({place.folder, place.listFile});
   const std::string path = win::ReadProfile(list, "PLUGINS", place.key, "", 4100);
   Sibling sibling{.name = name, .places = {}, .names = std::move(names), .whenUnusable = Health::kWarning};
@@ -78,16 +79,17 @@ Sibling Plugin(const Product& product, const char* name, const services::PluginP
 
 // The modules of the protections that are registered on this machine.
 void AddRegistrations(std::vector<Sibling>& siblings) {
-  const auto names = win::ValueNames(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, frame::kLongestProtection);
+  const auto names =
+      win::ValueNames(HKEY_LOCAL_MACHINE, registration::kProtectionsKey, registration::kLongestProtection);
   for (const std::string& name : names.value_or(std::vector<std::string>{})) {
-    const auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, frame::kProtectionsKey, name.c_str(),
-                                           frame::kLongestProtectionDirectory);
+    const auto folder = win::ReadTextValue(HKEY_LOCAL_MACHINE, registration::kProtectionsKey, name.c_str(),
+                                           registration::kLongestProtectionDirectory);
     if (name.empty() || !folder) continue;
     Sibling sibling{.name = "KERegister.dll (" + name + ")",
                     .places = {},
                     .names = KELCTL_NAMES(KE_PLUGIN_RELOAD_FUNCTIONS),
                     .whenUnusable = Health::kWarning};
-    SetFullPath(sibling, frame::PluginFolder(*folder) + "KERegister.dll");
+    SetFullPath(sibling, registration::PluginFolder(*folder) + "KERegister.dll");
     siblings.push_back(std::move(sibling));
   }
 }
@@ -140,9 +142,9 @@ std::vector<Sibling> SiblingsOf(const Product& product) {
       Module(product, "TvEvAPI.dll", {"KELTVEVT"}, KELCTL_NAMES(KE_EVENT_API_FUNCTIONS)),
       Module(product, "KELUPG.dll", {"KELUPG"}, {{"Do"}}),
       Module(product, "TvLogSys.dll", {"Common"}, KELCTL_NAMES(KE_TRACE_FUNCTIONS), Health::kWarning),
-      Plugin(product, "remote-control plug-in", services::kRemoteControlPlugin,
+      Plugin(product, "remote-control plug-in", siblings::kRemoteControlPlugin,
              {{"KE_Initialize"}, {"KE_Finalize"}, {"KECONF_SetInfo"}}),
-      Plugin(product, "installer plug-in", services::kInstallerPlugin,
+      Plugin(product, "installer plug-in", siblings::kInstallerPlugin,
              {{"KE_Initialize"}, {"KE_Finalize"}, {"KEINSTALL_SetInfo"}, {"KEINSTALL_GetInetConfig"}}),
       Program(product, "zumat.exe", {"Scheduler", ""}),
       Program(product, "KEPLPMNG.exe", {"KesLpmng"}),

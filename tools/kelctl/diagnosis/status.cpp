@@ -5,7 +5,7 @@
 #include "code_page.h"
 #include "diagnosis/log_file.h"
 #include "diagnosis/offline_values.h"
-#include "frame/os_identification.h"
+#include "policy/os_identification.h"
 #include "result_codes.h"
 
 namespace kelctl {
@@ -18,7 +18,7 @@ std::vector<NamedText> VersionsOf(const std::vector<Sibling>& siblings) {
     const auto version = path ? FileVersion(*path) : std::nullopt;
     if (version) versions.push_back({Utf8FromCodePage(sibling.name), *version});
   }
-  if (frame::IdentifyOs()) versions.push_back({"Windows", Utf8FromWide(frame::IdentifiedOs().displayName)});
+  if (policy::IdentifyOs()) versions.push_back({"Windows", Utf8FromWide(policy::IdentifiedOs().displayName)});
   return versions;
 }
 

@@ -7,9 +7,9 @@
 #include "code_page.h"
 #include "diagnosis/log_file.h"
 #include "errors.h"
-#include "store/enciphered_text.h"
+#include "store/codec.h"
+#include "store/ini_store.h"
 #include "store/setting_codec.h"
-#include "store/store_file.h"
 
 namespace kelctl {
 namespace {

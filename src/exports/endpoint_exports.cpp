@@ -1,0 +1,79 @@
+// The exports of server endpoints, message types and the start of an upgrade.
+
+#include "KELUtils.h"
+#include "agent/communication.h"
+#include "text/text.h"
+#include "trace/trace.h"
+#include "upgrade/upgrade.h"
+#include "win/module.h"
+
+using text::IsBlank;
+using trace::Export;
+using trace::ExportCall;
+
+// Written out, with the same catch-all, because it is the one export that leaves no trace and does not load the trace
+// library.
+KE_RESULT KE_API KE_SetURLSecureServer(const char* server) {
+  try {
+    return upgrade::SetIntegrationServer(server);
+  } catch (...) {
+    return KE_EXCEPTION;
+  }
+}
+
+KE_RESULT KE_API KE_SetURLServer(const char* server) {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
+    if (server == nullptr) return KE_MISSING_ARGUMENT;
+    return agent::SetAgentServer(self.name, server);
+  });
+}
+
+KE_RESULT KE_API KE_UpgradeStart(const char* installDir) {
+  return ExportCall(__func__, [&](Export&) -> KE_RESULT {
+    if (IsBlank(installDir)) return KE_MISSING_ARGUMENT;
+    return upgrade::StartUpgrade(installDir);
+  });
+}
+
+// The exports of proxy and internet configuration.
+
+using text::IsBlank;
+using text::Shown;
+using trace::Export;
+using trace::ExportCall;
+using trace::kDetail;
+
+KE_RESULT KE_API KE_GetConfiguratedProxy(KE_PROXY* proxy) {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
+    if (proxy == nullptr) return KE_MISSING_ARGUMENT;
+    return agent::GetConfiguredProxy(self.name, *proxy);
+  });
+}
+
+KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, const char* user, const char* password) {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
+    Trace(kDetail, self.name, "Parameter Server:   [%s]", Shown(server));
+    Trace(kDetail, self.name, "Parameter Port:     [%s]", Shown(port));
+    // User and password arrive enciphered and are traced so.
+    Trace(kDetail, self.name, "Parameter User:     [%s]", Shown(user));
+    Trace(kDetail, self.name, "Parameter Password: [%s]", Shown(password));
+    if (user == nullptr || password == nullptr || IsBlank(server) || port == nullptr) return KE_MISSING_ARGUMENT;
+    if (win::GetModuleDirectory().empty()) return KE_NO_MODULE_DIRECTORY;
+    return agent::SetAgentProxy(self.name, {server, port, user, password});
+  });
+}
+
+KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips) {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
+    Trace(kDetail, self.name, "Parameter pszHost:   [%s]", Shown(host));
+    Trace(kDetail, self.name, "Parameter pszIPs:    [%s]", Shown(ips));
+    return agent::SetStaticProxy(self.name, host, ips);
+  });
+}
+
+KE_RESULT KE_API KE_GetInetConfig(KE_PROXY* proxy, uint32_t size) {
+  return ExportCall("KE_INSTALL_GetInetConfig", [&](Export& self) -> KE_RESULT {
+    if (proxy == nullptr) return KE_MISSING_ARGUMENT;
+    return agent::GetInternetProxy(self.name, *proxy, size);
+  });
+}

@@ -1,0 +1,90 @@
+// Lines of the platform's INI files, read as its profile functions read them. The views point into the text.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+
+namespace policy {
+
+template <typename Char>
+using TextView = std::basic_string_view<Char>;
+
+/// Cuts the first line off `text` and returns it with its end: CR LF, LF, CR, or nothing at the end of the text.
+template <typename Char>
+TextView<Char> TakeLine(TextView<Char>& text) {
+  const auto isBreak = [](Char c) { return c == '\r' || c == '\n'; };
+  auto end = static_cast<std::size_t>(std::ranges::find_if(text, isBreak) - text.begin());
+  if (end < text.size() && text[end++] == '\r' && end < text.size() && text[end] == '\n') ++end;
+  const TextView<Char> line = text.substr(0, end);
+  text.remove_prefix(end);
+  return line;
+}
+
+/// `line` without its end.
+template <typename Char>
+TextView<Char> WithoutEnd(TextView<Char> line) {
+  while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
+  return line;
+}
+
+/// `text` without the blanks, tabs and line ends around it.
+template <typename Char>
+TextView<Char> Trimmed(TextView<Char> text) {
+  const auto isBlank = [](Char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+/// `text` without one pair of quotation marks around it, of either kind.
+template <typename Char>
+TextView<Char> WithoutQuotes(TextView<Char> text) {
+  const bool quoted = text.size() >= 2 && text.front() == text.back() && (text[0] == '"' || text[0] == '\'');
+  return quoted ? text.substr(1, text.size() - 2) : text;
+}
+
+/// True when both names are the same but for ASCII letter case.
+template <typename Left, typename Right>
+bool SameName(TextView<Left> left, TextView<Right> right) {
+  const auto lower = [](auto c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<int>(c); };
+  return std::ranges::equal(left, right, {}, lower, lower);
+}
+
+/// The name in a line "[name]", whatever follows the bracket; none for any other line.
+template <typename Char>
+std::optional<TextView<Char>> SectionName(TextView<Char> line) {
+  const TextView<Char> text = Trimmed(line);
+  const auto end = text.find(Char{']'});
+  if (text.empty() || text.front() != '[' || end == text.npos) return std::nullopt;
+  return text.substr(1, end - 1);
+}
+
+/// A line "key=value": the key without blanks around it, the value as it stands, without the line's end.
+template <typename Char>
+struct KeyLine {
+  TextView<Char> key;
+  TextView<Char> value;
+};
+
+/// None for a line without "=".
+template <typename Char>
+std::optional<KeyLine<Char>> SplitLine(TextView<Char> line) {
+  const TextView<Char> text = WithoutEnd(line);
+  const auto separator = text.find(Char{'='});
+  if (separator == text.npos) return std::nullopt;
+  return KeyLine<Char>{Trimmed(text.substr(0, separator)), text.substr(separator + 1)};
+}
+
+/// True when a control character other than tab, CR and LF is in `text`: it is no INI text then, and nothing can be
+/// said about it.
+template <typename Char>
+bool HasControlCharacters(TextView<Char> text) {
+  return std::ranges::any_of(text, [](Char c) {
+    return static_cast<std::make_unsigned_t<Char>>(c) < 0x20 && c != '\t' && c != '\r' && c != '\n';
+  });
+}
+
+}  // namespace policy

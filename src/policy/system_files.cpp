@@ -1,0 +1,210 @@
+#include "policy/system_files.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <string_view>
+
+#include "policy/log_sink.h"
+#include "win/file.h"
+#include "win/owner.h"
+#include "win/process.h"
+#include "win/replace_file.h"
+
+namespace policy {
+
+namespace {
+
+// Calls a function of Kernel32.dll that 32-bit Windows and releases before XP SP2 lack; looked up at every call.
+template <typename Argument>
+bool CallKernel32(const char* name, Argument argument) noexcept {
+  BOOL(WINAPI * function)(Argument) = nullptr;
+  const FARPROC found = GetProcAddress(GetModuleHandleW(L"Kernel32.dll"), name);
+  if (found == nullptr) {
+    SetLastError(ERROR_INVALID_FUNCTION);
+    return false;
+  }
+  std::memcpy(&function, &found, sizeof function);
+  return function(argument) != FALSE;
+}
+
+}  // namespace
+
+bool DisableFsRedirection(void** old) noexcept { return CallKernel32("Wow64DisableWow64FsRedirection", old); }
+
+bool RevertFsRedirection(void* old) noexcept { return CallKernel32("Wow64RevertWow64FsRedirection", old); }
+
+UnredirectedFiles::~UnredirectedFiles() {
+  const win::KeptLastError keep;
+  if (off_) RevertFsRedirection(old_);
+}
+
+namespace {
+
+constexpr DWORD kPauses[] = {1, 5, 10, 20, 40, 80};  // milliseconds between two attempts; 156 in all
+
+// An error that another process causes by what it does with the file at the moment.
+bool IsHeld(DWORD error) noexcept {
+  return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED ||
+         error == ERROR_USER_MAPPED_FILE || error == ERROR_READ_FAULT;
+}
+
+template <typename Attempt>
+DWORD WithRetries(Attempt attempt) {
+  for (const DWORD pause : kPauses) {
+    if (const DWORD error = attempt(); !IsHeld(error)) return error;
+    win::Pause(pause);
+  }
+  return attempt();
+}
+
+void CreateFolderOf(const std::wstring& path) {
+  const auto end = path.find_last_of(L'\\');
+  if (end == std::wstring::npos) return;
+  const std::wstring folder = path.substr(0, end);
+  const auto create = [&] {
+    return CreateDirectoryW(folder.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND;
+  };
+  if (Unredirected(create)) return;
+  CreateFolderOf(folder);
+  Unredirected(create);
+}
+
+DWORD CheckOnce(const std::wstring& path) noexcept {
+  const win::FileHandle file(Unredirected([&] {
+    return CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+  }));
+  return file || IsMissing(GetLastError()) ? DWORD{ERROR_SUCCESS} : GetLastError();
+}
+
+DWORD ReadOnce(const std::wstring& path, std::size_t limit, std::string& bytes) {
+  bytes.clear();
+  const win::FileHandle file = Unredirected([&] { return win::OpenForReading(path); });
+  if (!file) return GetLastError();
+  const auto size = win::SizeOf(file);
+  if (!size) return GetLastError();
+  if (*size > limit) return ERROR_FILE_TOO_LARGE;
+  bytes.resize(static_cast<std::size_t>(*size));
+  return win::Read(file, bytes.data(), bytes.size()) == bytes.size() ? ERROR_SUCCESS : ERROR_READ_FAULT;
+}
+
+// One scope for the whole replacement: it makes file calls and pauses only, and loads no DLL.
+win::Replaced Replace(const std::wstring& path, const std::string& bytes, const win::FileStatus& like) noexcept {
+  return Unredirected([&] { return win::ReplaceContent(path, bytes, like); });
+}
+
+}  // namespace
+
+DWORD CheckWritable(const std::wstring& path) {
+  return WithRetries([&] { return CheckOnce(path); });
+}
+
+DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& bytes) {
+  return WithRetries([&] { return ReadOnce(path, limit, bytes); });
+}
+
+DWORD WritePolicyFile(const SinkCall& call, const std::wstring& path, const std::string& bytes, const std::string& old,
+                      DWORD attributes) {
+  win::FileStatus status = Unredirected([&] { return win::StatusOf(path); });
+  if (!status.exists) {
+    if (!win::LastErrorIsNotFound()) return GetLastError();
+    status.attributes = attributes;
+    CreateFolderOf(path);
+  }
+  const win::Replaced replaced = Replace(path, bytes, status);
+  const DWORD error = GetLastError();
+  if (replaced.inPlace && replaced.opened) call.Fail(KE_SUCCESS, replaced.error, L"Overwritten in place", path.c_str());
+  if (replaced.inPlace && !status.exists) Unredirected([&] { return SetFileAttributesW(path.c_str(), attributes); });
+  if (replaced.complete) return ERROR_SUCCESS;
+  if (status.exists && replaced.written > 0) Replace(path, old, status);
+  return error == ERROR_SUCCESS ? DWORD{ERROR_WRITE_FAULT} : error;
+}
+
+void RemovePolicyLeftovers(const std::wstring& path) noexcept {
+  Unredirected([&] { win::RemoveLeftovers(path); });
+}
+
+DWORD DeletePolicyFile(const std::wstring& path) {
+  return WithRetries([&] { return DeleteAtOnce(path); });
+}
+
+DWORD DeleteAtOnce(const std::wstring& path) noexcept {
+  const DWORD attributes = AttributesOf(path);
+  const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+  const auto setAttributes = [&](DWORD set) { Unredirected([&] { return SetFileAttributesW(path.c_str(), set); }); };
+  if (readOnly) setAttributes(attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+  if (Unredirected([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
+  const DWORD error = GetLastError();
+  if (readOnly) setAttributes(attributes);
+  return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
+}
+
+DWORD AttributesOf(const std::wstring& path) noexcept {
+  return Unredirected([&] { return GetFileAttributesW(path.c_str()); });
+}
+
+KE_RESULT DeleteAtReboot(ILogSink* sink, const std::wstring& path) {
+  const SinkCall call(sink, __func__);
+  call.Parameter(L"path", path.c_str());
+  if (Unredirected([&] { return MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); }))
+    return call.End(KE_SUCCESS);
+  return call.End(call.Fail(KE_STORE_UNUSABLE, GetLastError(), L"Error deleting at reboot", path.c_str()));
+}
+
+KE_RESULT DeleteFileNowOrAtReboot(ILogSink* sink, const std::wstring& path) {
+  const SinkCall call(sink, __func__);
+  call.Parameter(L"path", path.c_str());
+  const DWORD attributes = AttributesOf(path);
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
+    return call.End(call.Fail(KE_STORE_UNUSABLE, ERROR_DIRECTORY, L"A folder is not deleted", path.c_str()));
+  if (DeleteAtOnce(path) == ERROR_SUCCESS) return call.End(KE_SUCCESS);
+  call.Note(L"Left to the next start of the machine", path.c_str());
+  return call.End(DeleteAtReboot(sink, path));
+}
+
+namespace {
+
+KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes);
+
+// Deletes what is in the folder; the first failure counts.
+KE_RESULT DeleteContent(ILogSink* sink, const std::wstring& folder) {
+  KE_RESULT result = KE_SUCCESS;
+  WIN32_FIND_DATAW found{};
+  const std::wstring pattern = folder + L"\\*";
+  const win::FindHandle search(Unredirected([&] { return FindFirstFileW(pattern.c_str(), &found); }));
+  if (!search) return KE_RESULT{IsMissing(GetLastError()) ? KE_SUCCESS : KE_STORE_UNUSABLE};
+  do {
+    const std::wstring_view name = found.cFileName;
+    if (name == L"." || name == L"..") continue;
+    const KE_RESULT deleted = DeleteEntry(sink, folder + L"\\" + found.cFileName, found.dwFileAttributes);
+    if (result == KE_SUCCESS) result = deleted;
+  } while (FindNextFileW(search.Get(), &found));
+  if (GetLastError() != ERROR_NO_MORE_FILES && result == KE_SUCCESS) result = KE_STORE_UNUSABLE;
+  return result;
+}
+
+KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes) {
+  if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) return DeleteFileNowOrAtReboot(sink, path);
+  const bool link = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  const KE_RESULT content = link ? KE_RESULT{KE_SUCCESS} : DeleteContent(sink, path);
+  if (Unredirected([&] { return RemoveDirectoryW(path.c_str()); })) return content;
+  const KE_RESULT later = DeleteAtReboot(sink, path);  // the platform deletes in the order of the requests
+  return content == KE_SUCCESS ? later : content;
+}
+
+}  // namespace
+
+KE_RESULT DeleteDirectoryTree(ILogSink* sink, const std::wstring& path) {
+  const SinkCall call(sink, __func__);
+  call.Parameter(L"path", path.c_str());
+  const DWORD attributes = AttributesOf(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) {
+    const DWORD error = GetLastError();
+    if (IsMissing(error)) return call.End(KE_SUCCESS);
+    return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error deleting folder", path.c_str()));
+  }
+  return call.End(DeleteEntry(sink, path, attributes));
+}
+
+}  // namespace policy

@@ -1,0 +1,160 @@
+#include <doctest/doctest.h>
+
+#include <regex>
+
+#include "KELUtils.h"
+#include "policy/policy_fixture.h"
+#include "policy/scripts.h"
+#include "support/agent_tree.h"
+#include "support/recorded_program.h"
+
+using namespace policy;
+using support::HeldTime;
+using support::ReadFile;
+
+namespace {
+
+/// A tree with the event module, the descriptions, the upgrade module and the launcher of the development kit.
+struct EventTree : support::AgentTree {
+  EventTree() {
+    AddDevkit("TvEvAPI.dll", "KELTVEVT");
+    AddDevkit("KePIRes.exe", "KESAgent");
+    AddDevkit("KELUPG.dll", "KELUPG");
+    AddDevkit("KELMNAPI.dll", "Common");
+  }
+  void Remove(const char* file) const { std::filesystem::remove(Path(file)); }
+  void Fail(const std::string& call) const { support::WriteFile(Path("KELTVEVT/TvEvAPI.ini"), "[FAIL]\r\n" + call); }
+  /// What the event module has noted since the last time: each call with its record and its result.
+  std::string Calls() const {
+    static const std::regex line(R"*(\{"time".*"call":"TEVT_(\w+)",(.*)"result":(\d+)[}]\r\n)*");
+    const std::string calls = std::regex_replace(ReadFile(Path("KELTVEVT/events.jsonl")), line, "$1 $2$3\n");
+    Remove("KELTVEVT/events.jsonl");
+    return std::regex_replace(calls, std::regex(R"*("\d{4}(-\d\d){2} \d\d(:\d\d){2}")*"), "now");
+  }
+};
+
+const struct {
+  std::string name, call, record, notSent, told;
+  KE_RESULT (*send)();
+} kEvents[] = {
+    {"KE_ScanStateEvent", "ScanState",
+     R"("product":"KEC","extra":0,"text":now,"description":null,"argument":"Unknown","status":-3,"taskId":null,)",
+     "State Event asociated with TaskId: [(null)] and Status: [-3] to the Queue", "Fecha y Hora UTC: 2",
+     [] { return KE_ScanStateEvent("KEC", nullptr, -3); }},
+    {"KE_RebootForcedEvent", "RebootForced",
+     R"("product":null,"extra":0,"text":null,"description":null,"argument":"0",)",
+     "UnInstall Event asociated with product: [(null)]", "", [] { return KE_RebootForcedEvent(nullptr); }},
+    {"KE_Uninstall", "Install", R"("product":"KEC","extra":0,"text":null,"description":null,"flag":1,)",
+     "UnInstall Event asociated with product: [KEC]", "Finishing time out to send the event",
+     [] { return KE_Uninstall("KEC"); }},
+    {"KE_GenerateEvent", "ErrorEvent",
+     R"("product":"KEAGENT","extra":4294967295,"text":"x","description":"The agent has run out of memory.",)"
+     R"("source":4294967295,"identifier":"KEAGENT-2",)",
+     "Error Event asociated with ErrorCode: [2] to the Queue",
+     "Event Description Read : [The agent has run out of memory.]",
+     [] { return KE_GenerateEvent(7, 0xFFFFFFFF, 2, "x"); }},
+};
+
+/// The agent's shutdown script and another one in the policy of the machine for the scope.
+struct MachinePolicy {
+  MachinePolicy() {
+    RegisterScript(nullptr, MachinePlaces(), ScriptKind::kShutdown, {L"a", kAgent});
+    RegisterScript(nullptr, MachinePlaces(), ScriptKind::kShutdown, {L"o", L"OTHER"});
+    support::TestPolicy::Put(file, "");
+  }
+  ~MachinePolicy() {
+    for (const wchar_t* parameters : {kAgent, L"OTHER"}) DeleteShutdownInformation(nullptr, parameters, L"", 1);
+    std::filesystem::remove_all(folder);
+  }
+  /// The names of the scripts in the file and in two places of the registry, and "+" for the file of the agent's.
+  std::wstring Scripts() const {
+    std::vector<ListedScript> listed;
+    ListScripts(nullptr, MachinePlaces(), listed);
+    std::wstring names;
+    for (const auto& one : listed) names += one.script.program;
+    return names + (std::filesystem::exists(file) ? L"+" : L"");
+  }
+  static constexpr wchar_t kAgent[] = L"PROT_AGENTVOSK_UPG_SCRIPT=\"1\"";
+  const std::filesystem::path folder = std::filesystem::path(std::getenv("SystemRoot")) / "Sysnative" / "GroupPolicy";
+  const std::filesystem::path file = folder / "Machine\\Scripts\\Shutdown\\a";
+};
+
+}  // namespace
+
+TEST_CASE("events: the record of each, what goes wrong, and what an uninstallation still does then") {
+  const std::string computer = std::getenv("COMPUTERNAME");
+  for (const auto& row : kEvents) {
+    const EventTree tree;
+    const auto check = [&](const std::string& fail, KE_RESULT result, const std::string& calls,
+                           const std::string& told) {
+      CAPTURE(row.name + ": " + fail);
+      const MachinePolicy policy;
+      REQUIRE((policy.Scripts() == L"aoaoao+"));
+      tree.Fail(fail);
+      tree.Remove("KELUtils/KELUtils.log");
+      HeldTime::pauses.clear();
+      CHECK(row.send() == result);
+      CHECK(tree.Calls() == calls);
+      CHECK(HeldTime::pauses == (row.call == "Install" && calls.ends_with("StopAPI 0\n") ? "30000 " : ""));
+      CHECK(ReadFile(tree.Path("KELUtils/KELUtils.log")).find(row.name + ";\"" + told) != std::string::npos);
+      CHECK((policy.Scripts() == (row.call == "Install" ? L"ooo" : L"aoaoao+")));
+      for (const char* module : {"TvEvAPI.dll", "KePIRes.exe", "KELUPG.dll"}) CHECK(!GetModuleHandleA(module));
+    };
+    const std::string sent = "StartAPI 0\n" + row.call + " \"class\":" + (row.call == "ErrorEvent" ? "7" : "4") +
+                             ",\"computer\":\"" + computer + "\"," + row.record;
+    check("", KE_SUCCESS, sent + "0\nStopAPI 0\n", row.told);
+    check("TEVT_StartAPI=7", KE_EVENT_NOT_SENT, "StartAPI 7\n", "Failed to start TvEvAPI-TEVT_StartAPI\"");
+    check("TEVT_" + row.call + "=9", KE_EVENT_NOT_SENT, sent + "9\nStopAPI 0\n",
+          "Could not send " + row.notSent + "\"");
+    tree.Remove("KELTVEVT/TvEvAPI.dll");
+    check("", KE_EVENTS_UNAVAILABLE, "", "Could not load TvEvAPI\"");
+    CHECK(ReadFile(tree.Path("KELUPG/KELUPG.log")).ends_with(";2;0\r\n") == (row.call == "Install"));
+  }
+  constexpr char kKey[] = "System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName";
+  const EventTree tree;
+  RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKey, "ComputerName");
+  CHECK(KE_RebootForcedEvent("KEC") == KE_SUCCESS);
+  RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "ComputerName", REG_SZ, computer.c_str(), computer.size() + 1);
+  CHECK(tree.Calls().find("\"computer\":\"UnKnownMachine\"") != std::string::npos);
+  CHECK(tree.Traced("KE_RebootForcedEvent;\"Could not get computer name\""));
+}
+
+TEST_CASE("event descriptions: found, cut, missing") {
+  const EventTree tree;
+  const std::string x511(511, 'x');
+  const auto check = [&](uint32_t code, const char* insert, int32_t size, KE_RESULT result, const std::string& text) {
+    char buffer[600] = "before";
+    CHECK(KE_GetEventDescription(code, buffer, size, insert) == result);
+    CHECK((buffer == text && GetModuleHandleA("KePIRes.exe") == nullptr));
+  };
+  check(403, "x", 24, KE_SUCCESS, "The quarantine is full.");
+  check(403, nullptr, 23, KE_SUCCESS, "The quarantine is full");
+  check(402, nullptr, 600, KE_SUCCESS, "The scan  was stopped before its end.");
+  check(401, x511.c_str(), 600, KE_SUCCESS, "The scan " + x511.substr(9));
+  check(404, "x", 600, KE_EVENT_NOT_SENT, "before");
+  CHECK(tree.Traced("KE_GetEventDescription;\"No description found for ErrorCode: [404]\""));
+  CHECK((KE_GenerateEvent(4, 0, 404, "x") == KE_EVENT_NOT_SENT && tree.Calls().empty()));
+  CHECK(tree.Traced("KE_GenerateEvent;\"Could not get description for ErrorCode: [404]\""));
+  tree.Remove("KESAgent/KePIRes.exe");
+  check(403, nullptr, 600, KE_MODULE_NOT_LOADED, "before");
+  for (const int32_t noSize : {0, INT32_MIN}) check(403, nullptr, noSize, KE_BUFFER_TOO_SMALL, "before");
+  CHECK(KE_GetEventDescription(403, nullptr, 0, nullptr) == KE_MISSING_ARGUMENT);
+  CHECK(KE_GenerateEvent(4, 0, 403, nullptr) == KE_MODULE_NOT_LOADED);
+  CHECK(tree.Calls().empty());
+}
+
+TEST_CASE("event service: started by the launcher") {
+  const EventTree tree;
+  const auto fails = [&](const char* line) {
+    CHECK(KE_InitEventSystem() == KE_EVENTS_UNAVAILABLE);
+    CHECK(tree.Traced(std::string("KE_InitEventSystem;\"Could not ") + line + "\""));
+  };
+  fails("Run KELTVEVT. Launcher function returned code :3");
+  const support::RecordedProgram service(tree, "KELTVEVT/KELTVEVT.exe");
+  CHECK(KE_InitEventSystem() == KE_SUCCESS);
+  service.EndWith(9);
+  fails("Run KELTVEVT. KELTVEVT Run returned code :9");
+  CHECK((service.Lines() == "-start\n-start\n" && GetModuleHandleA("KELMNAPI.dll") == nullptr));
+  tree.Remove("Common/KELMNAPI.dll");
+  fails("load KELMNAPI");
+}
