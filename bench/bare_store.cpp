@@ -40,13 +40,16 @@ void BareStore::GetAgentId() {
 }
 
 bool BareStore::Replace(const std::string& path, const std::string& content, bool ownTime) const {
-  const std::string beside = path + ".NEW";
+  const std::string temporary = path + ".KE~000000000000";
   alignas(SECURITY_DESCRIPTOR) char rights[2048];
   SECURITY_ATTRIBUTES security{.nLength = sizeof security, .lpSecurityDescriptor = rights, .bInheritHandle = FALSE};
   DWORD needed = 0, written = 0;
+  GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &needed);
   bool good = GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, rights, sizeof rights, &needed) != 0;
-  win::FileHandle file(CreateFileA(beside.c_str(), GENERIC_READ | GENERIC_WRITE, 0, &security, CREATE_NEW,
+  win::FileHandle file(CreateFileA(temporary.c_str(), GENERIC_READ | GENERIC_WRITE | WRITE_DAC,
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &security, CREATE_NEW,
                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+  good = good && SetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, rights);
   good = good && WriteFile(file.Get(), content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
   if (ownTime) {
     FILETIME now;
@@ -54,20 +57,22 @@ bool BareStore::Replace(const std::string& path, const std::string& content, boo
     good = good && SetFileTime(file.Get(), nullptr, nullptr, &now);
   }
   good = good && FlushFileBuffers(file.Get());
-  file.Reset();
-  return good && MoveFileExA(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+  return good && MoveFileExA(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
 
 bool BareStore::SetAgentId() {
   trace_.Open();
   trace_.Line("KE_SetAgentID", "Function start");
+  win::FileHandle lock(CreateFileA((live_ + ".LCK").c_str(), GENERIC_READ | GENERIC_WRITE,
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+  for (const DWORD byte : {1, 0}) LockFile(lock.Get(), byte, 0, 1, 0);
+  UnlockFile(lock.Get(), 1, 0, 1, 0);
   trace_.OpenAgain();
   Read("KE_GetCertificate");
   trace_.Line("KE_GetCertificate", "Function end. Return code (0)");
   trace_.CloseAgain();
   trace_.Line("CheckIntegrity", "CheckIntegrity ok");
-  const HANDLE lock = CreateMutexExA(nullptr, "Global\\KELUtils bare store", 0, SYNCHRONIZE | MUTEX_MODIFY_STATE);
-  WaitForSingleObject(lock, 5000);
   Read("KE_SetAgentID");
   trace_.Line("WriteIntegraDat", plain_.c_str());
   std::string content = plain_;
@@ -79,8 +84,8 @@ bool BareStore::SetAgentId() {
   const bool backup = Replace(backup_, content, false);
   WIN32_FILE_ATTRIBUTE_DATA status;
   GetFileAttributesExA(live_.c_str(), GetFileExInfoStandard, &status);
-  ReleaseMutex(lock);
-  CloseHandle(lock);
+  UnlockFile(lock.Get(), 0, 0, 1, 0);
+  lock.Reset();
   trace_.Line("KE_SetAgentID", "Function end. Return code (0)");
   trace_.Close();
   return error == 0 && live && backup;
