@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kRounds = 31;
 constexpr std::size_t kSizes[] = {256, 4096, 65536, 1048576};
 constexpr std::size_t kFewestBytes = 4 << 20;  // of one run, in as many repetitions as it takes
-constexpr double kLimit = 3.0;  // at least a third of its speed
+constexpr double kLimit = 3.0;                 // at least a third of its speed
 
 void Require(bool held) {
   if (!held) std::abort();

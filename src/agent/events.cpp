@@ -53,7 +53,7 @@ EventSequence::EventSequence(const char* function) : function_(function), module
   if (!module_) Trace(trace::kAlways, function, "Could not load TvEvAPI");
 }
 
-Sending EventSequence::Send(EventInfo& event, EventCall call, void* context) const {
+Sending EventSequence::Send(EventInfo event, EventCall call, void* context) const {
   const ComputerName computer(function_);
   event.computer = computer.Text();
   const siblings::EventApiTable& functions = module_.Functions();

@@ -45,7 +45,7 @@ class EventSequence {
  private:
   using EventCall = bool (*)(const siblings::EventApiTable& functions, const EventInfo& event, void* context);
 
-  Sending Send(EventInfo& event, EventCall call, void* context) const;
+  Sending Send(EventInfo event, EventCall call, void* context) const;
 
   const char* function_;
   siblings::EventApiScope module_;

@@ -19,7 +19,10 @@
 
 #include <cxxabi.h>
 #include <windows.h>
+// After windows.h.
+#include <ntsecapi.h>
 
+#include <cstdint>
 #include <iterator>
 
 namespace __gnu_cxx {
@@ -138,12 +141,6 @@ void __throw_out_of_range_fmt(const char*, ...) { throw exception(); }
 // of the project. Other compilers bring their own.
 
 #if defined(__MINGW32__)
-
-#include <windows.h>
-
-#include <ntsecapi.h>
-
-#include <cstdint>
 
 extern "C" {
 

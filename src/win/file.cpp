@@ -16,6 +16,7 @@ bool MakeWriters(ACCESS_ALLOWED_ACE& entry) noexcept {
   if (type != ACCESS_ALLOWED_ACE_TYPE && type != ACCESS_DENIED_ACE_TYPE) return false;
   if ((entry.Header.AceFlags & INHERIT_ONLY_ACE) != 0 || (entry.Mask & kWrites) == 0) return false;
   entry.Header.AceFlags = 0;
+  // NOLINTNEXTLINE(misc-redundant-expression): the rights of Windows to read and to write overlap
   entry.Mask = type == ACCESS_DENIED_ACE_TYPE ? FILE_ALL_ACCESS : FILE_GENERIC_READ | FILE_GENERIC_WRITE | DELETE;
   return true;
 }
@@ -96,23 +97,59 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 struct Narrow {
   using Path = std::string;
   using Found = WIN32_FIND_DATAA;
-  static constexpr auto kCreate = &CreateFileA;
-  static constexpr auto kAttributes = &GetFileAttributesExA;
-  static constexpr auto kMove = &MoveFileExA;
-  static constexpr auto kDelete = &DeleteFileA;
-  static constexpr auto kFindFirst = &FindFirstFileA;
-  static constexpr auto kFindNext = &FindNextFileA;
+  template <typename... Arguments>
+  static auto Create(Arguments... arguments) noexcept {
+    return CreateFileA(arguments...);
+  }
+  template <typename... Arguments>
+  static auto Attributes(Arguments... arguments) noexcept {
+    return GetFileAttributesExA(arguments...);
+  }
+  template <typename... Arguments>
+  static auto Move(Arguments... arguments) noexcept {
+    return MoveFileExA(arguments...);
+  }
+  template <typename... Arguments>
+  static auto Delete(Arguments... arguments) noexcept {
+    return DeleteFileA(arguments...);
+  }
+  template <typename... Arguments>
+  static auto FindFirst(Arguments... arguments) noexcept {
+    return FindFirstFileA(arguments...);
+  }
+  template <typename... Arguments>
+  static auto FindNext(Arguments... arguments) noexcept {
+    return FindNextFileA(arguments...);
+  }
 };
 
 struct Wide {
   using Path = std::wstring;
   using Found = WIN32_FIND_DATAW;
-  static constexpr auto kCreate = &CreateFileW;
-  static constexpr auto kAttributes = &GetFileAttributesExW;
-  static constexpr auto kMove = &MoveFileExW;
-  static constexpr auto kDelete = &DeleteFileW;
-  static constexpr auto kFindFirst = &FindFirstFileW;
-  static constexpr auto kFindNext = &FindNextFileW;
+  template <typename... Arguments>
+  static auto Create(Arguments... arguments) noexcept {
+    return CreateFileW(arguments...);
+  }
+  template <typename... Arguments>
+  static auto Attributes(Arguments... arguments) noexcept {
+    return GetFileAttributesExW(arguments...);
+  }
+  template <typename... Arguments>
+  static auto Move(Arguments... arguments) noexcept {
+    return MoveFileExW(arguments...);
+  }
+  template <typename... Arguments>
+  static auto Delete(Arguments... arguments) noexcept {
+    return DeleteFileW(arguments...);
+  }
+  template <typename... Arguments>
+  static auto FindFirst(Arguments... arguments) noexcept {
+    return FindFirstFileW(arguments...);
+  }
+  template <typename... Arguments>
+  static auto FindNext(Arguments... arguments) noexcept {
+    return FindNextFileW(arguments...);
+  }
 };
 
 template <typename Calls>
@@ -120,13 +157,13 @@ FileHandle Open(const typename Calls::Path& path, DWORD access, DWORD dispositio
                 DWORD attributes = FILE_ATTRIBUTE_NORMAL, SECURITY_ATTRIBUTES* security = nullptr,
                 DWORD share = kShareAll) noexcept {
   if (!Passes(FileCall::kOpen)) return FileHandle();
-  return FileHandle(Calls::kCreate(path.c_str(), access, share, security, disposition, attributes, nullptr));
+  return FileHandle(Calls::Create(path.c_str(), access, share, security, disposition, attributes, nullptr));
 }
 
 template <typename Calls>
 FileStatus StatusOfPath(const typename Calls::Path& path) noexcept {
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  if (!Passes(FileCall::kStatus) || !Calls::kAttributes(path.c_str(), GetFileExInfoStandard, &data)) return {};
+  if (!Passes(FileCall::kStatus) || !Calls::Attributes(path.c_str(), GetFileExInfoStandard, &data)) return {};
   return {.exists = true,
           .attributes = data.dwFileAttributes,
           .size = (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
@@ -156,12 +193,12 @@ FileHandle CreateReplacementOf(const typename Calls::Path& path, const typename 
 template <typename Calls>
 bool RenamePathOver(const typename Calls::Path& path, const typename Calls::Path& target) noexcept {
   return Passes(FileCall::kMove) &&
-         Calls::kMove(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+         Calls::Move(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
 
 template <typename Calls>
 void RemovePath(const typename Calls::Path& path) noexcept {
-  if (Passes(FileCall::kDelete)) Calls::kDelete(path.c_str());
+  if (Passes(FileCall::kDelete)) Calls::Delete(path.c_str());
 }
 
 template <typename Calls>
@@ -171,7 +208,7 @@ void RemoveUnusedFiles(const typename Calls::Path& prefix, std::size_t digits) n
   const auto isDigit = [](auto c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
   try {
     typename Calls::Found found{};
-    const FindHandle search(Calls::kFindFirst((prefix + Path(1, '*')).c_str(), &found));
+    const FindHandle search(Calls::FindFirst((prefix + Path(1, '*')).c_str(), &found));
     if (!search) return;
     const Path folder(prefix, 0, prefix.find_last_of(Path{'\\', '/'}) + 1), start(prefix, folder.size());
     do {
@@ -183,7 +220,7 @@ void RemoveUnusedFiles(const typename Calls::Path& prefix, std::size_t digits) n
       }
       // Fails while anyone has the file open; the end of the handle deletes it.
       Open<Calls>(folder + name, DELETE, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr, 0);
-    } while (Calls::kFindNext(search.Get(), &found));
+    } while (Calls::FindNext(search.Get(), &found));
   } catch (...) {
     // Without memory for a name the files stay for the next time.
   }
