@@ -8,7 +8,7 @@
 #ifndef KEPLUGIN_H
 #define KEPLUGIN_H
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "KESibling.h"
 
 #ifdef __cplusplus

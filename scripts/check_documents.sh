@@ -11,11 +11,11 @@ compare() {
 }
 
 # Result codes: number and name in the header and in the table, names in kelctl and at the exports.
-codes=$(sed -n '/^enum {/,/^};/s/^  \(KE_[A-Z0-9_]*\) = \([0-9]*\).*/\2 \1/p' include/KELUtils.h)
+codes=$(sed -n '/^enum {/,/^};/s/^  \(KE_[A-Z0-9_]*\) = \([0-9]*\).*/\2 \1/p' include/KEResults.h)
 names=$(cut -d' ' -f2 <<<"$codes" | sort)
-compare "result codes: KELUtils.h and docs/result-codes.md" "$codes" \
+compare "result codes: KEResults.h and docs/result-codes.md" "$codes" \
   "$(sed -n 's/^| \([0-9]*\) | `\(KE_[A-Z0-9_]*\)` |.*/\1 \2/p' docs/result-codes.md)"
-compare "result codes: KELUtils.h and kelctl" "$names" \
+compare "result codes: KEResults.h and kelctl" "$names" \
   "$(grep -o 'KELCTL_CODE(KE_[A-Z0-9_]*' tools/kelctl/result_codes.cpp | cut -d'(' -f2 | sort)"
 for name in $(sed -n 's/^ \* @retval \([A-Za-z0-9_]*\).*/\1/p' include/KELUtils.h | sort -u); do
   grep -qx "$name" <<<"$names" || complain "include/KELUtils.h: an export lists $name, which is no result code"

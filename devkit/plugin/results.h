@@ -1,7 +1,7 @@
 // The results of the plug-ins' functions.
 #pragma once
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace plugin {
 

@@ -12,7 +12,7 @@ class Connections {
  public:
   /// False when there are too many already.
   bool Open() noexcept {
-    const win::Holding holding(lock_);
+    const win::LockGuard holding(lock_);
     if (count_ == kMaximum) return false;
     ++count_;
     return true;
@@ -20,14 +20,14 @@ class Connections {
 
   /// False when none is open.
   bool Close() noexcept {
-    const win::Holding holding(lock_);
+    const win::LockGuard holding(lock_);
     if (count_ == 0) return false;
     --count_;
     return true;
   }
 
   bool IsOpen() noexcept {
-    const win::Holding holding(lock_);
+    const win::LockGuard holding(lock_);
     return count_ > 0;
   }
 

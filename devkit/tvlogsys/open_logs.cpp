@@ -2,7 +2,7 @@
 
 namespace tvlogsys {
 
-using Holding = win::Holding<win::CriticalSection>;
+using LockGuard = win::LockGuard<win::CriticalSection>;
 
 OpenLogs::Place* OpenLogs::Find(std::uint32_t handle) noexcept {
   for (Place& place : places_) {
@@ -14,7 +14,7 @@ OpenLogs::Place* OpenLogs::Find(std::uint32_t handle) noexcept {
 OpenLogs::Place* OpenLogs::FindOpen(std::uint32_t handle) noexcept { return handle == kFree ? nullptr : Find(handle); }
 
 Result OpenLogs::Open(std::uint32_t& handle) noexcept {
-  const Holding holding(lock_);
+  const LockGuard holding(lock_);
   Place* const place = Find(kFree);
   if (place == nullptr) return kTooManyLogs;
   // The lower part, the number of the place from 1 up, keeps the handles of open logs different even after the count
@@ -25,7 +25,7 @@ Result OpenLogs::Open(std::uint32_t& handle) noexcept {
 }
 
 Result OpenLogs::Close(std::uint32_t handle) noexcept {
-  const Holding holding(lock_);
+  const LockGuard holding(lock_);
   Place* const place = FindOpen(handle);
   if (place == nullptr) return kBadHandle;
   place->handle = kFree;
@@ -33,7 +33,7 @@ Result OpenLogs::Close(std::uint32_t handle) noexcept {
 }
 
 Result OpenLogs::SetFile(std::uint32_t handle, std::uint32_t level, const LogFile& file) noexcept {
-  const Holding holding(lock_);
+  const LockGuard holding(lock_);
   Place* const place = FindOpen(handle);
   if (place == nullptr) return kBadHandle;
   place->log.fileLevel = level;
@@ -42,7 +42,7 @@ Result OpenLogs::SetFile(std::uint32_t handle, std::uint32_t level, const LogFil
 }
 
 Result OpenLogs::SetDebugger(std::uint32_t handle, std::uint32_t level) noexcept {
-  const Holding holding(lock_);
+  const LockGuard holding(lock_);
   Place* const place = FindOpen(handle);
   if (place == nullptr) return kBadHandle;
   place->log.debuggerLevel = level;
@@ -50,7 +50,7 @@ Result OpenLogs::SetDebugger(std::uint32_t handle, std::uint32_t level) noexcept
 }
 
 Result OpenLogs::Get(std::uint32_t handle, Log& log) noexcept {
-  const Holding holding(lock_);
+  const LockGuard holding(lock_);
   const Place* const place = FindOpen(handle);
   if (place == nullptr) return kBadHandle;
   log = place->log;

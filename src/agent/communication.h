@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace agent {
 

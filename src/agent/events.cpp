@@ -49,11 +49,11 @@ struct StopAtEnd {
 
 }  // namespace
 
-EventSequence::EventSequence(const char* function) : function_(function), module_(BindModule()) {
+EventConnection::EventConnection(const char* function) : function_(function), module_(BindModule()) {
   if (!module_) Trace(trace::kAlways, function, "Could not load TvEvAPI");
 }
 
-Sending EventSequence::Send(EventInfo event, EventCall call, void* context) const {
+Sending EventConnection::Send(EventInfo event, EventCall call, void* context) const {
   const ComputerName computer(function_);
   event.computer = computer.Text();
   const siblings::EventApiTable& functions = module_.Functions();
@@ -103,7 +103,7 @@ KE_RESULT GetEventDescription(std::uint32_t errorCode, char* buffer, std::int32_
 namespace {
 
 using siblings::EventApiTable;
-using text::Shown;
+using text::OrNullText;
 using trace::kDetail;
 
 // Numbers whose meaning is the receiver's.
@@ -136,7 +136,7 @@ class UtcTime {
 };
 
 void TraceProductNotSent(const char* function, const char* product) {
-  Trace(kDetail, function, "Could not send UnInstall Event asociated with product: [%s]", Shown(product));
+  Trace(kDetail, function, "Could not send UnInstall Event asociated with product: [%s]", OrNullText(product));
 }
 
 /// Removes the agent's shutdown script at the end of the scope, also when it ends in an exception.
@@ -151,7 +151,7 @@ void WaitForDelivery(const char* function) {
 }
 
 KE_RESULT SendUninstalled(const char* function, const char* product) {
-  const EventSequence events(function);
+  const EventConnection events(function);
   if (!events) return KE_EVENTS_UNAVAILABLE;
   const Sending sending = events.Send(EventOf(product), [&](const EventApiTable& functions, const EventInfo& event) {
     if (functions.TEVT_Install(&event, kInstallFlag) == 0) return true;
@@ -165,7 +165,7 @@ KE_RESULT SendUninstalled(const char* function, const char* product) {
 }  // namespace
 
 KE_RESULT SendScanState(const char* function, const char* product, const char* taskId, std::int32_t status) {
-  const EventSequence events(function);
+  const EventConnection events(function);
   if (!events) return KE_EVENTS_UNAVAILABLE;
   const UtcTime now;
   Trace(kDetail, function, "Fecha y Hora UTC: %s", now.Text());
@@ -174,14 +174,14 @@ KE_RESULT SendScanState(const char* function, const char* product, const char* t
   const auto send = [&](const EventApiTable& functions, const EventInfo& event) {
     if (functions.TEVT_ScanState(&event, "Unknown", status, taskId) == 0) return true;
     Trace(kDetail, function, "Could not send State Event asociated with TaskId: [%s] and Status: [%i] to the Queue",
-          Shown(taskId), static_cast<int>(status));
+          OrNullText(taskId), static_cast<int>(status));
     return false;
   };
   return events.Send(info, send).result;
 }
 
 KE_RESULT SendRebootForced(const char* function, const char* product) {
-  const EventSequence events(function);
+  const EventConnection events(function);
   if (!events) return KE_EVENTS_UNAVAILABLE;
   const auto send = [&](const EventApiTable& functions, const EventInfo& event) {
     if (functions.TEVT_RebootForced(&event, "0") == 0) return true;
@@ -199,7 +199,7 @@ KE_RESULT ReportUninstallation(const char* function, const char* product) {
 
 KE_RESULT SendError(const char* function, std::uint32_t eventClass, std::uint32_t source, std::uint32_t errorCode,
                     const char* insert) {
-  const EventSequence events(function);
+  const EventConnection events(function);
   if (!events) return KE_EVENTS_UNAVAILABLE;
   const int shownCode = static_cast<int>(errorCode);
   char description[kDescriptionSize] = {};

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "siblings/modules.h"
 
 namespace agent {
@@ -21,10 +21,10 @@ struct Sending {
 };
 
 /// The event module, bound for the length of one export.
-class EventSequence {
+class EventConnection {
  public:
   /// Binds the module; one that cannot be bound is traced under `function`.
-  explicit EventSequence(const char* function);
+  explicit EventConnection(const char* function);
 
   /// True when the module is bound; only then may events be sent.
   explicit operator bool() const noexcept { return static_cast<bool>(module_); }

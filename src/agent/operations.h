@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "win/process.h"
 
 namespace agent {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace agent {
 

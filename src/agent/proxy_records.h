@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "KELAGAPI.h"
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace agent {
 

@@ -50,7 +50,7 @@ ComPointer<IWbemLocator> CreateLocator(const ComTable& com) {
 }
 
 ComPointer<IWbemServices> Connect(const ComTable& com, IWbemLocator& locator) {
-  const ComText place(com, L"ROOT\\CIMV2");
+  const ComBstr place(com, L"ROOT\\CIMV2");
   return ObtainObject<IWbemServices>([&](IWbemServices** out) {
     return locator.ConnectServer(place.Get(), nullptr, nullptr, nullptr, 0, nullptr, nullptr, out);
   });
@@ -62,7 +62,7 @@ bool SetProxySecurity(const ComTable& com, IWbemServices& services) {
 }
 
 ComPointer<IEnumWbemClassObject> Query(const ComTable& com, IWbemServices& services) {
-  const ComText language(com, L"WQL"), query(com, L"SELECT * FROM Win32_ComputerSystemProduct");
+  const ComBstr language(com, L"WQL"), query(com, L"SELECT * FROM Win32_ComputerSystemProduct");
   return ObtainObject<IEnumWbemClassObject>([&](IEnumWbemClassObject** out) {
     return services.ExecQuery(language.Get(), query.Get(), WBEM_FLAG_FORWARD_ONLY | WBEM_FLAG_RETURN_IMMEDIATELY,
                               nullptr, out);
@@ -79,7 +79,7 @@ std::string Narrow(const wchar_t* wide) {
 }
 
 void CopyUuid(const ComTable& com, IWbemClassObject& object, char* buffer, std::size_t size) {
-  ComValue value(com);
+  ComVariant value(com);
   if (FAILED(object.Get(L"UUID", 0, value.Out(), nullptr, nullptr)) || value.Text() == nullptr) return;
   text::CopyCut(Narrow(value.Text()), buffer, size);
 }

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <new>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "win/owner.h"
 
 namespace agent {
@@ -75,14 +75,14 @@ ComPointer<Interface> ObtainObject(Call call) {
 }
 
 /// A text in COM's own memory. Throws std::bad_alloc.
-class ComText {
+class ComBstr {
  public:
-  ComText(const ComTable& com, const wchar_t* text) : com_(com), text_(com.SysAllocString(text)) {
+  ComBstr(const ComTable& com, const wchar_t* text) : com_(com), text_(com.SysAllocString(text)) {
     if (text_ == nullptr) throw std::bad_alloc();
   }
-  ~ComText() { com_.SysFreeString(text_); }
-  ComText(const ComText&) = delete;
-  ComText& operator=(const ComText&) = delete;
+  ~ComBstr() { com_.SysFreeString(text_); }
+  ComBstr(const ComBstr&) = delete;
+  ComBstr& operator=(const ComBstr&) = delete;
 
   BSTR Get() const noexcept { return text_; }
 
@@ -92,12 +92,12 @@ class ComText {
 };
 
 /// A value of any type, empty at first.
-class ComValue {
+class ComVariant {
  public:
-  explicit ComValue(const ComTable& com) noexcept : com_(com) {}
-  ~ComValue() { com_.VariantClear(&value_); }
-  ComValue(const ComValue&) = delete;
-  ComValue& operator=(const ComValue&) = delete;
+  explicit ComVariant(const ComTable& com) noexcept : com_(com) {}
+  ~ComVariant() { com_.VariantClear(&value_); }
+  ComVariant(const ComVariant&) = delete;
+  ComVariant& operator=(const ComVariant&) = delete;
 
   /// For a call that stores the value.
   VARIANT* Out() noexcept { return &value_; }

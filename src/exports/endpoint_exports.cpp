@@ -38,7 +38,7 @@ KE_RESULT KE_API KE_UpgradeStart(const char* installDir) {
 // The exports of proxy and internet configuration.
 
 using text::IsBlank;
-using text::Shown;
+using text::OrNullText;
 using trace::Export;
 using trace::ExportCall;
 using trace::kDetail;
@@ -52,11 +52,11 @@ KE_RESULT KE_API KE_GetConfiguratedProxy(KE_PROXY* proxy) {
 
 KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, const char* user, const char* password) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
-    Trace(kDetail, self.name, "Parameter Server:   [%s]", Shown(server));
-    Trace(kDetail, self.name, "Parameter Port:     [%s]", Shown(port));
+    Trace(kDetail, self.name, "Parameter Server:   [%s]", OrNullText(server));
+    Trace(kDetail, self.name, "Parameter Port:     [%s]", OrNullText(port));
     // User and password arrive enciphered and are traced so.
-    Trace(kDetail, self.name, "Parameter User:     [%s]", Shown(user));
-    Trace(kDetail, self.name, "Parameter Password: [%s]", Shown(password));
+    Trace(kDetail, self.name, "Parameter User:     [%s]", OrNullText(user));
+    Trace(kDetail, self.name, "Parameter Password: [%s]", OrNullText(password));
     if (user == nullptr || password == nullptr || IsBlank(server) || port == nullptr) return KE_MISSING_ARGUMENT;
     if (win::GetModuleDirectory().empty()) return KE_NO_MODULE_DIRECTORY;
     return agent::SetAgentProxy(self.name, {server, port, user, password});
@@ -65,8 +65,8 @@ KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, cons
 
 KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
-    Trace(kDetail, self.name, "Parameter pszHost:   [%s]", Shown(host));
-    Trace(kDetail, self.name, "Parameter pszIPs:    [%s]", Shown(ips));
+    Trace(kDetail, self.name, "Parameter pszHost:   [%s]", OrNullText(host));
+    Trace(kDetail, self.name, "Parameter pszIPs:    [%s]", OrNullText(ips));
     return agent::SetStaticProxy(self.name, host, ips);
   });
 }

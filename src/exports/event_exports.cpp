@@ -31,8 +31,8 @@ KE_RESULT KE_API KE_GetEventDescription(uint32_t errorCode, char* buffer, int32_
 
 KE_RESULT KE_API KE_InitEventSystem(void) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
-    const siblings::ComponentRun run = siblings::RunComponent(self.name, "KELTVEVT", "KELTVEVT -start");
-    if (run.exitCode != 0) siblings::TraceComponentFailed(self.name, "KELTVEVT", run.exitCode);
+    const siblings::LauncherRun run = siblings::RunLauncherCommand(self.name, "KELTVEVT", "KELTVEVT -start");
+    if (run.exitCode != 0) siblings::TraceLauncherCommandFailed(self.name, "KELTVEVT", run.exitCode);
     const bool started = run.launcherBound && run.launcherResult == 0 && run.exitCode == 0;
     return started ? KE_SUCCESS : KE_EVENTS_UNAVAILABLE;
   });

@@ -53,8 +53,8 @@ KE_RESULT KE_API KE_SendReport(void) {
 
 KE_RESULT KE_API KE_AplyLocalRCMCfg(void) {
   return ExportCall("KE_AplyLocalCfg", [&](Export& self) -> KE_RESULT {
-    const siblings::ComponentRun run = siblings::RunComponent(self.name, "KELCONF", "KELCONF -LocalCfg -force");
-    if (run.exitCode != 0) siblings::TraceComponentFailed(self.name, "KELCONF", run.exitCode);
+    const siblings::LauncherRun run = siblings::RunLauncherCommand(self.name, "KELCONF", "KELCONF -LocalCfg -force");
+    if (run.exitCode != 0) siblings::TraceLauncherCommandFailed(self.name, "KELCONF", run.exitCode);
     return KE_SUCCESS;
   });
 }

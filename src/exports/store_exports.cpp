@@ -26,7 +26,7 @@ namespace {
 // Sets a text and, after a successful write, notifies the plug-ins of it: without a lock, for a plug-in may call back.
 KE_RESULT SetAndNotify(const store::TextSetter& row, const char* text, KE_RESULT (*notify)(const char*)) noexcept {
   return ExportCall(row.exportName.data(), [&](Export& self) -> KE_RESULT {
-    const KE_RESULT result = store::StoreText(row, text);
+    const KE_RESULT result = store::CheckAndSet(row, text);
     if (result != KE_SUCCESS) return result;
     const KE_RESULT notified = trace::RunStep([&] { return notify(text); });
     Trace(trace::kDetail, self.name, "Plug-ins notified. Return code (%i)", static_cast<int>(notified));
@@ -111,7 +111,7 @@ KE_RESULT KE_API KE_SetLastErrorParam(const char* text) {
 KE_RESULT KE_API KE_SetPropertyInIntegra(const char* key, const char* text) {
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
     if (IsBlank(key) || IsBlank(text)) return KE_MISSING_ARGUMENT;
-    return store::StoreText("INTEGRATION", key, text);
+    return store::CheckAndSet("INTEGRATION", key, text);
   });
 }
 
@@ -124,7 +124,7 @@ KE_RESULT KE_API KE_GetLastInstallError(int32_t* value) { return GetNumber(__fun
 KE_RESULT KE_API KE_SetLastInstallError(const int32_t* error) {
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
     if (error == nullptr) return KE_MISSING_ARGUMENT;
-    return store::StoreText("INSTALL", "LastError", std::to_string(*error).c_str());
+    return store::CheckAndSet("INSTALL", "LastError", std::to_string(*error).c_str());
   });
 }
 

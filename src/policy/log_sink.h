@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace policy {
 

@@ -116,13 +116,13 @@ void DumpVersionInfo(ILogSink* sink, const VersionRecord& record) {
 bool IdentifyOs() {
   VersionRecord version;
   const OsRecord record = GetVersionRecord(version) ? DescribeOs(FactsOf(std::move(version))) : OsRecord{};
-  const win::Holding hold(g_lock);
+  const win::LockGuard hold(g_lock);
   g_record = record;
   return record.identified;
 }
 
 OsRecord IdentifiedOs() noexcept {
-  const win::Holding hold(g_lock);
+  const win::LockGuard hold(g_lock);
   return g_record;
 }
 

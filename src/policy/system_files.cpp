@@ -65,13 +65,13 @@ void CreateFolderOf(const std::wstring& path) {
   const auto create = [&] {
     return CreateDirectoryW(folder.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND;
   };
-  if (Unredirected(create)) return;
+  if (WithoutWow64Redirection(create)) return;
   CreateFolderOf(folder);
-  Unredirected(create);
+  WithoutWow64Redirection(create);
 }
 
 DWORD CheckOnce(const std::wstring& path) noexcept {
-  const win::FileHandle file(Unredirected([&] {
+  const win::FileHandle file(WithoutWow64Redirection([&] {
     return CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
   }));
@@ -80,7 +80,7 @@ DWORD CheckOnce(const std::wstring& path) noexcept {
 
 DWORD ReadOnce(const std::wstring& path, std::size_t limit, std::string& bytes) {
   bytes.clear();
-  const win::FileHandle file = Unredirected([&] { return win::OpenForReading(path); });
+  const win::FileHandle file = WithoutWow64Redirection([&] { return win::OpenForReading(path); });
   if (!file) return GetLastError();
   const auto size = win::SizeOf(file);
   if (!size) return GetLastError();
@@ -91,7 +91,7 @@ DWORD ReadOnce(const std::wstring& path, std::size_t limit, std::string& bytes) 
 
 // One scope for the whole replacement: it makes file calls and pauses only, and loads no DLL.
 win::Replaced Replace(const std::wstring& path, const std::string& bytes, const win::FileStatus& like) noexcept {
-  return Unredirected([&] { return win::ReplaceContent(path, bytes, like); });
+  return WithoutWow64Redirection([&] { return win::ReplaceContent(path, bytes, like); });
 }
 
 }  // namespace
@@ -106,7 +106,7 @@ DWORD ReadPolicyFile(const std::wstring& path, std::size_t limit, std::string& b
 
 DWORD WritePolicyFile(const SinkCall& call, const std::wstring& path, const std::string& bytes, const std::string& old,
                       DWORD attributes) {
-  win::FileStatus status = Unredirected([&] { return win::StatusOf(path); });
+  win::FileStatus status = WithoutWow64Redirection([&] { return win::StatusOf(path); });
   if (!status.exists) {
     if (!win::LastErrorIsNotFound()) return GetLastError();
     status.attributes = attributes;
@@ -115,14 +115,15 @@ DWORD WritePolicyFile(const SinkCall& call, const std::wstring& path, const std:
   const win::Replaced replaced = Replace(path, bytes, status);
   const DWORD error = GetLastError();
   if (replaced.inPlace && replaced.opened) call.Fail(KE_SUCCESS, replaced.error, L"Overwritten in place", path.c_str());
-  if (replaced.inPlace && !status.exists) Unredirected([&] { return SetFileAttributesW(path.c_str(), attributes); });
+  if (replaced.inPlace && !status.exists)
+    WithoutWow64Redirection([&] { return SetFileAttributesW(path.c_str(), attributes); });
   if (replaced.complete) return ERROR_SUCCESS;
   if (status.exists && replaced.written > 0) Replace(path, old, status);
   return error == ERROR_SUCCESS ? DWORD{ERROR_WRITE_FAULT} : error;
 }
 
 void RemovePolicyLeftovers(const std::wstring& path) noexcept {
-  Unredirected([&] { win::RemoveLeftovers(path); });
+  WithoutWow64Redirection([&] { win::RemoveLeftovers(path); });
 }
 
 DWORD DeletePolicyFile(const std::wstring& path) {
@@ -132,22 +133,24 @@ DWORD DeletePolicyFile(const std::wstring& path) {
 DWORD DeleteAtOnce(const std::wstring& path) noexcept {
   const DWORD attributes = AttributesOf(path);
   const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
-  const auto setAttributes = [&](DWORD set) { Unredirected([&] { return SetFileAttributesW(path.c_str(), set); }); };
+  const auto setAttributes = [&](DWORD set) {
+    WithoutWow64Redirection([&] { return SetFileAttributesW(path.c_str(), set); });
+  };
   if (readOnly) setAttributes(attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
-  if (Unredirected([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
+  if (WithoutWow64Redirection([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
   const DWORD error = GetLastError();
   if (readOnly) setAttributes(attributes);
   return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
 }
 
 DWORD AttributesOf(const std::wstring& path) noexcept {
-  return Unredirected([&] { return GetFileAttributesW(path.c_str()); });
+  return WithoutWow64Redirection([&] { return GetFileAttributesW(path.c_str()); });
 }
 
 KE_RESULT DeleteAtReboot(ILogSink* sink, const std::wstring& path) {
   const SinkCall call(sink, __func__);
   call.Parameter(L"path", path.c_str());
-  if (Unredirected([&] { return MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); }))
+  if (WithoutWow64Redirection([&] { return MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); }))
     return call.End(KE_SUCCESS);
   return call.End(call.Fail(KE_STORE_UNUSABLE, GetLastError(), L"Error deleting at reboot", path.c_str()));
 }
@@ -172,7 +175,7 @@ KE_RESULT DeleteContent(ILogSink* sink, const std::wstring& folder) {
   KE_RESULT result = KE_SUCCESS;
   WIN32_FIND_DATAW found{};
   const std::wstring pattern = folder + L"\\*";
-  const win::FindHandle search(Unredirected([&] { return FindFirstFileW(pattern.c_str(), &found); }));
+  const win::FindHandle search(WithoutWow64Redirection([&] { return FindFirstFileW(pattern.c_str(), &found); }));
   if (!search) return KE_RESULT{IsMissing(GetLastError()) ? KE_SUCCESS : KE_STORE_UNUSABLE};
   do {
     const std::wstring_view name = found.cFileName;
@@ -188,7 +191,7 @@ KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes
   if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) return DeleteFileNowOrAtReboot(sink, path);
   const bool link = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
   const KE_RESULT content = link ? KE_RESULT{KE_SUCCESS} : DeleteContent(sink, path);
-  if (Unredirected([&] { return RemoveDirectoryW(path.c_str()); })) return content;
+  if (WithoutWow64Redirection([&] { return RemoveDirectoryW(path.c_str()); })) return content;
   const KE_RESULT later = DeleteAtReboot(sink, path);  // the platform deletes in the order of the requests
   return content == KE_SUCCESS ? later : content;
 }

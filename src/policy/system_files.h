@@ -32,7 +32,7 @@ class UnredirectedFiles {
 
 /// What `call()` returns, made on the true folders.
 template <typename Call>
-auto Unredirected(Call call) {
+auto WithoutWow64Redirection(Call call) {
   const UnredirectedFiles scope;
   return call();
 }

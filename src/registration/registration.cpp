@@ -176,16 +176,16 @@ Section Subscribers(const char* function, const char* type) {
 
 KE_RESULT RemoveUpdateInformation(const char* function, const char* key) {
   const std::string command = std::string("KELUPD -REMOVEINFO:") + key;
-  const auto run = siblings::RunComponent(function, "KELUPD", command.c_str());
+  const auto run = siblings::RunLauncherCommand(function, "KELUPD", command.c_str());
   if (!run.launcherBound) return KE_LAUNCHER_NOT_LOADED;
   if (run.launcherResult != 0) return KE_PROGRAM_NOT_STARTED;
   if (run.exitCode == 0) return KE_SUCCESS;
-  siblings::TraceComponentFailed(function, "KELUPD", run.exitCode);
+  siblings::TraceLauncherCommandFailed(function, "KELUPD", run.exitCode);
   return KE_STORE_UNUSABLE;
 }
 
 // Gives the configuration module's plug-in `value` when the console's plug-in comes or goes. Letter case counts here.
-KE_RESULT Displace(const Section& subscribers, const char* key, const char* value) {
+KE_RESULT SwitchDefaultSubscriber(const Section& subscribers, const char* key, const char* value) {
   return key == kConsolePlugin ? subscribers.Write(kConfigurationPlugin, value) : KE_RESULT{KE_SUCCESS};
 }
 
@@ -217,13 +217,14 @@ KE_RESULT SetInstalledVersion(const char* function, const char* key, const char*
 
 KE_RESULT AddSubscription(const char* function, const char* key, const char* type) {
   const Section subscribers = Subscribers(function, type);
-  if (const KE_RESULT result = Displace(subscribers, key, kRemoved); result != KE_SUCCESS) return result;
+  if (const KE_RESULT result = SwitchDefaultSubscriber(subscribers, key, kRemoved); result != KE_SUCCESS) return result;
   return subscribers.Write(key, kSubscribed);
 }
 
 KE_RESULT RemoveSubscription(const char* function, const char* key, const char* type) {
   const Section subscribers = Subscribers(function, type);
-  if (const KE_RESULT result = Displace(subscribers, key, kSubscribed); result != KE_SUCCESS) return result;
+  if (const KE_RESULT result = SwitchDefaultSubscriber(subscribers, key, kSubscribed); result != KE_SUCCESS)
+    return result;
   return subscribers.Write(key, kRemoved);
 }
 

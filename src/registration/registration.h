@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace registration {
 

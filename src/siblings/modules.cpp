@@ -32,7 +32,7 @@ const CryptoTable* Crypto() noexcept { return g_cryptoPublished.load(std::memory
 bool LoadCrypto(const char* folder) noexcept {
   if (Crypto()) return true;
   SiblingSearch search(__func__, "ApiCr.dll", kCryptoNames);
-  const win::Holding hold(g_cryptoLock);
+  const win::LockGuard hold(g_cryptoLock);
   if (Crypto()) return true;
   if (!search.Bind(folder, g_cryptoModule, &g_cryptoTable)) {
     g_cryptoTable = {};
@@ -80,10 +80,10 @@ LauncherScope::~LauncherScope() {
   if (boundHere_) FreeLauncher();
 }
 
-ComponentRun RunComponent(const char* function, const char* component, const char* command) {
+LauncherRun RunLauncherCommand(const char* function, const char* component, const char* command) {
   const FreeLauncherAtEnd release;
   const LauncherScope launcher(function);
-  ComponentRun run{};
+  LauncherRun run{};
   run.launcherBound = static_cast<bool>(launcher);
   if (!run.launcherBound) return run;
   run.launcherResult = Launcher().Run(command, &run.exitCode);
@@ -94,7 +94,7 @@ ComponentRun RunComponent(const char* function, const char* component, const cha
   return run;
 }
 
-void TraceComponentFailed(const char* function, const char* component, std::int32_t exitCode) noexcept {
+void TraceLauncherCommandFailed(const char* function, const char* component, std::int32_t exitCode) noexcept {
   trace::Trace(trace::kDetail, function, "Could not Run %s. %s Run returned code :%i", component, component,
                static_cast<int>(exitCode));
 }
@@ -142,7 +142,7 @@ void ClearTable() noexcept {
 }
 
 bool LoadAgentFrom(const char* folder, SiblingSearch& search) noexcept {
-  const win::Holding hold(g_agentLock);
+  const win::LockGuard hold(g_agentLock);
   if (g_agentModule) {
     ++g_agentReferences;
     return true;
@@ -168,7 +168,7 @@ bool LoadAgentApi(const char* folder) noexcept {
 }
 
 bool FreeAgentApi() noexcept {
-  const win::Holding hold(g_agentLock);
+  const win::LockGuard hold(g_agentLock);
   if (!g_agentModule) {
     g_agentReferences = 0;
     ClearTable();
@@ -185,7 +185,7 @@ bool FreeAgentApi() noexcept {
 unsigned OpenAgentApi() {
   const std::string directory = win::GetModuleDirectory();
   SiblingSearch search(__func__, kAgentFile, kAgentNames);
-  const win::Holding hold(g_agentLock);  // no other thread counts a module that is about to be given up
+  const win::LockGuard hold(g_agentLock);  // no other thread counts a module that is about to be given up
   if (LoadAgentFrom(text::CommonFolder(directory).c_str(), search) ||
       LoadAgentFrom(text::OwnFolder(directory).c_str(), search))
     return 0;
@@ -203,7 +203,7 @@ KE_RESULT CheckAgentProxyApi() {
 
 void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept {
   {
-    const win::Holding hold(g_agentLock);
+    const win::LockGuard hold(g_agentLock);
     // Required of every module, so bound means that the search has found nothing missing.
     if (g_agentTable.KE_AGAPI_AskProxyConfig) TraceMissingFunction(function, g_agentModule.Get());
   }

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "siblings/functions.h"
 
 namespace siblings {
@@ -66,7 +66,7 @@ class LauncherScope {
 };
 
 /// What came of a component's command.
-struct ComponentRun {
+struct LauncherRun {
   bool launcherBound;
   int launcherResult;     // 0 when the launcher ran the command
   std::int32_t exitCode;  // 0 unless the command told otherwise
@@ -74,10 +74,10 @@ struct ComponentRun {
 
 /// Has the launcher run `command`, a command line of `component`, and frees the launcher, whoever bound it. A launcher
 /// that cannot be bound, or cannot run the command, is traced under `function`.
-ComponentRun RunComponent(const char* function, const char* component, const char* command);
+LauncherRun RunLauncherCommand(const char* function, const char* component, const char* command);
 
 /// Traces that the command of `component` ended with an exit code that is not 0.
-void TraceComponentFailed(const char* function, const char* component, std::int32_t exitCode) noexcept;
+void TraceLauncherCommandFailed(const char* function, const char* component, std::int32_t exitCode) noexcept;
 
 // The event module: every caller binds a record of its own.
 

@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "KELUtils.h"
 #include "KEPlugin.h"
+#include "KEResults.h"
 
 namespace siblings {
 

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "win/process.h"
 
 namespace siblings {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace siblings {
 

@@ -133,15 +133,15 @@ KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexce
 }
 
 KE_RESULT SetText(const TextSetter& row, const char* text) noexcept {
-  return ExportCall(row.exportName.data(), [&](Export&) { return StoreText(row, text); });
+  return ExportCall(row.exportName.data(), [&](Export&) { return CheckAndSet(row, text); });
 }
 
-KE_RESULT StoreText(const TextSetter& row, const char* text) {
+KE_RESULT CheckAndSet(const TextSetter& row, const char* text) {
   if (IsRefused(text, row.refused)) return KE_MISSING_ARGUMENT;
-  return StoreText(row.section, row.key, text ? text : "");
+  return CheckAndSet(row.section, row.key, text ? text : "");
 }
 
-KE_RESULT StoreText(const char* section, const char* key, const char* text) {
+KE_RESULT CheckAndSet(const char* section, const char* key, const char* text) {
   return CheckAndUpdate([&](IniStore& store) { return SetAndSave(store, section, key, text); });
 }
 
@@ -209,7 +209,7 @@ KE_RESULT Integrate(const KE_TIME& time) {
   snprintf(date, sizeof date, "%.4lli-%.2lli-%.2i %.2i:%.2i:%.2i", static_cast<long long>(kFirstYear + time.year),
            static_cast<long long>(std::int64_t{time.month} + 1), static_cast<int>(time.day),
            static_cast<int>(time.hours), static_cast<int>(time.minutes), static_cast<int>(time.seconds));
-  return StoreText("INTEGRATION", "Date", date);
+  return CheckAndSet("INTEGRATION", "Date", date);
 }
 
 KE_RESULT DeIntegrate() {

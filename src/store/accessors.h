@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "store/accessor_table.h"
 #include "store/ini_store.h"
 
@@ -19,10 +19,10 @@ KE_RESULT GetText(const TextGetter& row, char* buffer, std::int32_t size) noexce
 KE_RESULT SetText(const TextSetter& row, const char* text) noexcept;
 
 /// The same in the body of an export that does more.
-KE_RESULT StoreText(const TextSetter& row, const char* text);
+KE_RESULT CheckAndSet(const TextSetter& row, const char* text);
 
 /// Stores `text` under any key and writes the store, in the body of an export that has checked its arguments.
-KE_RESULT StoreText(const char* section, const char* key, const char* text);
+KE_RESULT CheckAndSet(const char* section, const char* key, const char* text);
 
 /// Reads a decimal number, 0 when it is missing. The output stays as it was when the read fails.
 KE_RESULT GetNumber(const char* exportName, const char* section, const char* key, std::int32_t* value) noexcept;

@@ -23,7 +23,7 @@ auto FindNamed(Elements& elements, Name name, std::string_view wanted) noexcept 
 }
 
 // Copies a text into the store.
-std::string_view Keep(IniStore& store, std::string_view text) {
+std::string_view CopyText(IniStore& store, std::string_view text) {
   if (text.empty()) return {};
   auto& kept = store.texts.emplace_back(new char[text.size()]);
   text.copy(kept.get(), text.size());
@@ -31,7 +31,7 @@ std::string_view Keep(IniStore& store, std::string_view text) {
 }
 
 // Frees a text that is kept alone; one that is part of a file's text stays.
-void Forget(IniStore& store, std::string_view text) noexcept {
+void FreeText(IniStore& store, std::string_view text) noexcept {
   if (text.empty()) return;
   std::erase_if(store.texts, [&](const auto& kept) { return kept.get() == text.data(); });
 }
@@ -42,7 +42,7 @@ IniEntry* LookupOrCreate(IniStore& store, const char* section, const char* key, 
   if (found == nullptr && create) found = AddSection(store, section);
   if (found == nullptr) return nullptr;
   IniEntry* entry = FindNamed(found->entries, &IniEntry::key, key);
-  return entry == nullptr && create ? &found->entries.emplace_back(IniEntry{Keep(store, key), {}}) : entry;
+  return entry == nullptr && create ? &found->entries.emplace_back(IniEntry{CopyText(store, key), {}}) : entry;
 }
 
 void AppendWithoutLineBreaks(std::string& text, std::string_view part) {
@@ -109,7 +109,7 @@ IniSection* FindSection(IniStore& store, const char* name) noexcept {
 
 IniSection* AddSection(IniStore& store, const char* name) {
   if (name == nullptr) return nullptr;
-  store.sections.push_back({.name = Keep(store, name), .entries = {}});
+  store.sections.push_back({.name = CopyText(store, name), .entries = {}});
   return FindSection(store, name);
 }
 
@@ -119,8 +119,8 @@ const IniEntry* FindEntry(const IniSection& section, const char* key) noexcept {
 
 const IniEntry* AddEntry(IniStore& store, IniSection& section, const char* key, std::string_view value) {
   if (key == nullptr) return nullptr;
-  const std::string_view keptKey = Keep(store, key);
-  section.entries.push_back({keptKey, Keep(store, value)});
+  const std::string_view keptKey = CopyText(store, key);
+  section.entries.push_back({keptKey, CopyText(store, value)});
   return FindEntry(section, key);
 }
 
@@ -136,8 +136,8 @@ const IniEntry* LookupEntry(const IniStore& store, const char* section, const ch
 bool SetValue(IniStore& store, const char* section, const char* key, std::string_view value) {
   IniEntry* const entry = LookupOrCreate(store, section, key, true);
   if (entry == nullptr) return false;
-  const std::string_view kept = Keep(store, value);
-  Forget(store, entry->value);
+  const std::string_view kept = CopyText(store, value);
+  FreeText(store, entry->value);
   entry->value = kept;
   return true;
 }
@@ -160,7 +160,7 @@ std::string Serialise(const IniStore& store) {
 }
 
 void ParseIni(std::string_view text, IniStore& store) {
-  KeptText rest(Keep(store, text));
+  KeptText rest(CopyText(store, text));
   while (rest.SkipLineBreaks()) {
     if (rest.Take('[')) {
       AppendParsedSection(store, rest.Before(']'));

@@ -258,7 +258,7 @@ auto WithIntegraLock(const char* function, Operation operation) -> decltype(oper
   if (directory.empty()) return {KE_NO_MODULE_DIRECTORY};
   try {
     const StorePaths paths(directory);
-    const win::Holding hold(win::IntegraLock);
+    const win::LockGuard hold(win::IntegraLock);
     return operation(paths);
   } catch (...) {
     Trace(kDetail, function, "Exception raised");
@@ -325,7 +325,7 @@ KE_RESULT KeepAsStartCopy(const char* function) {
 }
 
 void DropIntegraStore() noexcept {
-  const win::Holding hold(win::IntegraLock);
+  const win::LockGuard hold(win::IntegraLock);
   ReplaceStore(nullptr);
 }
 

@@ -2,7 +2,7 @@
 // INTEGRA.START, all in the agent's folder. The only way to that file.
 #pragma once
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "store/ini_store.h"
 
 namespace store {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace store {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 #include "store/ini_store.h"
 
 namespace store {

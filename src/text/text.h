@@ -11,7 +11,7 @@ namespace text {
 inline bool IsBlank(const char* text) noexcept { return text == nullptr || *text == '\0'; }
 
 /// What stands for a text in a trace line.
-inline const char* Shown(const char* text) noexcept { return text ? text : "(null)"; }
+inline const char* OrNullText(const char* text) noexcept { return text ? text : "(null)"; }
 
 /// Copies a text into a buffer of `size` bytes, which is not 0, cut to what fits before its terminating zero.
 inline void CopyCut(std::string_view text, char* buffer, std::size_t size) noexcept {

@@ -50,7 +50,7 @@ int CL_LOG_SYSTEM::Configure(const char* moduleName, const char* settingsFile, c
   const auto record = MakeLogConfiguration(moduleName, libraryDirectory, logDirectory, LogLevelFromText(level.text),
                                            LogSizeFromText(size.text), win::IsLeadByte);
 
-  const win::Holding hold(traceLock_);
+  const win::LockGuard hold(traceLock_);
   // Lines are written without the lock: an unchanged record is left alone.
   if (record && IsAcceptable(*record) && *record != configuration_) configuration_ = *record;
   return Enabled() && LoadDependences(counted) ? 0 : -1;
@@ -114,7 +114,7 @@ bool CL_LOG_SYSTEM::InitializeLibrary() noexcept {
 }
 
 void CL_LOG_SYSTEM::FreeDependences(bool counted) noexcept {
-  const win::Holding hold(traceLock_);
+  const win::LockGuard hold(traceLock_);
   if (!library_) {
     references_ = 0;
     DebugMessage("Log System FD NLD - %s - %d", configuration_.moduleName, references_);

@@ -1,7 +1,7 @@
 // Tracing: what exports and inner routines write about themselves. Nothing here throws or changes the last-error value.
 #pragma once
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 #if defined(__MINGW32__)
 #define KE_PRINTF_LIKE(text, arguments) __attribute__((format(gnu_printf, text, arguments)))

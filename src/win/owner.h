@@ -99,12 +99,12 @@ class CriticalSection {
 
 /// Holds a lock for the scope. `Lock` has Enter and Leave.
 template <typename Lock>
-class Holding {
+class LockGuard {
  public:
-  explicit Holding(Lock& lock) noexcept : lock_(lock) { lock_.Enter(); }
-  ~Holding() { lock_.Leave(); }
-  Holding(const Holding&) = delete;
-  Holding& operator=(const Holding&) = delete;
+  explicit LockGuard(Lock& lock) noexcept : lock_(lock) { lock_.Enter(); }
+  ~LockGuard() { lock_.Leave(); }
+  LockGuard(const LockGuard&) = delete;
+  LockGuard& operator=(const LockGuard&) = delete;
 
  private:
   Lock& lock_;

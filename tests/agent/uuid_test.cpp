@@ -3,6 +3,7 @@
 #include <regex>
 #include <vector>
 
+#include "KELUtils.h"
 #include "agent/uuid.h"
 #include "support/agent_tree.h"
 #include "trace/trace.h"

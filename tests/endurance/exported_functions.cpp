@@ -25,11 +25,13 @@ Kind KindOf(const std::string& type) {
 }
 
 std::vector<ExportedFunction> ReadHeader() {
-  const std::string header = support::ReadFile(support::BuildFolder() / "include/KELUtils.h");
+  const std::filesystem::path include = support::BuildFolder() / "include";
+  const std::string header = support::ReadFile(include / "KELUtils.h"),
+                    values = support::ReadFile(include / "KEResults.h");
   const std::regex code("(KE_[A-Z0-9_]+) = (\\d+)"), function("\n(\\w+) KE_API (KE_\\w+)\\(([^)]*)\\);"),
       parameter("([^,]*[ *])(\\w+)"), result("@retval (KE_[A-Z0-9_]+)");
   std::map<std::string, std::uint32_t> codes;
-  for (Matches i(header.begin(), header.end(), code), end; i != end; ++i) codes[(*i)[1]] = std::stoul((*i)[2]);
+  for (Matches i(values.begin(), values.end(), code), end; i != end; ++i) codes[(*i)[1]] = std::stoul((*i)[2]);
   std::vector<ExportedFunction> functions;
   for (Matches i(header.begin(), header.end(), function), end; i != end; ++i) {
     const std::string list = (*i)[3], comment = header.substr(header.rfind("/**", i->position()), i->position());

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace kelctl {
 

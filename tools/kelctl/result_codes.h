@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "KELUtils.h"
+#include "KEResults.h"
 
 namespace kelctl {
 
