@@ -1,4 +1,4 @@
-// The agent's identity, read from the cached store and changed, beside the bare platform calls that this demands.
+// Reading and changing the agent's identity, compared with the bare Windows calls that this needs.
 #include <cstdio>
 
 #include "KELUtils.h"
@@ -13,7 +13,7 @@ constexpr int kCallsOfARound = 50;
 constexpr double kReadLimit = 1.10;
 constexpr double kChangeLimit = 1.15;
 
-// Prints what `work` is, and compares the library's calls with the bare ones; each gives true when it went well.
+// Compares the library's calls with the bare ones. Each returns true on success.
 template <typename Call, typename Bare>
 bool Measure(const char* work, const char* traced, double limit, Call call, Bare bare) {
   bool good = true;

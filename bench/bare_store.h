@@ -1,4 +1,4 @@
-// What reading and changing the identity demands, in bare platform calls and one call of the crypto module.
+// The bare Windows calls, and the call of the crypto module, that reading and changing the identity needs.
 #pragma once
 
 #include <string>
@@ -8,18 +8,17 @@
 
 namespace bench {
 
-/// A store of one's own, with the content of the library's, in the folder Bare beside the library's.
+/// A second store with the content of the library's store, in the folder Bare next to it.
 class BareStore {
  public:
-  /// `directory` is that of KELUtils.dll, whose store there is already.
+  /// `directory` is the folder of KELUtils.dll, whose store exists.
   explicit BareStore(const std::string& directory);
 
-  /// The cached store: is the file the one that was read?
+  /// Reads the cached store: checks whether the file has changed.
   void GetAgentId();
 
-  /// The certificate is looked for, then the store is enciphered and put in the place of file and backup: each written
-  /// beside, with the access rights of the old one, flushed and renamed, all with the lock between processes held. The
-  /// live file gets a time of its own, because it was written a moment ago. False when a call failed.
+  /// Reads the certificate, encrypts the store and replaces file and backup atomically, keeping their access rights,
+  /// under the lock between processes. The live file gets a distinct write time. Returns false if a call failed.
   bool SetAgentId();
 
  private:

@@ -1,4 +1,4 @@
-// What the trace system demands of each call of an export, in bare platform calls.
+// The bare Windows calls that tracing needs in each call of an export.
 #pragma once
 
 #include <string>
@@ -8,16 +8,16 @@
 
 namespace bench {
 
-/// The settings are read, the trace library is loaded, bound and set up, lines are written, and all is undone at the
-/// end. Without the library it is looked for in its two places, and lines end before it.
+/// Reads the settings, loads, binds and sets up the trace library, writes lines, and frees it at the end. If the library
+/// is missing, it is looked for in its two places and no lines are written.
 class BareTrace {
  public:
-  /// `directory` is that of KELUtils.dll.
+  /// `directory` is the folder of KELUtils.dll.
   explicit BareTrace(const std::string& directory);
 
   void Open();
 
-  /// An export that is called inside of another: the settings are read again, and the library stays loaded.
+  /// A nested export: reads the settings again; the library stays loaded.
   void OpenAgain();
   void CloseAgain();
 

@@ -1,5 +1,5 @@
-// Base64 of 256 bytes to 1 MB beside OpenSSL: without line breaks beside EVP_EncodeBlock and EVP_DecodeBlock, and with
-// them beside the encoder and decoder for streams, whose lines have 64 characters where ours have 76.
+// Base64 of 256 bytes to 1 MB compared with OpenSSL: without line breaks with EVP_EncodeBlock and EVP_DecodeBlock, with
+// line breaks with the stream functions, whose lines have 64 characters instead of 76.
 #include <openssl/evp.h>
 
 #include <cstdio>
@@ -26,7 +26,7 @@ unsigned char* Raw(std::string& text) { return reinterpret_cast<unsigned char*>(
 
 const unsigned char* Raw(const std::string& text) { return reinterpret_cast<const unsigned char*>(text.data()); }
 
-// Each of these works from `from` into `to`, which has room enough, and returns the length of what it wrote.
+// Each of these converts `from` into `to`, which is large enough, and returns the length of its output.
 
 template <std::uint32_t flags>
 int Encode(const std::string& from, std::string& to) {

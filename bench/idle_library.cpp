@@ -1,4 +1,4 @@
-// A DLL that does nothing, of about the size of the library: a block of bytes stands for its code.
+// A DLL that does nothing, of about the size of the library: a block of bytes replaces its code.
 #include <windows.h>
 
 asm(".section .rdata\n"

@@ -1,5 +1,5 @@
-// INI texts of 2 KB to 40 MB: reading one into a store beside inih, which only calls back for each entry and keeps
-// nothing, and beside SimpleIni; writing one beside SimpleIni.
+// INI texts of 2 KB to 40 MB: reading compared with inih, which only calls back for each entry, and with SimpleIni;
+// writing compared with SimpleIni.
 #include <ini.h>
 
 #include <cstdio>
@@ -50,14 +50,14 @@ void ReadSimpleIni(const Text& text) {
   Require(ini.LoadData(text.text) == SI_OK);
 }
 
-// Compares two ways to work on `subject`; both are repeated alike.
+// Compares two ways to process `subject`, each repeated equally often.
 template <typename Subject, typename OtherSubject>
 bool CompareWork(const char* name, void (*work)(const Subject&), const Subject& subject, const char* otherName,
                  void (*other)(const OtherSubject&), const OtherSubject& otherSubject, std::size_t repetitions,
                  double limit) {
   const auto nothing = [] {};
-  const auto repeat = [repetitions](auto* what, const auto& with) {
-    for (std::size_t i = 0; i < repetitions; ++i) what(with);
+  const auto repeat = [repetitions](auto* work, const auto& with) {
+    for (std::size_t i = 0; i < repetitions; ++i) work(with);
   };
   return bench::Compare(bench::Side{name, nothing, [&] { repeat(work, subject); }},
                         bench::Side{otherName, nothing, [&] { repeat(other, otherSubject); }}, kRounds, limit);
@@ -79,11 +79,11 @@ bool CompareSize(std::size_t entries) {
   ini.SetMultiKey(false);
   ini.LoadData(text.text);
   std::printf("-- %zu entries, %zu bytes, %zu times a run\n", entries, text.text.size(), repetitions);
-  std::printf("reading, beside inih: ");
+  std::printf("reading, compared with inih: ");
   bool met = CompareWork("IniStore", ReadStore, text, "inih, bare callback", ReadInih, text, repetitions, 1.0);
-  std::printf("reading, beside SimpleIni: ");
+  std::printf("reading, compared with SimpleIni: ");
   met = CompareWork("IniStore", ReadStore, text, "SimpleIni", ReadSimpleIni, text, repetitions, 1.0 / 3) && met;
-  std::printf("writing, beside SimpleIni: ");
+  std::printf("writing, compared with SimpleIni: ");
   return CompareWork("IniStore", WriteStore, store, "SimpleIni", WriteSimpleIni, ini, repetitions, 1.0 / 3) && met;
 }
 

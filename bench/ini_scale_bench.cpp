@@ -1,7 +1,6 @@
-// What an entry costs in stores of 50 and of a thousand entries up to a million: reading a text into a store, with the
-// store's end, and writing it. Each run works through the same million entries, in as many texts as it takes. What it
-// makes is there until its end, so that each run takes the same memory from the system; what the pages cost is in each
-// figure.
+// The cost of an entry in stores of 50, and of 1,000 to 1,000,000 entries: reading a text into a store, destroying the
+// store, and writing it. Each run processes the same million entries, in as many texts as needed, and keeps its results
+// until its end, so each run takes the same memory from Windows and each figure includes the cost of its pages.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +16,7 @@ namespace {
 constexpr std::size_t kRounds = 9;
 constexpr std::size_t kSizes[] = {50, 1000, 10000, 100000, 1000000};  // the limit is not for the first
 constexpr std::size_t kEntries = 1000000;
-constexpr double kLimit = 1.2;  // the dearest size beside the cheapest
+constexpr double kLimit = 1.2;  // the most expensive size divided by the cheapest
 
 struct Texts {
   std::vector<std::string> texts;

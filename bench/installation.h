@@ -1,4 +1,4 @@
-// An installation of the product in a temporary folder, as an upgrade of the agent finds it.
+// An installation of the product in a temporary folder, as it is before an upgrade.
 #pragma once
 
 #include <filesystem>
@@ -31,7 +31,7 @@ class Installation {
   std::map<std::string, std::string> before_;  // by the path below the root
 };
 
-/// What KE_AGPRX.dat holds before the upgrade: whether a message is listed, whether an action section has a server.
+/// The content of KE_AGPRX.dat before the upgrade: whether a message is listed, whether an action section has a server.
 bool IsListed(const std::string& message);
 bool HasServer(const std::string& actionSection);
 

@@ -1,4 +1,4 @@
-// Loading and unloading the library, beside a DLL of the same size that does nothing; and the size of the library.
+// Loading and unloading the library, compared with an idle DLL of the same size; and the size of the library.
 #include <windows.h>
 
 #include <cstdio>
@@ -18,7 +18,7 @@ constexpr int kLoadsOfARound = 20;
 constexpr double kLoadLimit = 1.20;
 constexpr std::uintmax_t kSizeLimit = std::uintmax_t{400} * 1024;  // bytes
 
-// Copies the idle DLL and fills the copy up to the size of the library.
+// Copies the idle DLL and pads the copy to the size of the library.
 void MakeIdleLibrary(const fs::path& path, std::uintmax_t size) {
   fs::copy_file(bench::BuildFolder() / "bench" / "idle_library.dll", path, fs::copy_options::overwrite_existing);
   const std::uintmax_t own = fs::file_size(path);

@@ -1,5 +1,4 @@
-// Measuring two ways of doing the same side by side: their runs alternate, so that whatever else the machine does meets
-// both.
+// Compares two ways to do the same work. Their runs alternate, so other load on the machine affects both.
 #pragma once
 
 #ifdef _WIN32
@@ -14,7 +13,7 @@
 
 namespace bench {
 
-/// What several runs gave: the middle one, and the bounds of the middle half.
+/// The median of several runs, and the bounds of their middle half.
 struct Spread {
   double median;
   double lower;
@@ -27,8 +26,8 @@ inline Spread SpreadOf(std::vector<double> values) {
   return {values[count / 2], values[count / 4], values[count - 1 - count / 4]};
 }
 
-/// The clock, in milliseconds. On Windows the time that passes, for there other processes are measured too; elsewhere
-/// the processor time of this process, which leaves out what else the machine does.
+/// The clock, in milliseconds: on Windows the elapsed time, since other processes are measured too; elsewhere the
+/// processor time of this process, which excludes other load.
 inline double Now() {
 #ifdef _WIN32
   LARGE_INTEGER frequency, now;
@@ -42,7 +41,7 @@ inline double Now() {
 #endif
 }
 
-/// Milliseconds that `work()` takes.
+/// The duration of `work()` in milliseconds.
 template <typename Work>
 double Milliseconds(Work work) {
   const double start = Now();
@@ -50,7 +49,7 @@ double Milliseconds(Work work) {
   return Now() - start;
 }
 
-/// One side: its name in the output, what is done before each run without being measured, and the run.
+/// One side: its name in the output, an unmeasured preparation before each run, and the run.
 template <typename Prepare, typename Run>
 struct Side {
   const char* name;
@@ -65,9 +64,8 @@ inline void PrintTimes(const char* name, const Spread& times) {
               times.upper);
 }
 
-/// Runs both sides `rounds` times, of which there are at least 7, after one run of each that does not count; the sides
-/// take turns in being first. Prints how many times as long `measured` takes as `reference`, as the median of the
-/// rounds, and both sides' times. True when that ratio is at most `limit`.
+/// Runs both sides `rounds` times, at least 7, after one unmeasured run of each; they take turns in running first. Prints
+/// the median ratio of `measured` to `reference` and both times. Returns true if that ratio is at most `limit`.
 template <typename Measured, typename Reference>
 bool Compare(const Measured& measured, const Reference& reference, std::size_t rounds, double limit) {
   const auto run = [](const auto& side) {

@@ -16,7 +16,7 @@ using upgrade::Change;
 constexpr DWORD kTypeSize = 9;
 constexpr DWORD kServerSize = 512;
 
-// What is demanded
+// The needed calls
 
 void AddMessages(Calls& calls, const std::string& file) {
   for (const auto& row : upgrade::MessageTypes()) {
@@ -44,7 +44,7 @@ void AddSettings(Calls& calls, const std::string& root, std::span<const upgrade:
   }
 }
 
-// The functions that the counted module is given in place of the platform's
+// The functions that replace those of Windows in the counted module
 
 CallCounts g_counts;
 

@@ -1,4 +1,4 @@
-// Calls of the platform's profile functions: those that an upgrade demands, and those that a module makes.
+// Calls of the profile functions of Windows: those that an upgrade needs, and those that a module makes.
 #pragma once
 
 #include <windows.h>
@@ -18,16 +18,16 @@ struct ProfileCall {
   DWORD size = 0;     // of the buffer of a reading
 };
 
-/// The calls that the rows of an upgrade demand for an installation as it was before.
+/// The calls that the rows of an upgrade need for the installation before it.
 std::vector<ProfileCall> DemandedCalls(const std::string& root);
 
-/// Makes the call, whatever comes of it.
+/// Makes the call and ignores its result.
 void Make(const ProfileCall& call);
 
-/// Lets `module` count its calls of the profile functions, until it is unloaded. One module at a time.
+/// Counts the calls that `module` makes of the profile functions until it is unloaded. One module at a time.
 void CountCallsOf(HMODULE module);
 
-/// What was counted: calls on the library's own settings file, which are those of the trace system, and on all others.
+/// The counts: calls on the library's own settings file, made by tracing, and calls on all other files.
 struct CallCounts {
   unsigned own = 0;
   unsigned others = 0;

@@ -1,4 +1,4 @@
-// A scheduler command, beside bare CreateProcess, wait and exit code on the same program with the same command line.
+// A scheduler command, compared with bare CreateProcess, wait and exit code of the same command line.
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -19,8 +19,7 @@ constexpr std::size_t kRounds = 201;
 constexpr double kLimit = 1.02;
 constexpr char kCommand[] = "zumat -TaskID:9 -addjob:KEPLPMNG:\"KELUPD\" -EveryHoursMins:1:0 -Every:Su,M,T,W,Th,F,S";
 
-// A product tree with a scheduler that ends at once. The runner, linked into this program, takes the DLL in it for
-// itself.
+// A product tree with a scheduler that ends at once. The linked-in code takes the DLL in it for its own module.
 class Product {
  public:
   Product() {

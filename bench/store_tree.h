@@ -10,8 +10,8 @@
 
 namespace bench {
 
-/// The built DLL, loaded from a temporary folder that is named after this process, with its crypto module and an
-/// identity in its store. One at a time.
+/// The built DLL, loaded from a temporary folder named after this process, with its crypto module and an identity in its
+/// store. One at a time.
 class StoreTree {
  public:
   StoreTree();
@@ -19,10 +19,10 @@ class StoreTree {
   StoreTree(const StoreTree&) = delete;
   StoreTree& operator=(const StoreTree&) = delete;
 
-  /// Takes the trace library out of the tree, where it is at first.
+  /// Removes the trace library from the tree.
   void RemoveTraceLibrary() const { std::filesystem::remove(root_ / "Common" / "TvLogSys.dll"); }
 
-  /// The folder of the library, as the library itself names it.
+  /// The folder of the library, as the library names it.
   std::string Directory() const { return (root_ / "KELUtils").string(); }
 
   template <typename Function>

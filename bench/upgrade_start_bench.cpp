@@ -1,5 +1,5 @@
-// KE_UpgradeStart on an installation of an older version, beside the bare profile calls that its rows demand, on the
-// same files. Beyond them it traces and writes the token file.
+// KE_UpgradeStart on an installation of an older version, compared with the bare profile calls that its rows need, on
+// the same files. In addition it traces and writes the token file.
 #include <cstdio>
 
 #include "KELUtils.h"
@@ -23,7 +23,7 @@ struct Library {
   decltype(&KE_UpgradeStart) upgradeStart;
 };
 
-// Loading the trace library costs every export the same. It is measured apart; here the host has it loaded.
+// Loading the trace library costs every export the same. It is measured separately; here the host has loaded it.
 bool MeasureUpgrade(const bench::Installation& installation, const std::vector<bench::ProfileCall>& demanded) {
   const Library library(installation);
   const win::ModuleHandle traceLibrary(LoadLibraryW(installation.TraceLibrary().c_str()));
@@ -46,7 +46,7 @@ void MeasureExport(const bench::Installation& installation) {
   bench::PrintTimes("export that only traces", bench::SpreadOf(times));
 }
 
-// One upgrade, with its calls counted and its result compared with that of the bare calls.
+// One upgrade: counts its calls and compares its result with that of the bare calls.
 bool CheckCalls(const bench::Installation& installation, const std::vector<bench::ProfileCall>& demanded) {
   const Library library(installation);
   bench::CountCallsOf(library.module.Get());

@@ -1,8 +1,8 @@
 /** @file
- * An action module: what a sibling product can be asked to do, for authors of one.
+ * The interface of action modules, for their authors.
  *
- * KELUtils loads NAME.dll from the folder NAME beside its own folder, calls Do, and frees the module. Every call may be
- * the module's first and last: what must last is kept outside of it.
+ * KELUtils loads NAME.dll from the folder NAME next to its own folder, calls Do, and frees the module. The module keeps no
+ * state between calls.
  */
 #ifndef KEACTION_H
 #define KEACTION_H
@@ -21,16 +21,15 @@
 extern "C" {
 #endif
 
-/** Carries out an action. What the arguments mean is the module's own affair;
- * KELUtils calls KELUPG with an action first, and 0 second:
+/** Carries out an action. The module defines the arguments; KELUtils calls KELUPG with one of these actions and 0:
  * - 1: the version of the agent has changed
  * - 2: the agent is about to be uninstalled
  *
  * Exported as plain "Do". Must not throw.
  *
  * @param first   the action
- * @param second  more about it
- * @return 0 for success; KELUtils ignores it
+ * @param second  an argument of the action
+ * @return 0 on success; ignored
  */
 uint32_t KE_ACTION_CALL Do(uint32_t first, uint32_t second);
 

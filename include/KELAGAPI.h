@@ -1,9 +1,9 @@
 /** @file
- * KELAGAPI.dll: the agent module, for authors of one.
+ * KELAGAPI.dll, the agent module, for its authors.
  *
  * KELUtils loads it from the product's Common folder, else from its own directory, in the exports that need the agent,
- * and frees it at their end. The six configuration functions are optional for loading; the proxy exports need them all
- * but KE_AGAPI_Initialize and KE_AGAPI_Finalize. All other functions must be there.
+ * and frees it at their end. The six configuration functions are optional for loading; the proxy exports need all of
+ * them except KE_AGAPI_Initialize and KE_AGAPI_Finalize. All other functions are required.
  */
 #ifndef KELAGAPI_H
 #define KELAGAPI_H
@@ -40,7 +40,7 @@ uint32_t KE_SIBLING_CALL KE_AGAPI_GetConfig(uint32_t cls, uint32_t item, void* r
  *
  * @param cls     class of the record
  * @param item    number of the record in its class
- * @param record  the record; left alone
+ * @param record  the record; not changed
  * @param size    of the record in bytes
  * @return 0 on success
  */
@@ -54,15 +54,15 @@ enum {
   KE_AGENT_STATIC_PROXY_ITEM = 10 /**< a KE_STATIC_PROXY_RECORD */
 };
 
-/** The record that holds the address of the management server: 2564 bytes. KELUtils reads it, puts the address in and
- * writes it back; the rest is the module's business. The first four bytes are zero when it is read. */
+/** The record that holds the address of the management server: 2564 bytes. KELUtils reads it, changes the address and
+ * writes it back; the module defines the rest. The first four bytes are zero when it is read. */
 typedef struct KE_AGENT_SERVER_RECORD {
-  uint8_t before[1028]; /**< the module's business */
-  char server[512];     /**< the address, which ends in a zero */
-  uint8_t after[1024];  /**< the module's business */
+  uint8_t before[1028]; /**< defined by the module */
+  char server[512];     /**< the address, zero-terminated */
+  uint8_t after[1024];  /**< defined by the module */
 } KE_AGENT_SERVER_RECORD;
 
-/** The proxy of the agent: 532 bytes. Texts end in a zero; what is not used is zero. */
+/** The proxy of the agent: 532 bytes. Texts are zero-terminated; unused bytes are zero. */
 typedef struct KE_AGENT_PROXY_RECORD {
   uint32_t flags;       /**< a sum of the values below */
   uint8_t inUse;        /**< 1: the proxy is in use */
@@ -80,7 +80,7 @@ enum {
   KE_PROXY_HAS_PASSWORD = 8 /**< password counts */
 };
 
-/** The static proxy, by host name or addresses: 8536 bytes. Texts end in a zero; what is not used is zero. */
+/** The static proxy, by host name or addresses: 8536 bytes. Texts are zero-terminated; unused bytes are zero. */
 typedef struct KE_STATIC_PROXY_RECORD {
   uint32_t flags;          /**< a sum of the values below */
   uint8_t reserved[20];    /**< zero */
@@ -113,9 +113,9 @@ uint32_t KE_SIBLING_CALL KE_AGAPI_GetProxyConfig(void* record, uint32_t size);
  */
 uint32_t KE_SIBLING_CALL KE_AGAPI_SetProxyConfig(void* record, uint32_t size);
 
-/** Makes the module find out the proxy in use.
+/** Makes the module detect the proxy in use.
  *
- * @return 0 when KE_AGAPI_GetProxyConfig() can answer afterwards
+ * @return 0 if KE_AGAPI_GetProxyConfig() can return it
  */
 uint32_t KE_SIBLING_CALL KE_AGAPI_AskProxyConfig(void);
 

@@ -1,5 +1,5 @@
 /** @file
- * KERegister.dll: the registration module of a protection plug-in, for authors of one.
+ * KERegister.dll, the registration module of a protection plug-in, for its authors.
  *
  * KELUtils loads it from the plug-in's directory and frees it after the call.
  */

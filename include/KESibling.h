@@ -1,9 +1,9 @@
 /** @file
- * What the headers for authors of sibling modules share.
+ * Common declarations of the headers for authors of sibling modules.
  *
  * KELUtils loads its sibling modules at run time with LoadLibraryEx and looks their functions up by undecorated name.
- * Every function is plain C (__cdecl), except the Do function of an action module (__stdcall). What a function returns
- * beyond the stated use is ignored. A module must not throw into KELUtils.
+ * Every function is plain C (__cdecl), except the Do function of an action module (__stdcall). Results
+ * are ignored beyond their documented use. A module must not throw into KELUtils.
  */
 #ifndef KESIBLING_H
 #define KESIBLING_H
@@ -18,8 +18,7 @@
 #define KE_SIBLING_CALL
 #endif
 
-/** The type under which KELUtils keeps a function that a module must offer but that KELUtils itself never calls: its
- * parameters are between the module and its other callers. */
+/** The type of a function that a module must export but that KELUtils never calls. */
 typedef void(KE_SIBLING_CALL* KE_UncalledFunction)(void);
 
 #endif

@@ -1,8 +1,8 @@
 /** @file
- * TvEvAPI.dll: the event module, for authors of one.
+ * TvEvAPI.dll, the event module, for its authors.
  *
- * KELUtils loads it from the folder KELTVEVT beside its own directory, calls TEVT_StartAPI, makes one event call, calls
- * TEVT_StopAPI and frees it. Every function named here must be there. Several threads may do so at once.
+ * KELUtils loads it from the folder KELTVEVT next to its own directory, calls TEVT_StartAPI, makes one event call, calls
+ * TEVT_StopAPI and frees it. All functions named here are required. Several threads may do so at once.
  */
 #ifndef TVEVAPI_H
 #define TVEVAPI_H
@@ -13,7 +13,7 @@
 extern "C" {
 #endif
 
-/** What every event carries. The texts belong to the caller and are valid only during the call. */
+/** The common part of every event. The texts are owned by the caller and valid during the call only. */
 typedef struct EventInfo {
   uint32_t eventClass;     /**< class of the event */
   const char* computer;    /**< name of the machine */
@@ -35,38 +35,38 @@ int KE_SIBLING_CALL TEVT_StartAPI(void);
  */
 int KE_SIBLING_CALL TEVT_StopAPI(void);
 
-/** The state of a scan.
+/** Reports the state of a scan.
  *
- * @param info    what every event carries
+ * @param info    the common part
  * @param text    always "Unknown"
  * @param status  of the scan
  * @param taskId  of the scan; may be null
- * @return 0 when the event was queued
+ * @return 0 if the event was queued
  */
 int KE_SIBLING_CALL TEVT_ScanState(const EventInfo* info, const char* text, int32_t status, const char* taskId);
 
-/** A forced restart of the computer.
+/** Reports a forced restart of the computer.
  *
- * @param info  what every event carries
+ * @param info  the common part
  * @param text  always "0"
- * @return 0 when the event was queued
+ * @return 0 if the event was queued
  */
 int KE_SIBLING_CALL TEVT_RebootForced(const EventInfo* info, const char* text);
 
-/** An installation or uninstallation.
+/** Reports an installation or uninstallation.
  *
- * @param info  what every event carries
+ * @param info  the common part
  * @param flag  always 1: the agent is about to be uninstalled
- * @return 0 when the event was queued
+ * @return 0 if the event was queued
  */
 int KE_SIBLING_CALL TEVT_Install(const EventInfo* info, int32_t flag);
 
-/** An error of the agent.
+/** Reports an error of the agent.
  *
- * @param info        what every event carries
+ * @param info        the common part
  * @param source      of the error, passed through
  * @param identifier  such as "KEAGENT-403"
- * @return 0 when the event was queued
+ * @return 0 if the event was queued
  */
 int KE_SIBLING_CALL TEVT_ErrorEvent(const EventInfo* info, uint32_t source, const char* identifier);
 

@@ -1,8 +1,8 @@
 /** @file
- * TvLogSys.dll: the trace library, for authors of one.
+ * TvLogSys.dll, the trace library, for its authors.
  *
  * KELUtils loads it from the product's Common folder at the start of every export and frees it at the end. All six
- * functions must be there. Calls of LogSys_DumpLogFile and LogSys_DumpLogDebugMsg come from any thread, several at
+ * functions are required. Calls of LogSys_DumpLogFile and LogSys_DumpLogDebugMsg come from any thread, several at
  * once; the others are serialised by KELUtils.
  */
 #ifndef TVLOGSYS_H
@@ -15,9 +15,9 @@ extern "C" {
 #endif
 
 #pragma pack(push, 1)
-/** Where and how much to write to a log file: 276 bytes. */
+/** Settings of a log file: 276 bytes. */
 typedef struct LogFileSettings {
-  uint32_t level;       /**< lines of a higher level are not wanted; level 0 lines always are */
+  uint32_t level;       /**< lines of a higher level are dropped */
   char path[260];       /**< the log file, zero-terminated */
   uint32_t maximumSize; /**< in bytes */
   uint32_t optionA;     /**< always 1 */
@@ -47,10 +47,10 @@ int KE_SIBLING_CALL LogSys_FinalizeLogSystem(uint32_t handle);
  */
 int KE_SIBLING_CALL LogSys_ConfigureLogFile(uint32_t handle, const LogFileSettings* settings);
 
-/** Switches output to the debugger on for an open log.
+/** Enables output to the debugger for an open log.
  *
  * @param handle  of the log
- * @param level   lines of a higher level are not wanted
+ * @param level   lines of a higher level are dropped
  * @return 0 on success
  */
 int KE_SIBLING_CALL LogSys_ConfigureLogDebugMsg(uint32_t handle, const uint32_t* level);
@@ -59,7 +59,7 @@ int KE_SIBLING_CALL LogSys_ConfigureLogDebugMsg(uint32_t handle, const uint32_t*
  *
  * @param handle  of the log
  * @param level   of the line
- * @param format  of the line, as for printf; it brings its own line end
+ * @param format  of the line, as for printf, including its line end
  * @return ignored
  */
 int KE_SIBLING_CALL LogSys_DumpLogFile(uint32_t handle, uint32_t level, const char* format, ...);
@@ -68,7 +68,7 @@ int KE_SIBLING_CALL LogSys_DumpLogFile(uint32_t handle, uint32_t level, const ch
  *
  * @param handle  of the log
  * @param level   of the line
- * @param format  of the line, as for printf; it brings its own line end
+ * @param format  of the line, as for printf, including its line end
  * @return ignored
  */
 int KE_SIBLING_CALL LogSys_DumpLogDebugMsg(uint32_t handle, uint32_t level, const char* format, ...);
