@@ -11,33 +11,24 @@ scripts/install_dependencies.sh --bench
 scripts/build.sh -DKELUTILS_BUILD_BENCH=ON >/dev/null
 wine_start
 trap wine_stop EXIT
+export KELUTILS_WINE_STARTED=1
 
-# True when no names were given, or NAME is one of them.
-wanted() {
-  local name=$1
-  shift
-  [ $# -eq 0 ] || [[ " $* " == *" $name "* ]]
+names=" $* "
+missed=0
+# measure NAME WHERE COMMAND...
+measure() {
+  [ "$names" = "  " ] || [[ $names == *" $1 "* ]] || return 0
+  echo "== $1$2"
+  "${@:3}" || missed=1
 }
 
 echo "machine: $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1), $(nproc) processors; $(uname -sr)"
 echo "compilers: $(g++ --version | head -n 1); $(i686-w64-mingw32-g++-win32 --version | head -n 1)"
 dpkg-query -W -f='${Package} ${Version}\n' libinih-dev libsimpleini-dev libssl-dev wine64
-missed=0
-for program in build/native-release/bench/*_bench; do
-  name=$(basename "$program")
-  wanted "$name" "$@" || continue
-  echo "== $name"
-  "$program" || missed=1
-done
+for program in build/native-release/bench/*_bench; do measure "$(basename "$program")" "" "$program"; done
 for program in build/release/bench/*_bench.exe; do
-  name=$(basename "$program" .exe)
-  wanted "$name" "$@" || continue
-  echo "== $name, 32 bits, under Wine"
-  run_wine "$program" | tr -d '\r' || missed=1
+  measure "$(basename "$program" .exe)" ", 32 bits, under Wine" scripts/run_wine.sh "$program"
 done
-if wanted memory "$@"; then
-  echo "== memory, 32 bits, under Wine"
-  run_wine build/release/tests/endurance_tests.exe --no-skip --test-case='memory:*' | tr -d '\r' | grep -v '^\[doctest\] run' || missed=1
-fi
+measure memory ", 32 bits, under Wine" scripts/run_wine.sh build/release/tests/endurance_tests.exe --no-skip --test-case='memory:*'
 remove_leftovers
 exit $missed

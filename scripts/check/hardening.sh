@@ -3,7 +3,7 @@
 # data, no section to write into and to run, no imports but those of Windows that are listed here, the stack protector, nothing of the
 # debug information, no time of the build.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/../.."
 tool=i686-w64-mingw32
 bad=0
 complain() { echo "$file: $1"; bad=1; }
