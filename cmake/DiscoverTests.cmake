@@ -3,11 +3,10 @@
 #   _program  the program's path
 #   _runner   the command that runs it, empty for programs of this machine
 get_filename_component(_name ${_program} NAME_WE)
-set(_timeout 300)
+set(_properties TIMEOUT 300 LABELS ${_name} FAIL_REGULAR_EXPRESSION "test cases: +0 ")
 if(DEFINED ENV{KELUTILS_TORTURE})
-  set(_timeout 7200) # the long form of the endurance tests
+  list(APPEND _properties TIMEOUT 7200) # the long form of the endurance tests
 endif()
-set(_properties TIMEOUT ${_timeout} LABELS ${_name} FAIL_REGULAR_EXPRESSION "test cases: +0 ")
 if(_runner)
   list(APPEND _properties RESOURCE_LOCK wine) # the programs share registry, display and named objects
 endif()

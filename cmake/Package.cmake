@@ -1,8 +1,4 @@
-# What an installation, and with it the package of scripts/package.sh, holds:
-#   bin/      KELUtils.dll with its debug information, kelctl.exe
-#   lib/      import libraries, KELUtils.def; cmake/KELUtils/ and pkgconfig/ for build systems
-#   include/  KELUtils.h and the headers of the sibling modules
-#   share/    doc/KELUtils/ with the bill of materials, KELUtils/ with samples and bindings, licenses/KELUtils/
+# What an installation, and with it the package of scripts/package.sh, holds: docs/package.md.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KELUtils RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)

@@ -4,8 +4,8 @@ not known here is an error. The only date is SOURCE_DATE_EPOCH.
 
     bill_of_materials.py PREFIX VERSION MAPS HEADERS FILE...
 
-MAPS is the folder with the linker's map NAME.map of each binary bin/NAME.*; HEADERS a header of each header-only library in kelctl,
-separated by commas; the FILEs are those that were installed."""
+MAPS: the folder with the linker's map NAME.map of each binary; HEADERS: a header of each header-only library in kelctl, separated by
+commas; FILE: each file that was installed."""
 import hashlib, json, os, re, shutil, subprocess, sys, time, uuid
 from pathlib import Path
 

@@ -34,11 +34,11 @@ exec 3>&1                                               # the lines of the steps
 step "a product tree in build/demo" lay_out_product
 step "the installer stores the agent's identity" store_identity
 step "the identity is read back" show_identity
-step "the file is encrypted, and has a backup" show_file_is_enciphered
+step "the file is encrypted, and has a backup" show_encrypted_file
 step "the installer keeps a start copy; the agent continues" finish_installation
 step "INTEGRA.DAT is lost: the library reads the backup, nothing is lost" lose_the_store
 step "both are lost: the library returns to the start copy, policies are reset" lose_store_and_backup
-step "single settings and other files are encrypted too" encipher_settings
+step "single settings and other files are encrypted too" encrypt_settings
 step "the computer is integrated, and its agent protected by a password" integrate_and_guard
 step "the agent's jobs, before and after integration" schedule_jobs
 step "plug-ins and launcher are notified and run" tell_the_others

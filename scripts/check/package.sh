@@ -21,19 +21,17 @@ tar -c --exclude=./build --exclude=./.git . | tar -x -C "$tree"
   umask 077
   export SOURCE_DATE_EPOCH TZ=Asia/Tokyo LC_ALL=C.UTF-8 CMAKE_CXX_COMPILER_LAUNCHER=''
   mapfile -t settings < <(cmake -N -LA "$first" | sed -n 's/^\(KELUTILS_[A-Z_]*_\(BLOB:STRING\|ADDRESS:STRING\|INSTALL_PATH:BOOL\)=.*\)/-D\1/p')
-  targets=(KELUtils KELUtilsMsvcLibrary interface)
-  [ "${1:-}" != --whole ] || targets+=(kelctl)
   cmake --preset release "${settings[@]}" -DKELUTILS_BUILD_TESTS=OFF -DKELUTILS_BUILD_DEVKIT=OFF
-  cmake --build --preset release --target "${targets[@]}"
-  if [ "${1:-}" != --whole ]; then
+  if [ "${1:-}" = --whole ]; then cmake --build --preset release; else
+    cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary interface
     cp -p "$first/bin/kelctl.exe" "$second/bin/"
     cp -p "$first/generated/kelctl.map" "$second/generated/"
   fi
   scripts/package.sh --no-build
 ) >build/another/output.txt 2>&1 || { cat build/another/output.txt; exit 1; }
 
-bad=0
 archive=$(basename "$first"/package/*.zip .zip)
+bad=0
 for file in bin/KELUtils.dll bin/KELUtils.dll.debug lib/libKELUtils.dll.a lib/KELUtils.lib "package/$archive.zip"; do
   cmp "$first/$file" "$second/$file" || { echo "not reproducible: $file"; bad=1; }
 done

@@ -68,5 +68,5 @@ expect() {
 differs() { ! cmp -s "$1" "$2"; }
 fails() { ! "$@"; }
 is_absent() { [ ! -e "$1" ]; }
-begins_enciphered() { [ "$(head -c 4 "$1")" = TVKE ]; }
+begins_encrypted() { [ "$(head -c 4 "$1")" = TVKE ]; }
 has_no_text() { ! grep -qaF "$2" "$1"; }

@@ -56,12 +56,21 @@ def entries(text, pattern):
     return [entry[:-1] + (one_line(entry[-1]),) for entry in found]
 
 
+def references(mark, text, lists):
+    """The lists that a text refers to."""
+    names = re.findall(mark + r" (ke_\w+)", text)
+    unknown = [name for name in names if name not in lists]
+    if unknown:
+        fail("no list of results above: " + ", ".join(unknown))
+    return names
+
+
 def result_lists(header):
     """The lists at the heads of the groups: {name: {code: cause}}."""
     lists = {}
     for name, body in re.findall(r"@section (ke_\w+) [^\n]*\n((?:.(?!@section|@\{))*)", header, re.S):
         lists[name] = dict(entries(plain(body), r"^- (KE_\w+): "))
-        for other in re.findall(r"- @ref (ke_\w+)", body):
+        for other in references(r"- @ref", body, lists):
             for code, cause in lists[other].items():
                 lists[name][code] = "; ".join(filter(None, [cause, lists[name].get(code)]))
     return lists
@@ -73,8 +82,8 @@ def results_of(contract, lists, codes):
     if own and own[0][0] == "KE_SUCCESS":
         return dict(own)
     results = {"KE_SUCCESS": "", "KE_EXCEPTION": "an unexpected failure"}
-    for name in re.findall(r"@ref (ke_\w+)", contract):
-        results.update(lists.get(name, {}))
+    for name in references("@ref", contract, lists):
+        results.update(lists[name])
     for code in re.findall(r"but never (KE_\w+)", contract):
         del results[code]
     for code, cause in own:
