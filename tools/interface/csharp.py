@@ -39,8 +39,7 @@ def field(declared):
 def function(declared):
     parameters = declared["parameters"]
     following = [parameter["name"] for parameter in parameters[1:]] + [""]
-    # "params" and the like are no names of parameters here; @ keeps a word of the language a name.
-    listed = ", ".join("%s @%s" % (parameter_type(parameter, name), parameter["name"]) for parameter, name in zip(parameters, following))
+    listed = ", ".join("%s %s" % (parameter_type(parameter, name), parameter["name"]) for parameter, name in zip(parameters, following))
     return "    /// <summary>%s.</summary>\n%s    public static extern %s %s(%s);\n\n" % (
         declared["text"].replace("&", "&amp;").replace("<", "&lt;"), IMPORT, VALUES[declared["returns"]], declared["name"], listed)
 
