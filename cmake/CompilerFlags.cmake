@@ -1,4 +1,4 @@
-# kelutils_flags: what every C++ file is compiled with. kelutils_program: a Windows program or DLL that needs no runtime beside it.
+# kelutils_flags: the options of every C++ file. A Windows program or DLL of the project needs no runtime DLL.
 
 add_library(kelutils_flags INTERFACE)
 
@@ -56,8 +56,8 @@ if(KELUTILS_CLANG_TIDY)
   endforeach()
 endif()
 
-# Moves the debug information of a finished MinGW binary into NAME.debug beside it, linked by name and checksum. The tools put the
-# time of day into what they write unless they are told another one.
+# Moves the debug information of a linked MinGW binary into NAME.debug in the same folder, linked by name and checksum. Without
+# SOURCE_DATE_EPOCH the tools write the time of day into their output.
 function(kelutils_split_debug_information target)
   if(MINGW)
     set(_binary $<TARGET_FILE:${target}>)

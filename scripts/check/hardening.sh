@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
-# Checks what the built files bring against attacks: address space layout randomisation with the relocations that it needs, no executable
-# data, no section to write into and to run, no imports but those of Windows that are listed here, the stack protector, nothing of the
-# debug information, no time of the build.
+# Checks the hardening of the built files: address space layout randomisation with its relocations, no executable data, no section that
+# is writable and executable, imports only of the Windows DLLs listed here, the stack protector, no debug information, no build time.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 tool=i686-w64-mingw32
@@ -11,8 +10,8 @@ complain() { echo "$file: $1"; bad=1; }
 # at_least NAME COUNT MINIMUM
 at_least() { [ "$2" -ge "$3" ] || complain "$1: $2, less than $3"; }
 
-# check FILE PLACES IMPORT...: at least so many places of the code refer to the stack protector's secret, whose address is known from the
-# debug information beside the file. Functions that need no protection have none.
+# check FILE PLACES IMPORT...: PLACES is the minimum number of references to the stack protector's secret, whose address is in the file of
+# debug information. Functions that need no protection have none.
 check() {
   file=build/release/$1
   local places=$2 allowed="ADVAPI32.dll KERNEL32.dll msvcrt.dll ${*:3}" headers sections secret name
