@@ -79,7 +79,7 @@ extern "C" {
  * - @ref ke_reads
  *
  * @section ke_sets Results of setters
- * - KE_MISSING_ARGUMENT: an argument is null, or empty where it must not be; nothing was changed
+ * - KE_MISSING_ARGUMENT: an argument is null, or empty where it must not be; the store was not changed
  * - KE_NOT_CREATED: the entry could not be created
  * - KE_STORE_UNUSABLE: the store cannot be written; the cached value is the new one until the store is read again
  * - KE_CRYPTO_FAILED: the store could not be encrypted, and was written in plain text
@@ -228,8 +228,8 @@ KE_RESULT KE_API KE_DeIntegrate(void);
  * CR LF. A password of the store can be a setting text, also on one line. ApiCr.dll is loaded from the directory of the
  * DLL.
  *
- * The two converters check in this order: crypto module, null arguments, sizes. An error of the crypto module is
- * returned unchanged.
+ * The two converters check the crypto module before null arguments. An error of the crypto module is returned
+ * unchanged.
  *
  * @section ke_decrypts Results of getters of decrypted passwords
  * - KE_MISSING_ARGUMENT: buffer is null
@@ -647,7 +647,7 @@ KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips);
  * memset(&proxy, 0, sizeof proxy);
  * if (KE_GetInetConfig(&proxy, sizeof proxy) == KE_SUCCESS && proxy.host[0] != '\0') connect_through(&proxy);
  * @endcode
- * @param[out] proxy  receives the proxy; an empty host means no proxy
+ * @param[out] proxy  receives the proxy; an empty host means no proxy. A plug-in that fails may have changed it
  * @param size        of proxy: sizeof(KE_PROXY)
  * @return @ref ke_agents, or one of these codes; any other value is what the plug-in returned
  * @retval KE_MISSING_ARGUMENT   proxy is null
