@@ -1,4 +1,4 @@
-# The build-time settings of the product, checked here, and the source files that carry them into the library.
+# The build-time settings of the product, checked here, and the source file that carries them into the library.
 
 # The development key blobs spell out that they are no secret: "KELUtils development key blob ..." in base64.
 set(_development_file_blob
@@ -38,6 +38,4 @@ if(KELUTILS_TESTING_INSTALL_PATH)
   message(STATUS "KELUtils: the environment can name the folder of code to load (KELUTILS_TESTING_INSTALL_PATH is ON): not for customers")
 endif()
 
-foreach(_source key_blobs service_address testing_install_path)
-  configure_file(${CMAKE_SOURCE_DIR}/cmake/${_source}.cpp.in ${CMAKE_BINARY_DIR}/generated/${_source}.cpp @ONLY)
-endforeach()
+configure_file(${CMAKE_SOURCE_DIR}/cmake/build_settings.cpp.in ${CMAKE_BINARY_DIR}/generated/build_settings.cpp @ONLY)

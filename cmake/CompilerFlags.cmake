@@ -1,4 +1,4 @@
-# kelutils_flags: what every C++ file is compiled with. kelutils_program: a Windows program or DLL that needs no runtime beside it.
+# kelutils_flags: the options of every C++ file. A Windows program or DLL of the project needs no runtime DLL.
 
 add_library(kelutils_flags INTERFACE)
 
@@ -40,8 +40,24 @@ if(KELUTILS_FUZZ)
   target_compile_options(kelutils_flags INTERFACE -fsanitize=fuzzer-no-link)  # the fuzzer's coverage, without its main function
 endif()
 
-# Moves the debug information of a finished MinGW binary into NAME.debug beside it, linked by name and checksum. The tools put the
-# time of day into what they write unless they are told another one.
+if(KELUTILS_CLANG_TIDY)
+  # A changed configuration changes the command, so that every file is checked again.
+  set_property(DIRECTORY ${CMAKE_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS .clang-tidy)
+  file(SHA1 ${CMAKE_SOURCE_DIR}/.clang-tidy _configuration)
+  # Clang does not know the format attribute of GCC's own runtime, and does not search GCC's C++ headers. The functions here are short:
+  # the analyzer would spend most of its time on headers of libraries.
+  set(CMAKE_CXX_CLANG_TIDY clang-tidy --quiet --extra-arg=-DKELUTILS_TIDY_${_configuration} --extra-arg=--target=i686-w64-mingw32
+    --extra-arg=-Wno-unused-command-line-argument --extra-arg=-Wno-ignored-attributes --extra-arg-before=-Xclang
+    --extra-arg-before=-analyzer-config --extra-arg-before=-Xclang --extra-arg-before=max-nodes=20000)
+  foreach(_folder IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
+    if(_folder MATCHES "/c\\+\\+")
+      list(APPEND CMAKE_CXX_CLANG_TIDY --extra-arg=-isystem${_folder})
+    endif()
+  endforeach()
+endif()
+
+# Moves the debug information of a linked MinGW binary into NAME.debug in the same folder, linked by name and checksum. Without
+# SOURCE_DATE_EPOCH the tools write the time of day into their output.
 function(kelutils_split_debug_information target)
   if(MINGW)
     set(_binary $<TARGET_FILE:${target}>)

@@ -1,5 +1,5 @@
-# Header-only libraries of the tests, tools and development siblings. They are reached through a folder of links in the build tree,
-# so that a cross compiler never gets the host's own include folder on its path.
+# Header-only libraries of the tests, tools and development siblings. A folder of links in the build tree keeps the host's own include
+# folder off the path of a cross compiler.
 
 # Several folders may ask for the same library.
 function(kelutils_add_header_library target header)

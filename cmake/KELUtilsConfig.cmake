@@ -22,12 +22,7 @@ set_target_properties(KELUtils::KELUtils PROPERTIES
   IMPORTED_IMPLIB "${_KELUtils_import_library}"
   INTERFACE_INCLUDE_DIRECTORIES "${_KELUtils_prefix}/include")
 
-foreach(_KELUtils_file "${_KELUtils_prefix}/bin/KELUtils.dll" "${_KELUtils_import_library}")
-  if(NOT EXISTS "${_KELUtils_file}")
-    set(KELUtils_FOUND FALSE)
-    set(KELUtils_NOT_FOUND_MESSAGE "${_KELUtils_file} is missing")
-  endif()
-endforeach()
-unset(_KELUtils_file)
-unset(_KELUtils_import_library)
-unset(_KELUtils_prefix)
+if(NOT EXISTS "${_KELUtils_import_library}")
+  set(KELUtils_FOUND FALSE)
+  set(KELUtils_NOT_FOUND_MESSAGE "${_KELUtils_import_library} is missing")
+endif()

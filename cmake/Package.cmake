@@ -1,8 +1,4 @@
-# What an installation, and with it the package of scripts/package.sh, holds:
-#   bin/      KELUtils.dll with its debug information, kelctl.exe
-#   lib/      import libraries, KELUtils.def; cmake/KELUtils/ and pkgconfig/ for build systems
-#   include/  KELUtils.h and the headers of the sibling modules
-#   share/    doc/KELUtils/ with the bill of materials, KELUtils/samples/, licenses/KELUtils/
+# What an installation, and with it the package of scripts/package.sh, holds: docs/package.md.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KELUtils RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
@@ -30,33 +26,23 @@ install(DIRECTORY docs/ DESTINATION share/doc/KELUtils FILES_MATCHING PATTERN "*
 install(DIRECTORY samples DESTINATION share/KELUtils)
 install(FILES LICENSE DESTINATION share/licenses/KELUtils)
 
-# The bill of materials stands last: it lists what was installed before it. What was linked in statically stands in the maps of the
-# linker; what kelctl takes from header-only libraries, in its list of libraries.
-set(_maps)
-set(_headers)
+# The bill of materials comes last, for it lists all other files. The maps of the linker show what was linked in statically.
 if(MINGW)
+  set(_headers)
   foreach(_target KELUtils kelctl)
     if(TARGET ${_target})
       target_link_options(${_target} PRIVATE LINKER:-Map=${CMAKE_BINARY_DIR}/generated/${_target}.map)
-      list(APPEND _maps ${CMAKE_BINARY_DIR}/generated/${_target}.map)
     endif()
   endforeach()
-  if(TARGET kelctl)
-    get_target_property(_libraries kelctl LINK_LIBRARIES)
-    foreach(_library IN LISTS _libraries)
-      if(TARGET ${_library})
-        get_target_property(_header ${_library} KELUTILS_HEADER)
-        list(APPEND _headers ${_header})
-      endif()
-    endforeach()
-    list(FILTER _headers EXCLUDE REGEX "-NOTFOUND$")
-  endif()
-  install(CODE "
-    set(KELUTILS_VERSION ${PROJECT_VERSION})
-    set(KELUTILS_LICENSE ${CMAKE_SOURCE_DIR}/LICENSE)
-    set(KELUTILS_MAPS \"${_maps}\")
-    set(KELUTILS_KELCTL_HEADERS \"${_headers}\")")
-  install(SCRIPT cmake/InstallBillOfMaterials.cmake)
+  foreach(_library cli11 nlohmann_json)
+    if(TARGET ${_library})
+      get_target_property(_header ${_library} KELUTILS_HEADER)
+      list(APPEND _headers ${_header})
+    endif()
+  endforeach()
+  list(JOIN _headers , _headers)
+  install(CODE "execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND ${KELUTILS_PYTHON} ${CMAKE_SOURCE_DIR}/cmake/bill_of_materials.py
+    \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX} ${PROJECT_VERSION} ${CMAKE_BINARY_DIR}/generated ${_headers} \${CMAKE_INSTALL_MANIFEST_FILES})")
 endif()
 
 set(CPACK_GENERATOR ZIP)
@@ -64,4 +50,8 @@ set(CPACK_PACKAGE_VENDOR "Tavrin Security")
 set(CPACK_PACKAGE_FILE_NAME KELUtils-${PROJECT_VERSION}-win32)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
 set(CPACK_VERBATIM_VARIABLES ON)
+# CPack takes the files in the order of the folder, and stores dates and the user.
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/sort_archive.cmake @ONLY CONTENT
+  "execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND @KELUTILS_PYTHON@ @CMAKE_SOURCE_DIR@/cmake/sort_archive.py \${CPACK_PACKAGE_FILES})")
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/generated/sort_archive.cmake)
 include(CPack)

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Shows the library at work: the agent's identity is stored, lost and recovered, jobs are scheduled, an installation is registered
-# and upgraded, events are sent, the user is asked, and a damaged store is repaired. Every claim is checked: the script ends with an error when the library does not do what it says.
+# and upgraded, events are sent, the user is asked, and a damaged store is repaired. Prints a line for each step; with -v also all
+# commands with their output, and every check. Ends with an error when the library does not do what a step says. --no-build takes the
+# build as it is.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/wine.sh"
@@ -10,80 +12,45 @@ lay_out_product() {
   rm -rf "$product"
   mkdir -p "$product"/{KELUtils,Common,KESAgent,KELSysCf,Scheduler,KesLpmng,KepWInst,KelConf,KelUpg,KELUPD,KELREPORT,KELTVEVT}
   cd "$product"
-  cp "$built/bin/KELUtils.dll" "$built/bin/kelctl.exe" "$built/devkit/ApiCr.dll" KELUtils/
-  local devkit=$built/devkit
-  cp "$devkit"/{TvLogSys,ApiCr,KELMNAPI,KELAGAPI}.dll Common/
-  cp "$devkit/zumat.exe" Scheduler/
-  cp "$devkit/TvEvAPI.dll" KELTVEVT/
-  cp "$devkit/KePIRes.exe" KESAgent/
-  cp "$devkit/KEPLPMNG.exe" KesLpmng/
-  cp "$devkit/KepWInst.exe" KepWInst/
-  cp "$devkit/KELRCM.dll" KelConf/
-  cp "$devkit"/{KEC,KELUPG}.dll KelUpg/
+  local devkit=$built/devkit here="Z:${product//\//\\}"
+  cp "$built/bin/KELUtils.dll" "$built/bin/kelctl.exe" KELUtils/
+  for file in KELUtils/ApiCr.dll Common/{TvLogSys,ApiCr,KELMNAPI,KELAGAPI}.dll Scheduler/zumat.exe KELTVEVT/TvEvAPI.dll \
+    KESAgent/KePIRes.exe KesLpmng/KEPLPMNG.exe KepWInst/KepWInst.exe KelConf/KELRCM.dll KelUpg/{KEC,KELUPG}.dll; do
+    cp "$devkit/${file#*/}" "$file"
+  done
   cp "$devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe           # stands in for the update
   cp "$devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe     # and for the report
-  local here="Z:${product//\//\\}"
   printf '[PLUGINS]\r\nRCM=%s\\KelConf\\KELRCM.dll\r\n' "$here" > KelConf/Kelconf.ini
   printf '[PLUGINS]\r\nKEC=%s\\KelUpg\\KEC.dll\r\n' "$here" > KelUpg/KelUpg.ini
   printf '[LOG]\r\nLEVELLOG=20\r\n' > KELUtils/KELUTILS.INI
   find . -mindepth 1 | LC_ALL=C sort | sed 's/^\.\//  /'
 }
 
-"$root/scripts/build.sh"
-wine_start
-trap wine_stop EXIT
+[[ " $* " = *" --no-build "* ]] || "$root/scripts/build.sh"
+exec 3>&1                                               # the lines of the steps
+[[ " $* " = *" -v "* ]] || exec >"$root/build/demo-output.txt" 2>&1
+[ -n "${KELUTILS_WINE_STARTED:-}" ] || { wine_start; trap wine_stop EXIT; }
 
-heading "A product tree, in build/demo; kelctl below is KELUtils/kelctl.exe, run under Wine"
-lay_out_product
-heading "The installer stores the agent's identity"
-store_identity
-heading "Reading it back"
-show_identity
-heading "The file is enciphered, and has a backup"
-show_file_is_enciphered
-heading "The installer keeps a start copy; the agent goes on working"
-finish_installation
-heading "INTEGRA.DAT is lost: the library reads the backup"
-lose_the_store
-heading "INTEGRA.DAT is emptied and the backup lost: the library goes back to the start copy"
-lose_store_and_backup
-heading "Single settings and other files are enciphered too"
-encipher_settings
-heading "The computer is integrated into the console, and its agent guarded by a password"
-integrate_and_guard
-heading "The agent's jobs, on a computer that is not integrated and on one that is"
-schedule_jobs
-heading "Plug-ins and launcher are told and put to work"
-tell_the_others
-heading "The installation is registered with its other programs"
-register_the_installation
-heading "An older installation is migrated"
-migrate_an_older_tree
-heading "The way to the server leads through a proxy"
-set_a_proxy
-heading "The upgrade is completed"
-complete_the_upgrade
-heading "Events go to the event module, which queues them"
-send_events
-heading "The user is asked, in automatic mode"
-ask_the_user
-heading "The machine tells its UUID"
-identify_the_machine
-heading "Scripts of the local group policy"
-keep_policy_scripts
-heading "The store is damaged: support finds it, and repairs it"
-diagnose_and_repair
-heading "Diagnostics are collected for support"
-collect_diagnostics
-heading "The trace log, $log"
-show_log
-
-printf '\nThe demo is complete: %d steps, %d checks, all passed.\n' "$steps" "$checks"
-cat <<'SUMMARY'
-  - the store was written enciphered, with a backup after every change
-  - without INTEGRA.DAT the library read the backup: nothing was lost
-  - with neither, it went back to the start copy: the identity was kept, later changes were lost, policies were reset
-  - jobs, registration, migration and proxy were written, and written again without a change
-  - events were queued, the user was asked, and the scripts of others stayed in the policy
-The product tree stays in build/demo.
-SUMMARY
+step "a product tree in build/demo" lay_out_product
+step "the installer stores the agent's identity" store_identity
+step "the identity is read back" show_identity
+step "the file is encrypted, and has a backup" show_encrypted_file
+step "the installer keeps a start copy; the agent continues" finish_installation
+step "INTEGRA.DAT is lost: the library reads the backup, nothing is lost" lose_the_store
+step "both are lost: the library returns to the start copy, policies are reset" lose_store_and_backup
+step "single settings and other files are encrypted too" encrypt_settings
+step "the computer is integrated, and its agent protected by a password" integrate_and_guard
+step "the agent's jobs, before and after integration" schedule_jobs
+step "plug-ins and launcher are notified and run" tell_the_others
+step "the installation is registered, twice without a change" register_the_installation
+step "an older installation is migrated, twice without a change" migrate_an_older_tree
+step "a proxy leads to the server" set_a_proxy
+step "the upgrade is completed" complete_the_upgrade
+step "events are queued by the event module" send_events
+step "the user is asked, in automatic mode" ask_the_user
+step "the machine's UUID" identify_the_machine
+step "scripts of the local group policy; those of others stay" keep_policy_scripts
+step "support finds the damage of a store, and repairs it" diagnose_and_repair
+step "diagnostics are collected, without secrets" collect_diagnostics
+step "the trace log, $log" show_log
+printf 'The demo is complete: %d steps, %d checks, all passed. The product tree stays in build/demo.\n' "$steps" "$checks" >&3

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building and testing need on Debian 12 (amd64): says what it installs, and does nothing when all is there.
-# With --fuzz also what fuzzing needs, with --bench what the library is measured beside.
+# Installs the packages for building and testing on Debian 12 (amd64), and lists them; does nothing when all are installed. With --fuzz
+# also those for fuzzing, with --bench those that the library is compared with.
 set -euo pipefail
 
 packages=(
@@ -15,6 +15,7 @@ packages=(
   libssl-dev                                       # an independent base64 codec for the native tests
   clang-format clang-tidy cppcheck shellcheck      # the checks of the tree
   doxygen                                          # the reference of the headers
+  python3-clang-14 mono-mcs mono-runtime           # the interface for other languages, and the C# sample
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
@@ -29,49 +30,36 @@ as_root() {
   fi
 }
 
-installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q '^install ok installed$'; }
-
-lists_updated=no
-update_lists() {
-  [ "$lists_updated" = no ] || return 0
-  as_root apt-get update -qq
-  lists_updated=yes
-}
-
 install_packages() {
-  local missing=() package
-  for package in "${packages[@]}"; do installed "$package" || missing+=("$package"); done
-  [ ${#missing[@]} -gt 0 ] || return 0
-  echo "installing: ${missing[*]}"
-  update_lists
-  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  local missing
+  missing=$(comm -13 <(dpkg-query -W -f='${Package} ${db:Status-Status}\n' | sed -n 's/ installed$//p' | sort -u) \
+    <(printf '%s\n' "${packages[@]}" | sort) | xargs)
+  [ -n "$missing" ] || return 0
+  echo "installing: $missing"
+  as_root apt-get update -qq
+  # shellcheck disable=SC2086  # several words
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
 }
 
 # Wine's WoW64 mode runs 32-bit programs with nothing but the 32-bit Windows modules of the same version. Debian ships them in the
 # i386 package of libwine, whose dependencies do not resolve on amd64: only its module folder is taken.
 install_wine_modules() {
-  [ ! -e "$wine_modules/kernel32.dll" ] || [ ! -e "$wine_modules/zlib1.dll" ] || return 0
   if [ ! -e "$wine_modules/kernel32.dll" ]; then
-    local version scratch package
+    local version scratch options
     version=$(dpkg-query -W -f='${Version}' libwine)
     echo "installing: 32-bit Windows modules of Wine $version"
     scratch=$(mktemp -d)
     mkdir -p "$scratch/lists/partial" "$scratch/unpacked"
-    local options=(-o APT::Architectures::=amd64 -o APT::Architectures::=i386 -o Dir::State::Lists="$scratch/lists"
-                   -o APT::Sandbox::User=root)
-    # A stale index of another suite makes this exit non-zero; the download below tells whether the main index came.
+    options=(-o APT::Architectures::=amd64 -o APT::Architectures::=i386 -o Dir::State::Lists="$scratch/lists" -o APT::Sandbox::User=root)
+    # A stale index of another suite makes this exit non-zero; the download shows whether the main index came.
     as_root apt-get -qq "${options[@]}" update 2>/dev/null || true
     (cd "$scratch" && as_root apt-get -qq "${options[@]}" download "libwine:i386=$version")
-    package=$(echo "$scratch"/libwine_*_i386.deb)
-    dpkg -x "$package" "$scratch/unpacked"
+    dpkg -x "$scratch"/libwine_*_i386.deb "$scratch/unpacked"
     as_root mkdir -p "$wine_modules"
     as_root cp -an "$scratch/unpacked/usr/lib/i386-linux-gnu/wine/i386-windows/." "$wine_modules/"
     as_root rm -rf "$scratch"
   fi
-  if [ ! -e "$wine_modules/zlib1.dll" ]; then
-    echo "installing: zlib1.dll for Wine's 32-bit modules"
-    as_root cp /usr/i686-w64-mingw32/lib/zlib1.dll "$wine_modules/"
-  fi
+  [ -e "$wine_modules/zlib1.dll" ] || as_root cp /usr/i686-w64-mingw32/lib/zlib1.dll "$wine_modules/"
 }
 
 if [ ! -f /etc/debian_version ]; then

@@ -7,35 +7,18 @@ export LC_ALL=C.UTF-8                       # the code page of the programs is t
 export WINEDLLOVERRIDES="mscoree,mshtml="   # no offers to install .NET or a browser engine
 wine_bin=/usr/lib/wine
 
-# Gives the programs a display to make windows on, unless there is one: a server without a screen, on a number that it chooses itself.
-# It ends with wine_stop, and by itself after four hours, should the shell be killed. Without it only what makes windows fails.
+# Starts a display without a screen, on a free number, unless there is a display. It ends with wine_stop, and by itself after four hours.
 start_display() {
-  if [ -n "${kelutils_display_pid:-}" ] && ! kill -0 "$kelutils_display_pid" 2>/dev/null; then stop_display; fi
   [ -z "${DISPLAY:-}" ] || return 0
-  local chosen tries number=
-  chosen=$(mktemp)
-  timeout --kill-after=10 4h Xvfb -displayfd 3 -screen 0 800x600x24 3>"$chosen" >/dev/null 2>&1 &
+  local number
+  number=$(mktemp)
+  timeout --kill-after=10 4h Xvfb -displayfd 3 -screen 0 800x600x24 3>"$number" >/dev/null 2>&1 &
   kelutils_display_pid=$!
-  for ((tries = 0; tries < 100; tries++)); do
-    ! read -r number <"$chosen" || break   # succeeds once the whole line is there
-    kill -0 "$kelutils_display_pid" 2>/dev/null || break
-    sleep 0.1
-  done
-  if [ -n "$number" ]; then
-    export DISPLAY=:$number
-  else
-    echo "warning: no display: is Xvfb installed?" >&2
-    stop_display
-  fi
-  rm -f "$chosen"
-}
-
-# Ends the display that this shell has started, and no other.
-stop_display() {
-  [ -n "${kelutils_display_pid:-}" ] || return 0
-  kill "$kelutils_display_pid" 2>/dev/null || true
-  wait "$kelutils_display_pid" 2>/dev/null || true
-  unset kelutils_display_pid DISPLAY
+  for _ in {1..100}; do [ ! -s "$number" ] && kill -0 $kelutils_display_pid 2>/dev/null && sleep 0.1 || break; done
+  [ -s "$number" ] || echo "warning: no display: is Xvfb installed?" >&2
+  DISPLAY=:$(cat "$number")
+  export DISPLAY
+  rm -f "$number"
 }
 
 # Makes the prefix when it is missing and keeps one server running, without which every program start costs two seconds. A prefix
@@ -50,11 +33,17 @@ wine_start() {
     "$wine_bin/wineserver64" -w
   fi
   "$wine_bin/wineserver64" -p || true   # fails when a server runs already
+  # The services that start along with the first program keep its output open, for which nobody may wait.
+  timeout 60 "$wine_bin/wine64" cmd /c exit >/dev/null 2>&1 || true
 }
 
+# Also ends the display that this shell has started.
 wine_stop() {
   "$wine_bin/wineserver64" -k >/dev/null 2>&1 || true
-  stop_display
+  [ -n "${kelutils_display_pid:-}" ] || return 0
+  kill "$kelutils_display_pid" 2>/dev/null || true
+  wait "$kelutils_display_pid" 2>/dev/null || true
+  unset kelutils_display_pid DISPLAY
 }
 
 # Removes the folders that the programs made and could not remove, because a DLL in them was still in use.

@@ -1,12 +1,12 @@
-/* KELUtils from C, linked: reads the agent ID, enciphers a setting, schedules a job.
+/* KELUtils from C, linked: reads the agent ID, encrypts a setting, schedules a job.
  *
- * Build it with the CMakeLists.txt beside it, or by hand:
+ * Build it with the CMakeLists.txt in this folder, or by hand:
  *   gcc -m32 -o linked_agent.exe agent.c $(pkg-config --cflags --libs KELUtils)
  *
  * Windows loads KELUtils.dll when the program starts, from the program's own folder or the search path. The library
- * takes the folder that it was loaded from for its place in the product: install the program in the product's folder
- * KELUtils, beside the DLL, rather than copying the DLL to the program. (A program elsewhere in the product loads the
- * DLL at run time: see the C++ sample.)
+ * finds the product from the folder that it was loaded from: install the program in the product's folder KELUtils, next
+ * to the DLL; do not copy the DLL to the program. (A program elsewhere in the product loads the DLL at run time: see the
+ * C++ sample.)
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -14,14 +14,14 @@
 
 #include "KELUtils.h"
 
-/* Tells which call failed, and how; the codes are explained in KELUtils.h. Returns whether it went well. */
+/* Prints which call failed, and its code, which KELUtils.h explains. Returns whether the call succeeded. */
 static int succeeded(const char* call, KE_RESULT result) {
   if (result != KE_SUCCESS) fprintf(stderr, "%s: error %lu\n", call, (unsigned long)result);
   return result == KE_SUCCESS;
 }
 
-/* A getter wants a buffer that is larger than its value, and says nothing of the value's length: begin with what is
- * enough for any usual value, and try again with more as long as the answer is KE_BUFFER_TOO_SMALL. */
+/* A getter needs a buffer that is larger than its value, and does not return the value's length: begin with a size that
+ * is enough for any usual value, and increase it after KE_BUFFER_TOO_SMALL. */
 static int show_agent_id(void) {
   KE_RESULT result = KE_BUFFER_TOO_SMALL;
   int32_t size;
@@ -39,7 +39,7 @@ static int show_agent_id(void) {
   return succeeded("KE_GetAgentID", result);
 }
 
-/* With a null output KE_EncryptSetting tells the size that it needs. What it writes has no terminating zero. */
+/* With a null output KE_EncryptSetting returns the required size. Its output has no terminating zero. */
 static int show_setting(const char* text) {
   int32_t size = 0;
   char* setting;
@@ -57,7 +57,7 @@ static int show_setting(const char* text) {
   return succeeded("KE_EncryptSetting", result);
 }
 
-/* Every twelve hours, on all days. Done again, it redefines the job of that ID. */
+/* Every twelve hours, on all days. A second call redefines the job of that ID. */
 static int schedule_job(void) {
   const int32_t task_id = 9001, period_minutes = 12 * 60, random_weekday = 0;
   if (!succeeded("KE_SetPeriodicTask",

@@ -1,7 +1,7 @@
-// KELUtils from C++, loaded at run time: reads the agent ID, enciphers a setting, schedules a job.
+// KELUtils from C++, loaded at run time: reads the agent ID, encrypts a setting, schedules a job.
 //
-// The program lies in a folder of the product, such as C:\Orvane\Sample\loading_agent.exe, and finds the library in the
-// folder KELUtils beside its own. Another path may be given as its argument. A program of 64 bits cannot load the
+// The program is in a folder of the product, such as C:\Orvane\Sample\loading_agent.exe, and finds the library in the
+// folder KELUtils next to its own. Another path may be given as its argument. A program of 64 bits cannot load the
 // library.
 #include <windows.h>
 
@@ -55,7 +55,7 @@ std::filesystem::path DefaultPath() {
   return std::filesystem::path(own).parent_path().parent_path() / "KELUtils" / "KELUtils.dll";
 }
 
-// A getter wants a buffer that is larger than its value, and does not tell the value's length.
+// A getter needs a buffer that is larger than its value, and does not return the value's length.
 std::string AgentId(const Library& library) {
   const auto get = KE_FUNCTION(library, KE_GetAgentID);
   KE_RESULT result = KE_BUFFER_TOO_SMALL;
@@ -69,7 +69,7 @@ std::string AgentId(const Library& library) {
   return id.c_str();
 }
 
-// With a null output the library tells the size that it needs.
+// With a null output the library returns the required size.
 std::string Setting(const Library& library, const std::string& text) {
   const auto encrypt = KE_FUNCTION(library, KE_EncryptSetting);
   const auto length = static_cast<int32_t>(text.size());

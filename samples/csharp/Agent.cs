@@ -1,8 +1,9 @@
-// KELUtils from C#: reads the agent ID, enciphers a setting, schedules a job.
+// KELUtils from C#: reads the agent ID, encrypts a setting, schedules a job.
 //
-//   csc /platform:x86 Agent.cs        (or mcs)
+//   csc /platform:x86 Agent.cs ..\..\bindings\KELUtils.cs        (or mcs)
 //
-// The library has 32 bits, so the program must run as one of 32 bits too: /platform:x86, not "any CPU".
+// The library has 32 bits, so the program must run as one of 32 bits too: /platform:x86, not "any CPU". KELUtils.cs declares
+// every export.
 using System;
 using System.ComponentModel;
 using System.IO;
@@ -11,28 +12,13 @@ using System.Text;
 
 static class Agent
 {
-    const uint Success = 0;            // KE_SUCCESS
-    const uint BufferTooSmall = 1778;  // KE_BUFFER_TOO_SMALL
-    const uint StoreUnusable = 1782;   // KE_STORE_UNUSABLE
     const uint AlteredSearchPath = 8;  // LOAD_WITH_ALTERED_SEARCH_PATH
-
-    // Texts are 8-bit characters of the system's code page; the calling convention is the standard one of Windows.
-    [DllImport("KELUtils.dll", CallingConvention = CallingConvention.StdCall)]
-    static extern uint KE_GetAgentID(byte[] buffer, int size);
-
-    [DllImport("KELUtils.dll", CallingConvention = CallingConvention.StdCall)]
-    static extern uint KE_EncryptSetting(byte[] text, int textLength, byte[] output, ref int outputSize);
-
-    [DllImport("KELUtils.dll", CallingConvention = CallingConvention.StdCall, CharSet = CharSet.Ansi,
-               BestFitMapping = false, ThrowOnUnmappableChar = true)]
-    static extern uint KE_SetPeriodicTask(string program, string module, string arguments, int taskId,
-                                          int periodMinutes, int randomWeekday);
 
     [DllImport("kernel32.dll", CharSet = CharSet.Unicode, SetLastError = true)]
     static extern IntPtr LoadLibraryEx(string path, IntPtr file, uint flags);
 
-    // The functions above name the library without a folder. Loaded once by its full path, it is found by that name. The
-    // program lies in a folder of the product, such as C:\Orvane\Sample; the library in the folder KELUtils beside it.
+    // KELUtils.cs names the library without a folder. Loaded once by its full path, it is found by that name. The program
+    // is in a folder of the product, such as C:\Orvane\Sample; the library in the folder KELUtils next to it.
     static void LoadLibrary(string path)
     {
         if (LoadLibraryEx(path, IntPtr.Zero, AlteredSearchPath) == IntPtr.Zero)
@@ -41,33 +27,33 @@ static class Agent
 
     static void Check(string call, uint result)
     {
-        if (result != Success) throw new InvalidOperationException(call + ": error " + result);
+        if (result != KELUtils.KE_SUCCESS) throw new InvalidOperationException(call + ": error " + result);
     }
 
-    // A getter wants a buffer that is larger than its value, and does not tell the value's length.
+    // A getter needs a buffer that is larger than its value, and does not return the value's length.
     static string AgentId()
     {
-        uint result = BufferTooSmall;
+        uint result = KELUtils.KE_BUFFER_TOO_SMALL;
         byte[] id = null;
-        for (int size = 64; result == BufferTooSmall && size <= 65536; size *= 4)
+        for (int size = 64; result == KELUtils.KE_BUFFER_TOO_SMALL && size <= 65536; size *= 4)
         {
             id = new byte[size];
-            result = KE_GetAgentID(id, size);
+            result = KELUtils.KE_GetAgentID(id, size);
         }
-        if (result == StoreUnusable) throw new InvalidOperationException("this computer has no agent ID yet");
+        if (result == KELUtils.KE_STORE_UNUSABLE) throw new InvalidOperationException("this computer has no agent ID yet");
         Check("KE_GetAgentID", result);
         return Encoding.Default.GetString(id, 0, Array.IndexOf(id, (byte)0));
     }
 
-    // With a null output the library tells the size that it needs. What it writes has no terminating zero.
+    // With a null output the library returns the required size. Its output has no terminating zero.
     static string Setting(string plain)
     {
         byte[] text = Encoding.Default.GetBytes(plain + "\0");
         int size = 0;
-        uint result = KE_EncryptSetting(text, text.Length - 1, null, ref size);
-        if (result != BufferTooSmall) throw new InvalidOperationException("KE_EncryptSetting: error " + result);
+        uint result = KELUtils.KE_EncryptSetting(text, text.Length - 1, null, ref size);
+        if (result != KELUtils.KE_BUFFER_TOO_SMALL) throw new InvalidOperationException("KE_EncryptSetting: error " + result);
         byte[] setting = new byte[size];
-        Check("KE_EncryptSetting", KE_EncryptSetting(text, text.Length - 1, setting, ref size));
+        Check("KE_EncryptSetting", KELUtils.KE_EncryptSetting(text, text.Length - 1, setting, ref size));
         return Encoding.ASCII.GetString(setting, 0, size);
     }
 
@@ -81,7 +67,7 @@ static class Agent
             Console.WriteLine("agent ID: " + AgentId());
             string setting = Setting("secret");
             Console.WriteLine("setting of " + setting.Length + " characters: " + setting);
-            Check("KE_SetPeriodicTask", KE_SetPeriodicTask("KEPLPMNG", "SAMPLE", "-check", 9003, 12 * 60, 0));
+            Check("KE_SetPeriodicTask", KELUtils.KE_SetPeriodicTask("KEPLPMNG", "SAMPLE", "-check", 9003, 12 * 60, 0));
             Console.WriteLine("job 9003 is scheduled");
             return 0;
         }

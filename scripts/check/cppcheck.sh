@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs cppcheck over the sources as a 32-bit Windows compiler sees them; what it knows of unchanged files is in build/check/cppcheck.
+# Runs cppcheck on the sources as for a 32-bit Windows compiler; build/check/cppcheck caches the results of unchanged files.
 set -uo pipefail
 cd "$(dirname "$0")/../.." || exit 1
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Which folder of src/ may use which: the list in docs/overview.md, lines of the form "- `folder` -> `folder`, `folder`". Looks at the
-# #include lines and, when the tree is built, at the symbols of the object files: includes cannot show who calls an export.
+# #include lines and, when the tree is built, at the symbols of the object files, for includes do not show calls of exports.
 set -uo pipefail
 cd "$(dirname "$0")/../.." || exit 1
 edges=$(mktemp)

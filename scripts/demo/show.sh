@@ -1,4 +1,4 @@
-# What the steps of the demo share: the product tree, headings, commands that are shown, and checks.
+# Shared by the steps of the demo: the product tree, commands that are shown, and checks.
 
 built=$root/build/release
 product=$root/build/demo
@@ -9,19 +9,25 @@ log=KELUtils/KELUtils.log
 steps=0
 checks=0
 
-heading() {
+# step WHAT FUNCTION: one step, and its line.
+step() {
+  local before=$checks
   steps=$((steps + 1))
-  printf '\n== %d. %s\n\n' "$steps" "$*"
+  printf '\n== %d. %s\n\n' "$steps" "$1"
+  $2
+  printf '%2d. %s: %d checks passed\n' "$steps" "$1" $((checks - before)) >&3
+}
+
+failed() {
+  printf '\nDEMO FAILED in step %d: %s. All output: build/demo-output.txt, or scripts/demo.sh -v\n' "$steps" "$*" >&3
+  exit 1
 }
 
 # check WHAT COMMAND...: COMMAND must succeed.
 check() {
   local what=$1
   shift
-  if ! "$@" >/dev/null; then
-    printf '\nDEMO FAILED in step %d: not true: %s\n' "$steps" "$what" >&2
-    exit 1
-  fi
+  "$@" >/dev/null || failed "not true: $what"
   checks=$((checks + 1))
   printf '  [ok] %s\n' "$what"
 }
@@ -50,13 +56,10 @@ kelctl_ends_with() {
   show_command kelctl "$@"
   output=$(run_wine KELUtils/kelctl.exe "$@" | tr -d '\r') || status=$?
   [ -z "$output" ] || printf '%s\n' "$output" | sed 's/^/  /'
-  if [ "$status" -ne "$expected" ]; then
-    printf '\nDEMO FAILED in step %d: kelctl ended with exit code %d\n' "$steps" "$status" >&2
-    exit 1
-  fi
+  [ "$status" -eq "$expected" ] || failed "kelctl ended with exit code $status"
 }
 
-# expect NAME VALUE: the library must give VALUE.
+# expect NAME VALUE: the library must return VALUE.
 expect() {
   kelctl get "$1"
   check "$1 is $2" test "$output" = "$2"
@@ -65,5 +68,5 @@ expect() {
 differs() { ! cmp -s "$1" "$2"; }
 fails() { ! "$@"; }
 is_absent() { [ ! -e "$1" ]; }
-begins_enciphered() { [ "$(head -c 4 "$1")" = TVKE ]; }
+begins_encrypted() { [ "$(head -c 4 "$1")" = TVKE ]; }
 has_no_text() { ! grep -qaF "$2" "$1"; }

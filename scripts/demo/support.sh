@@ -18,7 +18,6 @@ diagnose_and_repair() {
 collect_diagnostics() {
   rm -f diagnostics.zip
   kelctl diagnostics diagnostics.zip
-  run unzip -p diagnostics.zip log/KELUtils.log | tail -n 2 | cut -c 1-130 | sed 's/^/  /'
   unzip -qq -o diagnostics.zip -d diagnostics
   local secret
   for secret in "$certificate" 'let me out' 'through the wall'; do

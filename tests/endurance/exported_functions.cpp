@@ -5,15 +5,13 @@
 #include <climits>
 #include <cstring>
 #include <map>
-#include <regex>
+#include <nlohmann/json.hpp>
 
 #include "KELUtils.h"
 #include "support/product_tree.h"
 
 namespace endurance {
 namespace {
-
-using Matches = std::sregex_iterator;
 
 Kind KindOf(const std::string& type) {
   const bool in = type.find("const ") != std::string::npos;
@@ -24,24 +22,16 @@ Kind KindOf(const std::string& type) {
   return in ? Kind::kNumberIn : Kind::kNumberOut;
 }
 
-std::vector<ExportedFunction> ReadHeader() {
-  const std::filesystem::path include = support::BuildFolder() / "include";
-  const std::string header = support::ReadFile(include / "KELUtils.h"),
-                    values = support::ReadFile(include / "KEResults.h");
-  const std::regex code("(KE_[A-Z0-9_]+) = (\\d+)"), function("\n(\\w+) KE_API (KE_\\w+)\\(([^)]*)\\);"),
-      parameter("([^,]*[ *])(\\w+)"), result("@retval (KE_[A-Z0-9_]+)");
-  std::map<std::string, std::uint32_t> codes;
-  for (Matches i(values.begin(), values.end(), code), end; i != end; ++i) codes[(*i)[1]] = std::stoul((*i)[2]);
+std::vector<ExportedFunction> ReadInterface() {
+  const auto described = nlohmann::json::parse(support::ReadFile(support::BuildFolder() / "interface/KELUtils.json"));
   std::vector<ExportedFunction> functions;
-  for (Matches i(header.begin(), header.end(), function), end; i != end; ++i) {
-    const std::string list = (*i)[3], comment = header.substr(header.rfind("/**", i->position()), i->position());
-    const std::string told = comment.substr(0, comment.find("*/"));
-    ExportedFunction read{(*i)[2], {}, {0}, told.find("any other value") != std::string::npos};
-    if ((*i)[1] != "KE_RESULT") read.results.insert(1);
-    for (Matches j(told.begin(), told.end(), result); j != end; ++j) read.results.insert(codes.at((*j)[1]));
-    for (Matches j(list.begin(), list.end(), parameter); j != end; ++j) {
-      read.parameters.push_back({KindOf((*j)[1]), (*j)[2]});
-    }
+  for (const auto& function : described["functions"]) {
+    ExportedFunction read{function["name"], {}, {0}, function["otherResults"]};
+    if (function["returns"] != "KE_RESULT") read.results.insert(1);
+    for (const auto& [code, cause] : function["results"].items())
+      read.results.insert(described["codes"][code]["value"].get<std::uint32_t>());
+    for (const auto& parameter : function["parameters"])
+      read.parameters.push_back({KindOf(parameter["type"]), parameter["name"]});
     functions.push_back(read);
   }
   return functions;
@@ -164,7 +154,7 @@ std::vector<Value> Pointers(std::initializer_list<std::string> contents) {
 }  // namespace
 
 const std::vector<ExportedFunction>& ExportedFunctions() {
-  static const std::vector<ExportedFunction> functions = ReadHeader();
+  static const std::vector<ExportedFunction> functions = ReadInterface();
   return functions;
 }
 

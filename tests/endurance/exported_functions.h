@@ -1,5 +1,4 @@
-// The exports, as KELUtils.h declares and documents them: what there is to call, with which arguments, and which
-// results it may have.
+// The exports as KELUtils.json describes them, with arguments to call them with, and the results that they may return.
 #pragma once
 
 #include <windows.h>
@@ -21,13 +20,13 @@ struct Parameter {
 struct ExportedFunction {
   std::string name;
   std::vector<Parameter> parameters;
-  std::set<std::uint32_t> results;  // that its comment lists, and success
-  bool otherResults;                // its comment lets those of others through
+  std::set<std::uint32_t> results;  // that its contract lists, and success
+  bool otherResults;                // its contract lets results of other modules through
 
   bool MayReturn(std::uint32_t result) const { return otherResults || results.contains(result); }
 };
 
-/// All of them, read from the header beside the built library.
+/// All of them, in the order of the header.
 const std::vector<ExportedFunction>& ExportedFunctions();
 
 /// What lies in memory before a call, behind 16 bytes that nobody may change.
