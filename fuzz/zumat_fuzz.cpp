@@ -4,11 +4,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "zumat/changes.h"
 #include "zumat/jobs_text.h"
-#include "zumat/listing.h"
-#include "zumat/next_start.h"
-#include "zumat/notation.h"
+#include "zumat/schedule.h"
 
 using namespace zumat;
 
@@ -41,8 +38,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     rest = halves.second;
   }
   for (const Job& job : jobs) {
-    const auto next = NextStart(job, moment.now);
+    const auto next = NextStart(job, std::chrono::floor<std::chrono::minutes>(moment.now));
     Require(!next || *next > moment.now);
+    StepOf(job, false, moment.now, moment.now);
   }
   RenderTable(jobs, moment.now);
   RenderJson(jobs, moment.now);

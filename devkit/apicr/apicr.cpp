@@ -1,153 +1,108 @@
-// ApiCr.dll: the exported functions. Each checks its arguments and reports through the error pointer; nothing in the
-// module throws or keeps anything between two calls.
+// ApiCr.dll: encrypts and decrypts buffers with the cryptography of Windows (CNG). Nothing throws, and nothing is kept
+// between two calls.
 #include "ApiCr.h"
 
+#include <windows.h>
+
+#include <bcrypt.h>
+
 #include <cstring>
+#include <string_view>
 
-#include "cng.h"
-#include "file_cipher.h"
-#include "key_blob.h"
-#include "sharedfile/replacement.h"
+#include "siblings/functions.h"
+#include "win/owner.h"
 
-namespace apicr {
 namespace {
 
-using namespace std::string_view_literals;
-using namespace sharedfile;
+constexpr std::size_t kKeySize = 32, kBlockSize = 16, kBlobLength = APICR_KEY_BLOB_SIZE - 1;
 
-constexpr std::uint32_t kVersion = 1u << 16;  // 1.0: the second number is in the low word
+void CloseAlgorithm(BCRYPT_ALG_HANDLE algorithm) noexcept { BCryptCloseAlgorithmProvider(algorithm, 0); }
 
-void Report(std::int32_t* error, std::int32_t result) noexcept {
+using AlgorithmHandle = win::Owner<BCRYPT_ALG_HANDLE, &CloseAlgorithm, 0>;
+using HashHandle = win::Owner<BCRYPT_HASH_HANDLE, &BCryptDestroyHash, 0>;
+using KeyHandle = win::Owner<BCRYPT_KEY_HANDLE, &BCryptDestroyKey, 0>;
+using Direction = decltype(&BCryptEncrypt);
+
+/// Bytes that are wiped when they are no longer needed.
+struct Key {
+  std::uint8_t bytes[kKeySize] = {};
+  ~Key() { SecureZeroMemory(bytes, sizeof bytes); }
+};
+
+AlgorithmHandle OpenAlgorithm(const wchar_t* name) noexcept {
+  BCRYPT_ALG_HANDLE algorithm = nullptr;
+  return BCRYPT_SUCCESS(BCryptOpenAlgorithmProvider(&algorithm, name, nullptr, 0)) ? AlgorithmHandle(algorithm)
+                                                                                   : AlgorithmHandle();
+}
+
+PUCHAR BytesOf(const void* data) noexcept { return static_cast<PUCHAR>(const_cast<void*>(data)); }
+
+/// key = SHA-256(label, key blob): each use has a label of its own, so no key tells anything about another.
+bool DeriveKey(std::string_view label, const char* keyBlob, Key& key) noexcept {
+  const AlgorithmHandle algorithm = OpenAlgorithm(BCRYPT_SHA256_ALGORITHM);
+  BCRYPT_HASH_HANDLE created = nullptr;
+  if (!algorithm || !BCRYPT_SUCCESS(BCryptCreateHash(algorithm.Get(), &created, nullptr, 0, nullptr, 0, 0)))
+    return false;
+  const HashHandle hash(created);
+  return BCRYPT_SUCCESS(BCryptHashData(created, BytesOf(label.data()), static_cast<ULONG>(label.size()), 0)) &&
+         BCRYPT_SUCCESS(BCryptHashData(created, BytesOf(keyBlob), kBlobLength, 0)) &&
+         BCRYPT_SUCCESS(BCryptFinishHash(created, key.bytes, kKeySize, 0));
+}
+
+/// AES-256-CBC in place. The vector comes from the key blob too: a buffer has no space for one, and the same text must
+/// give the same cipher text.
+bool Cipher(void* buffer, ULONG length, const char* keyBlob, Direction direction) noexcept {
+  using namespace std::string_view_literals;
+  Key key, vector;  // the first bytes of the second are the vector
+  if (!DeriveKey(""sv, keyBlob, key) || !DeriveKey("ApiCr buffer vector\0"sv, keyBlob, vector)) return false;
+  const AlgorithmHandle algorithm = OpenAlgorithm(BCRYPT_AES_ALGORITHM);
+  wchar_t mode[] = BCRYPT_CHAIN_MODE_CBC;
+  BCRYPT_KEY_HANDLE created = nullptr;
+  if (!algorithm ||
+      !BCRYPT_SUCCESS(BCryptSetProperty(algorithm.Get(), BCRYPT_CHAINING_MODE, BytesOf(mode), sizeof mode, 0)) ||
+      !BCRYPT_SUCCESS(BCryptGenerateSymmetricKey(algorithm.Get(), &created, nullptr, 0, key.bytes, kKeySize, 0)))
+    return false;
+  const KeyHandle handle(created);
+  PUCHAR const bytes = BytesOf(buffer);
+  ULONG done = 0;
+  return length == 0 || (BCRYPT_SUCCESS(direction(created, bytes, length, nullptr, vector.bytes, kBlockSize, bytes,
+                                                  length, &done, 0)) &&
+                         done == length);
+}
+
+void Run(Direction direction, void* buffer, std::uint32_t length, const char* keyBlob, std::uint32_t zero,
+         std::int32_t* error) noexcept {
+  const win::KeptLastError kept;
+  const bool isBlob = keyBlob != nullptr && strnlen(keyBlob, kBlobLength + 1) == kBlobLength;
+  std::int32_t result = APICR_SUCCESS;
+  if ((buffer == nullptr && length != 0) || !isBlob || zero != 0) {
+    result = APICR_BAD_ARGUMENT;
+  } else if (length % kBlockSize != 0) {
+    result = APICR_BAD_LENGTH;
+  } else if (!Cipher(buffer, length, keyBlob, direction)) {
+    result = APICR_PLATFORM_FAILURE;
+  }
   if (error != nullptr) *error = result;
 }
 
-bool IsBlank(const char* text) noexcept { return text == nullptr || *text == '\0'; }
-
-std::int32_t HashBuffer(const void* data, std::uint32_t length, std::uint8_t* output) noexcept {
-  if ((data == nullptr && length != 0) || output == nullptr) return APICR_BAD_ARGUMENT;
-  Hash hash;
-  std::uint8_t result[kHashSize];
-  if (!hash.Add(data, length) || !hash.Finish(result)) return APICR_PLATFORM_FAILURE;
-  std::memcpy(output, result, kHashSize);
-  return APICR_SUCCESS;
-}
-
-std::int32_t HashFile(const char* path, std::uint8_t* output) noexcept {
-  if (IsBlank(path) || output == nullptr) return APICR_BAD_ARGUMENT;
-  const win::FileHandle file = OpenSource(path);
-  Hash hash;
-  std::uint8_t piece[16 * 1024];
-  std::size_t length = 0;
-  do {
-    if (!file || !ReadFully(file, piece, sizeof piece, length)) return APICR_FILE_FAILURE;
-    if (!hash.Add(piece, length)) return APICR_PLATFORM_FAILURE;
-  } while (length == sizeof piece);
-  std::uint8_t result[kHashSize];
-  if (!hash.Finish(result)) return APICR_PLATFORM_FAILURE;
-  std::memcpy(output, result, kHashSize);
-  return APICR_SUCCESS;
-}
-
-std::int32_t RandomKey(char* keyBlob, std::uint32_t size) noexcept {
-  if (keyBlob == nullptr || size < APICR_KEY_BLOB_SIZE) return APICR_BAD_ARGUMENT;
-  return MakeKeyBlob(*reinterpret_cast<char(*)[APICR_KEY_BLOB_SIZE]>(keyBlob)) ? APICR_SUCCESS : APICR_PLATFORM_FAILURE;
-}
-
-using Direction = bool (AesCbc::*)(std::uint8_t*, std::uint32_t) noexcept;
-
-/// The initialisation vector comes from the key blob too: the buffer has no room for one, and the same text must give
-/// the same cipher text. Two texts under one key blob that begin alike therefore begin alike when enciphered.
-std::int32_t CipherBuffer(void* buffer, std::uint32_t length, const char* keyBlob, std::uint32_t zero,
-                          Direction direction) noexcept {
-  if ((buffer == nullptr && length != 0) || !IsKeyBlob(keyBlob) || zero != 0) return APICR_BAD_ARGUMENT;
-  if (length % kBlockSize != 0) return APICR_BAD_LENGTH;
-  Key key;
-  Key vectorSource;
-  if (!DeriveKey(""sv, keyBlob, key) || !DeriveKey("ApiCr buffer vector\0"sv, keyBlob, vectorSource)) {
-    return APICR_PLATFORM_FAILURE;
-  }
-  std::uint8_t vector[kBlockSize];
-  std::memcpy(vector, vectorSource.bytes, kBlockSize);
-  AesCbc cipher(key, vector);
-  return (cipher.*direction)(static_cast<std::uint8_t*>(buffer), length) ? APICR_SUCCESS : APICR_PLATFORM_FAILURE;
-}
-
-bool AreFileArguments(const char* source, const char* target, const char* keyBlob) noexcept {
-  return !IsBlank(source) && !IsBlank(target) && IsKeyBlob(keyBlob);
-}
-
-/// The public-key functions: there is no output, so its length is none.
-void ReportNotSupported(std::uint32_t* targetLength, std::int32_t* error) noexcept {
-  if (targetLength != nullptr) *targetLength = 0;
-  Report(error, APICR_NOT_SUPPORTED);
-}
-
-void Clear(char* text, std::uint32_t size) noexcept {
-  if (text != nullptr && size != 0) *text = '\0';
-}
-
 }  // namespace
-}  // namespace apicr
-
-using namespace apicr;
 
 extern "C" {
 
-uint32_t KE_SIBLING_CALL APIcr_GetVersion(void) { return kVersion; }
-
-void KE_SIBLING_CALL APIcr_GetHash(const void* data, uint32_t length, uint8_t* hash, int32_t* error) {
-  Report(error, HashBuffer(data, length, hash));
-}
-
-void KE_SIBLING_CALL APIcr_GetHashFromFile(const char* path, uint8_t* hash, int32_t* error) {
-  Report(error, HashFile(path, hash));
-}
-
-void KE_SIBLING_CALL APIcr_GetRandomKey(char* keyBlob, uint32_t keyBlobSize, int32_t* error) {
-  Report(error, RandomKey(keyBlob, keyBlobSize));
-}
-
 void KE_SIBLING_CALL APIcr_EncryptBuffer(void* buffer, uint32_t length, const char* keyBlob, uint32_t zero,
                                          int32_t* error) {
-  Report(error, CipherBuffer(buffer, length, keyBlob, zero, &AesCbc::Encrypt));
+  Run(BCryptEncrypt, buffer, length, keyBlob, zero, error);
 }
 
 void KE_SIBLING_CALL APIcr_DecryptBuffer(void* buffer, uint32_t length, const char* keyBlob, uint32_t zero,
                                          int32_t* error) {
-  Report(error, CipherBuffer(buffer, length, keyBlob, zero, &AesCbc::Decrypt));
+  Run(BCryptDecrypt, buffer, length, keyBlob, zero, error);
 }
 
-void KE_SIBLING_CALL APIcr_EncryptFile(const char* source, const char* target, const char* keyBlob, int32_t* error) {
-  Report(error, AreFileArguments(source, target, keyBlob) ? EncryptFile(source, target, keyBlob) : APICR_BAD_ARGUMENT);
-}
-
-void KE_SIBLING_CALL APIcr_DecryptFile(const char* source, const char* target, const char* keyBlob, int32_t* error) {
-  Report(error, AreFileArguments(source, target, keyBlob) ? DecryptFile(source, target, keyBlob) : APICR_BAD_ARGUMENT);
-}
-
-void KE_SIBLING_CALL APIcr_EncryptWithPublic(const void*, uint32_t, void*, uint32_t* targetLength, const char*,
-                                             int32_t* error) {
-  ReportNotSupported(targetLength, error);
-}
-
-void KE_SIBLING_CALL APIcr_DecryptWithPrivate(const void*, uint32_t, void*, uint32_t* targetLength, const char*,
-                                              int32_t* error) {
-  ReportNotSupported(targetLength, error);
-}
-
-void KE_SIBLING_CALL APIcr_EncryptHash(const uint8_t*, void*, uint32_t* targetLength, const char*, int32_t* error) {
-  ReportNotSupported(targetLength, error);
-}
-
-void KE_SIBLING_CALL APIcr_DecryptHash(const void*, uint32_t, uint8_t*, const char*, int32_t* error) {
-  ReportNotSupported(nullptr, error);
-}
-
-void KE_SIBLING_CALL APIcr_MakeKeys(char* publicKeyBlob, uint32_t publicKeyBlobSize, char* privateKeyBlob,
-                                    uint32_t privateKeyBlobSize, int32_t* error) {
-  Clear(publicKeyBlob, publicKeyBlobSize);
-  Clear(privateKeyBlob, privateKeyBlobSize);
-  ReportNotSupported(nullptr, error);
-}
+// Plain C functions without parameters: arguments are the caller's to clean up.
+#define SKIP(name, presence)
+#define NOT_SUPPORTED(name, presence) \
+  int32_t KE_SIBLING_CALL name(void) { return APICR_NOT_SUPPORTED; }
+KE_CRYPTO_FUNCTIONS(SKIP, NOT_SUPPORTED)
 
 }  // extern "C"

@@ -1,61 +1,87 @@
 // KePIRes.exe: asks the user what the agent wants to know, and ends with the answer.
 #include <windows.h>
 
-#include <algorithm>
-#include <cstdio>
+#include <sddl.h>
+
 #include <cstring>
 
 #include "kepires/dialog.h"
-#include "kepires/install_event.h"
-#include "kepires/settings.h"
-#include "logfile/module_log.h"
-#include "sharedfile/module_path.h"
+#include "shared/files.h"
+#include "shared/texts.h"
+
+using namespace devkit;
 
 namespace kepires {
 namespace {
 
-/// How the program ends, and why.
-struct End {
-  ExitCode code;
-  const char* meaning;
+// In the order of the exit codes.
+constexpr const char* kMeanings[] = {"yes, or done",
+                                     "no",
+                                     "later",
+                                     "unknown switch",
+                                     "a number is missing or out of range",
+                                     "a switch is there twice",
+                                     "no -MsgType",
+                                     "the dialog could not be shown",
+                                     "the event could not be made",
+                                     "the event was not set in time",
+                                     "a setting is not a number of its range"};
 
-  End(ExitCode code) noexcept : End(code, MeaningOf(code)) {}
-  End(ExitCode code, const char* meaning) noexcept : code(code), meaning(meaning) {}
+/// The automatic mode: the section [AUTO] of KePIRes.ini answers instead of a user.
+struct Automatic {
+  std::optional<int> answer;  // exit code of every question; none: no automatic mode
+  int countDown = 0;          // exit code of the countdown
+  DWORD delay = 0;            // milliseconds before a question or the countdown ends
+  DWORD installation = 0;     // milliseconds that the event may take
 };
 
-/// Control characters would break the log's lines.
-void Log(const End& end, const char* commandLine) noexcept {
-  char text[600];
-  std::snprintf(text, sizeof text, "%d;%s;%s", end.code, end.meaning, commandLine);
-  std::replace_if(
-      text, text + std::strlen(text), [](unsigned char c) { return c < ' '; }, '?');
-  logfile::LogBesideModule(text);
+/// None when a value is not a number of its range.
+std::optional<Automatic> ReadAutomatic() {
+  const auto answer = ReadNumber("AUTO", "Answer", -1, 0, 255), countDown = ReadNumber("AUTO", "CountDown", 0, 0, 255),
+             delay = ReadNumber("AUTO", "Delay", 0, 0, 60 * 1000),
+             installation = ReadNumber("AUTO", "Installation", 60 * 1000, 0, 60 * 60 * 1000);
+  if (!answer || !countDown || !delay || !installation) return std::nullopt;
+  return Automatic{*answer < 0 ? std::nullopt : answer, *countDown, static_cast<DWORD>(*delay),
+                   static_cast<DWORD>(*installation)};
 }
 
-End AnswerAutomatically(const Prompt& prompt, const Automatic& automatic, HANDLE closing) noexcept {
+/// Makes the event that closes the installation dialogs, or opens the one of another instance, for waiting only. Once
+/// set it stays set, and is gone with the last instance. None when another program has taken the name.
+win::EventHandle MakeInstallEvent() noexcept {
+  // Everything for the system, administrators and the owner; setting and waiting (0x100002) for authenticated users.
+  constexpr char kAccess[] = "D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;GA;;;OW)(A;;0x100002;;;AU)";
+  SECURITY_ATTRIBUTES security{sizeof security, nullptr, FALSE};
+  if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(kAccess, SDDL_REVISION_1, &security.lpSecurityDescriptor,
+                                                            nullptr))
+    return {};
+  const win::Owner<HLOCAL, &LocalFree, 0> descriptor(security.lpSecurityDescriptor);
+  return win::EventHandle(CreateEventExA(&security, kInstallEventName, CREATE_EVENT_MANUAL_RESET, SYNCHRONIZE));
+}
+
+int AnswerAutomatically(const Prompt& prompt, const Automatic& automatic, HANDLE closing) noexcept {
   if (prompt.kind == kInstallationDialog)
     return WaitForSingleObject(closing, automatic.installation) == WAIT_OBJECT_0 ? kYes : kTimeOut;
   Sleep(automatic.delay);
-  const std::uint32_t answer = prompt.kind == kRebootCountDown ? automatic.countDown : automatic.answer;
-  return {static_cast<ExitCode>(answer), "set by KePIRes.ini"};
+  return prompt.kind == kRebootCountDown ? automatic.countDown : *automatic.answer;
 }
 
-End Run(const char* commandLine) noexcept {
-  char path[MAX_PATH];
-  if (!sharedfile::FindOwnPath(path)) path[0] = '\0';
-  const char* const separator = std::strrchr(path, '\\');
+/// The exit code. `scripted` becomes true when the settings gave it.
+int Run(const char* commandLine, bool& scripted) {
+  const std::string path = OwnPath();
   Prompt prompt;
-  if (const auto problem = ReadSwitches(SwitchesOf(commandLine, separator ? separator + 1 : path), prompt))
+  if (const auto problem = ReadSwitches(SwitchesOf(commandLine, path.substr(path.rfind('\\') + 1)), prompt))
     return *problem;
-  std::optional<Automatic> automatic;
-  if (const auto problem = ReadSettings(automatic)) return *problem;
-
-  EventHandle closing;
+  const auto automatic = ReadAutomatic();
+  if (!automatic) return kBadSetting;
+  win::EventHandle closing;
   if (prompt.kind == kInstallationDialog) {
     closing = MakeInstallEvent();
     if (!closing) return kNoEvent;
   }
-  if (automatic) return AnswerAutomatically(prompt, *automatic, closing.Get());
+  if (automatic->answer) {
+    scripted = prompt.kind != kInstallationDialog;
+    return AnswerAutomatically(prompt, *automatic, closing.Get());
+  }
   if (TimeLimitOf(prompt) == 0u) return kYes;  // a countdown without time
   return ShowDialog(prompt, closing.Get());
 }
@@ -64,8 +90,11 @@ End Run(const char* commandLine) noexcept {
 }  // namespace kepires
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, char*, int) {
-  const char* const commandLine = GetCommandLineA();
-  const kepires::End end = kepires::Run(commandLine);
-  kepires::Log(end, commandLine);
-  return end.code;
+  return Guarded([] {
+    bool scripted = false;
+    const int code = kepires::Run(GetCommandLineA(), scripted);
+    LogCall(std::to_string(code) + ";" + (scripted ? "set by KePIRes.ini" : kepires::kMeanings[code]) + ";" +
+            OneLine(GetCommandLineA()));
+    return static_cast<Result>(code);
+  });
 }

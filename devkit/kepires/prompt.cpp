@@ -1,21 +1,18 @@
 #include "kepires/prompt.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
+#include <limits>
+
+#include "shared/texts.h"
+#include "text/text.h"
 
 namespace kepires {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
 
-char Lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool SameText(std::string_view a, std::string_view b) noexcept {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Lower(x) == Lower(y); });
-}
-
-/// True when the file name at `place` is a whole one: behind a separator, in front of a blank or the end.
+/// True when the file name at `place` is a whole one: between a separator and a blank or the end.
 bool IsWholeName(std::string_view text, std::size_t place, std::size_t length) noexcept {
   const bool begins = place == 0 || text[place - 1] == '\\' || text[place - 1] == '/' || text[place - 1] == ':';
   return begins && (place + length == text.size() || kBlanks.find(text[place + length]) != kBlanks.npos);
@@ -39,9 +36,10 @@ std::optional<ExitCode> Once(bool& given) noexcept {
 template <typename Number, typename Target>
 std::optional<ExitCode> Take(std::string_view value, bool& given, Target& target) noexcept {
   if (const auto problem = Once(given)) return problem;
-  const std::optional<Number> number = NumberFrom<Number>(value);
+  using Limits = std::numeric_limits<Number>;
+  const auto number = devkit::ParseNumber(value, Limits::min(), Limits::max());
   if (!number) return kBadNumber;
-  target = *number;
+  target = static_cast<Number>(*number);
   return std::nullopt;
 }
 
@@ -49,26 +47,15 @@ std::optional<ExitCode> Take(std::string_view value, bool& given, Target& target
 std::optional<ExitCode> ReadSwitch(std::string_view word, Given& given, Prompt& prompt) noexcept {
   const std::size_t colon = word.find(':');
   const std::string_view name = word.substr(0, colon);
-  if (colon == word.npos) return SameText(name, "-CheckOS") ? Once(given.checkOs) : kUnknownSwitch;
+  if (colon == word.npos) return text::SameName(name, "-CheckOS") ? Once(given.checkOs) : kUnknownSwitch;
   const std::string_view value = word.substr(colon + 1);
-  if (SameText(name, "-MsgType")) return Take<std::int32_t>(value, given.kind, prompt.kind);
-  if (SameText(name, "-sec")) return Take<std::int32_t>(value, given.seconds, prompt.seconds);
-  if (SameText(name, "-RebootMsg")) return Take<std::uint32_t>(value, given.rebootMessage, prompt.rebootMessage);
+  if (text::SameName(name, "-MsgType")) return Take<std::int32_t>(value, given.kind, prompt.kind);
+  if (text::SameName(name, "-sec")) return Take<std::int32_t>(value, given.seconds, prompt.seconds);
+  if (text::SameName(name, "-RebootMsg")) return Take<std::uint32_t>(value, given.rebootMessage, prompt.rebootMessage);
   return kUnknownSwitch;
 }
 
 }  // namespace
-
-template <typename Number>
-std::optional<Number> NumberFrom(std::string_view text) noexcept {
-  Number number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
-template std::optional<std::int32_t> NumberFrom(std::string_view) noexcept;
-template std::optional<std::uint32_t> NumberFrom(std::string_view) noexcept;
 
 std::string_view SwitchesOf(std::string_view commandLine, std::string_view fileName) noexcept {
   if (commandLine.starts_with('"')) {
@@ -77,7 +64,7 @@ std::string_view SwitchesOf(std::string_view commandLine, std::string_view fileN
   }
   const std::size_t length = fileName.size();
   for (std::size_t place = commandLine.size(); length != 0 && place-- != 0;) {
-    if (SameText(commandLine.substr(place, length), fileName) && IsWholeName(commandLine, place, length))
+    if (text::SameName(commandLine.substr(place, length), fileName) && IsWholeName(commandLine, place, length))
       return commandLine.substr(place + length);
   }
   return commandLine.substr(std::min(commandLine.find_first_of(kBlanks), commandLine.size()));

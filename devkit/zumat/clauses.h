@@ -1,10 +1,12 @@
-// When a job runs.
+// The time clauses of a command: when a job runs.
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "zumat/notation.h"
+#include "zumat/results.h"
 
 namespace zumat {
 
@@ -24,7 +26,7 @@ inline constexpr unsigned kEveryWeekday = (1u << 7) - 1;
 inline constexpr int kMaximumCount = 1000000;     // of days and weeks
 inline constexpr int kMaximumDelay = 2147483647;  // seconds after boot
 
-/// When a job runs. What its recurrence does not use is left at its default.
+/// When a job runs. Members that the recurrence does not use have their default.
 struct Clauses {
   Recurrence recurrence = Recurrence::kOnce;
   int count = 0;
@@ -39,5 +41,31 @@ struct Clauses {
 
   bool IsBoot() const noexcept { return recurrence == Recurrence::kEveryBoot || recurrence == Recurrence::kNextBoot; }
 };
+
+/// Collects clauses from the words of a command, in any order.
+class ClauseReader {
+ public:
+  /// True when the word is a time clause; `outcome` is then kSuccess, kBadValue or kRepeated.
+  bool Take(const Word& word, Outcome& outcome);
+
+  /// True when a clause was taken.
+  bool Any() const noexcept { return seen_ != 0; }
+
+  /// The clauses together: kMissing, kClash or kBadValue when they make no sense.
+  Outcome Finish(Clauses& clauses) const;
+
+ private:
+  Clauses clauses_;
+  unsigned seen_ = 0;
+};
+
+/// Reads a text of nothing but clauses. The codes are those of ClauseReader, kBadQuotes and kUnknownSwitch.
+Outcome ReadClauses(std::string_view text, Clauses& clauses);
+
+/// The clauses as switches. ReadClauses makes the same clauses of the text.
+std::string FormatClauses(const Clauses& clauses);
+
+/// The clauses in words, such as "every 2 weeks at 10:00".
+std::string DescribeClauses(const Clauses& clauses);
 
 }  // namespace zumat

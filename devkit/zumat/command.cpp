@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "zumat/clause_reader.h"
-#include "zumat/job.h"
-#include "zumat/words.h"
+#include "shared/texts.h"
+#include "text/text.h"
+#include "zumat/jobs.h"
 
 namespace zumat {
 namespace {
 
-enum Part : unsigned { kTaskId = 1, kYes = 2, kJson = 4, kTimeClauses = 8 };
+enum Part : unsigned { kTaskId = 1, kYes = 2, kJson = 4, kTimeClauses = 8, kUntil = 16, kNow = 32 };
 
 /// What a command consists of besides its action.
 struct Shape {
@@ -25,6 +25,8 @@ constexpr Shape kShapes[] = {
     {Action::kActivate, kTaskId, 0},
     {Action::kDeactivate, kTaskId, 0},
     {Action::kList, 0, kJson},
+    {Action::kRun, 0, kUntil | kNow},
+    {Action::kStop, 0, 0},
     {Action::kHelp, 0, 0},
 };
 
@@ -33,6 +35,20 @@ bool ReadNothing(const Word& word, std::string_view, Command&) { return word.tex
 bool ReadJson(const Word& word, std::string_view value, Command& command) {
   command.json = true;
   return ReadNothing(word, value, command);
+}
+
+bool ReadUntil(const Word&, std::string_view value, Command& command) {
+  command.until = ReadNumber(value, 0, kMaximumDelay);
+  return command.until.has_value();
+}
+
+/// DD/MM/YYYY-HH:MM
+bool ReadNow(const Word&, std::string_view value, Command& command) {
+  const Halves halves = SplitAt(value, '-');
+  const auto day = ReadDay(halves.first);
+  const auto minute = ReadTimeOfDay(halves.second.value_or(""));
+  if (day && minute) command.now = *day + std::chrono::minutes(*minute);
+  return command.now.has_value();
 }
 
 /// The number of the job within its task, of which there is one.
@@ -72,31 +88,36 @@ constexpr Switch kSwitches[] = {
     {"-TaskID", Action::kNone, kTaskId, false, ReadTaskId, "-TaskID:N, from 1 to 2147483647"},
     {"-YES", Action::kNone, kYes, false, ReadNothing, "-YES"},
     {"--json", Action::kNone, kJson, false, ReadJson, "--json"},
+    {"-until", Action::kNone, kUntil, false, ReadUntil, "-until:SECONDS"},
+    {"-now", Action::kNone, kNow, false, ReadNow, "-now:DD/MM/YYYY-HH:MM"},
     {"-addjob", Action::kAdd, 0, true, ReadJob, "-addjob:PROGRAM:\"MODULE ARGUMENTS\""},
     {"-editjob", Action::kEdit, 0, true, ReadEditedJob, "-editjob:0:PROGRAM:\"MODULE ARGUMENTS\""},
     {"-DeleteJob", Action::kDelete, 0, false, ReadNothing, "-DeleteJob"},
     {"-activate", Action::kActivate, 0, false, ReadZero, "-activate:0"},
     {"-deactivate", Action::kDeactivate, 0, false, ReadZero, "-deactivate:0"},
     {"-list", Action::kList, 0, false, ReadNothing, "-list"},
+    {"-run", Action::kRun, 0, false, ReadNothing, "-run"},
+    {"-stop", Action::kStop, 0, false, ReadNothing, "-stop"},
     {"-help", Action::kHelp, 0, false, ReadNothing, "-help"},
     {"--help", Action::kHelp, 0, false, ReadNothing, "--help"},
 };
 
 const Switch* FindSwitch(std::string_view name) noexcept {
   const auto found =
-      std::ranges::find_if(kSwitches, [&](const Switch& candidate) { return SameWord(name, candidate.name); });
+      std::ranges::find_if(kSwitches, [&](const Switch& candidate) { return text::SameName(name, candidate.name); });
   return found == std::end(kSwitches) ? nullptr : found;
 }
 
 Outcome TakeSwitch(const Word& word, Command& command, unsigned& parts) {
   const Halves halves = SplitAt(word.text, ':');
   const Switch* const known = FindSwitch(halves.first);
-  if (!known) return {kUnknownSwitch, OnOneLine(word.text) + " is no switch; -help lists them"};
+  if (!known)
+    return {kUnknownSwitch, devkit::OneLine(std::string(word.text).c_str()) + " is no switch; -help lists them"};
   if (known->part & parts) return {kRepeated, std::string(known->name) + " is there twice"};
   if (known->action != Action::kNone && command.action != Action::kNone)
     return {known->action == command.action ? kRepeated : kClash, "the command says twice what to do"};
   if ((word.quoted && !known->takesQuoted) || !known->read(word, halves.second.value_or(""), command))
-    return {kBadValue, OnOneLine(word.text) + ": expected " + known->expected};
+    return {kBadValue, devkit::OneLine(std::string(word.text).c_str()) + ": expected " + known->expected};
   if (known->action != Action::kNone) command.action = known->action;
   parts |= known->part;
   return {};
@@ -110,16 +131,16 @@ Outcome CheckShape(const Command& command, unsigned parts) {
   const unsigned missing = shape->required & ~parts;
   if (missing & kTaskId) return {kMissing, "-TaskID:N is missing"};
   if (missing & kYes) return {kMissing, "-YES is missing: a job is deleted only with it"};
-  if (missing & kTimeClauses) return {kMissing, "no clause tells when the job runs"};
+  if (missing & kTimeClauses) return {kMissing, "no clause says when the job runs"};
   if (command.action == Action::kAdd && command.taskId == 0 && command.clauses.recurrence != Recurrence::kNextBoot)
-    return {kMissing, "-TaskID:N is missing: only a job of the next boot goes without"};
+    return {kMissing, "-TaskID:N is missing: only a job of the next boot needs none"};
   return {};
 }
 
 }  // namespace
 
 const char kHelpText[] =
-    "Keeps the jobs of the agent.\n"
+    "Keeps the jobs of the agent, and starts them.\n"
     "\n"
     "  zumat -TaskID:N -addjob:PROGRAM:\"MODULE ARGUMENTS\" CLAUSES     adds the job, or redefines it\n"
     "  zumat -TaskID:N -editjob:0:PROGRAM:\"MODULE ARGUMENTS\" CLAUSES  the same\n"
@@ -128,9 +149,12 @@ const char kHelpText[] =
     "  zumat -TaskID:N -deactivate:0       keeps the job from running\n"
     "  zumat -DeleteJob -TaskID:N -YES     deletes the job\n"
     "  zumat -list [--json]                shows the jobs\n"
+    "  zumat -run [-until:SECONDS] [-now:DD/MM/YYYY-HH:MM]   stays and starts the jobs; until -stop, Ctrl+C or so "
+    "long\n"
+    "  zumat -stop                         ends the scheduler that runs\n"
     "  zumat -help                         shows this\n"
     "\n"
-    "CLAUSES tell when the job runs; one of these lines:\n"
+    "CLAUSES say when the job runs; one of these lines:\n"
     "  -Every:Weeks:N                      every N weeks\n"
     "  -Every:Days:N                       every N days\n"
     "  -Every:DAYS                         on days of the week: Su,M,T,W,Th,F,S or some of them\n"

@@ -9,19 +9,20 @@
 
 namespace zumat {
 
-enum class Action { kNone, kAdd, kEdit, kDelete, kActivate, kDeactivate, kList, kHelp };
+enum class Action { kNone, kAdd, kEdit, kDelete, kActivate, kDeactivate, kList, kRun, kStop, kHelp };
 
 struct Command {
   Action action = Action::kNone;
   int taskId = 0;       // 0: none was given
   std::string program;  // this and what follows belong to kAdd and kEdit
-  std::string text;     // what stood in quotes
+  std::string text;     // the quoted part
   Clauses clauses;
-  bool json = false;  // kList
+  bool json = false;          // kList
+  std::optional<int> until;   // kRun: seconds after which it ends
+  std::optional<Minute> now;  // kRun: the time that its clock shows at the start
 };
 
-/// Reads a command line without the program's name. Unless it succeeds, `command` is not to be used; the result is one
-/// of the codes of commands that were not understood.
+/// Reads a command line without the program's name. Unless it succeeds, `command` is not to be used.
 Outcome ReadCommand(std::string_view arguments, Command& command);
 
 /// What -help shows.

@@ -1,29 +1,41 @@
 #include "zumat/notation.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstdio>
+
+#include "shared/texts.h"
 
 namespace zumat {
 namespace {
 
 using std::chrono::year_month_day;
 
-bool IsDigit(char character) noexcept { return character >= '0' && character <= '9'; }
+constexpr char kBlanks[] = " \t";
 
-char Lower(char character) noexcept {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+std::optional<Day> DayFrom(std::string_view day, std::string_view month, std::string_view year) noexcept {
+  const auto d = ReadNumber(day, 1, 31), m = ReadNumber(month, 1, 12), y = ReadNumber(year, 1970, 9999);
+  if (!d || !m || !y) return std::nullopt;
+  const year_month_day date{std::chrono::year(*y), std::chrono::month(static_cast<unsigned>(*m)),
+                            std::chrono::day(static_cast<unsigned>(*d))};
+  return date.ok() ? std::optional(Day(date)) : std::nullopt;
+}
+
+std::string_view WithoutLeadingBlanks(std::string_view text) noexcept {
+  const auto begin = text.find_first_not_of(kBlanks);
+  return begin == std::string_view::npos ? std::string_view() : text.substr(begin);
+}
+
+/// Takes the text up to one of the `ends`, or all of it, from the front of `rest`.
+std::string_view TakeUpTo(std::string_view& rest, const char* ends) noexcept {
+  const std::string_view taken = rest.substr(0, rest.find_first_of(ends));
+  rest.remove_prefix(taken.size());
+  return taken;
 }
 
 }  // namespace
 
 std::optional<int> ReadNumber(std::string_view text, int low, int high) noexcept {
-  int number = 0;
-  const char* const end = text.data() + text.size();
-  if (!std::ranges::all_of(text, IsDigit)) return std::nullopt;
-  const auto read = std::from_chars(text.data(), end, number);
-  if (read.ec != std::errc() || read.ptr != end || number < low || number > high) return std::nullopt;
-  return number;
+  const auto number = devkit::ParseNumber(text, low, high);
+  return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
 std::optional<int> ReadTimeOfDay(std::string_view text) noexcept {
@@ -42,14 +54,7 @@ std::string FormatTimeOfDay(int minutes) {
 
 std::optional<Day> ReadDay(std::string_view text) noexcept {
   if (text.size() != 10 || text[2] != '/' || text[5] != '/') return std::nullopt;
-  const auto day = ReadNumber(text.substr(0, 2), 1, 31);
-  const auto month = ReadNumber(text.substr(3, 2), 1, 12);
-  const auto year = ReadNumber(text.substr(6), 1970, 9999);
-  if (!day || !month || !year) return std::nullopt;
-  const year_month_day date{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
-                            std::chrono::day(static_cast<unsigned>(*day))};
-  if (!date.ok()) return std::nullopt;
-  return Day(date);
+  return DayFrom(text.substr(0, 2), text.substr(3, 2), text.substr(6));
 }
 
 std::string FormatDay(Day day) {
@@ -59,8 +64,23 @@ std::string FormatDay(Day day) {
   return text;
 }
 
-bool SameWord(std::string_view left, std::string_view right) noexcept {
-  return std::ranges::equal(left, right, {}, Lower, Lower);
+std::optional<Second> ReadMoment(std::string_view text) noexcept {
+  if (text.size() != 19 || text[4] != '-' || text[7] != '-' || text[10] != 'T' || text[16] != ':') return std::nullopt;
+  const auto day = DayFrom(text.substr(8, 2), text.substr(5, 2), text.substr(0, 4));
+  const auto minute = ReadTimeOfDay(text.substr(11, 5)), second = ReadNumber(text.substr(17), 0, 59);
+  if (!day || !minute || !second) return std::nullopt;
+  return *day + std::chrono::minutes(*minute) + std::chrono::seconds(*second);
+}
+
+std::string FormatMoment(Second moment) {
+  const Day day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::hh_mm_ss time(moment - day);
+  const year_month_day date(day);
+  char text[64];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d", int{date.year()}, unsigned{date.month()},
+                unsigned{date.day()}, static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                static_cast<int>(time.seconds().count()));
+  return text;
 }
 
 Halves SplitAt(std::string_view text, char separator) noexcept {
@@ -69,16 +89,28 @@ Halves SplitAt(std::string_view text, char separator) noexcept {
   return {text.substr(0, at), text.substr(at + 1)};
 }
 
-std::string OnOneLine(std::string_view text) {
-  std::string line;
-  for (const char character : text) {
-    const auto code = static_cast<unsigned char>(character);
-    char escape[] = "\\xNN";
-    const bool isControl = code < 0x20 || code == 0x7F;
-    if (isControl) std::snprintf(escape, sizeof escape, "\\x%02X", code);
-    line += isControl ? std::string(escape) : std::string(1, character);
+std::string_view ArgumentsOf(std::string_view commandLine) noexcept {
+  const bool isQuoted = !commandLine.empty() && commandLine.front() == '"';
+  if (isQuoted) commandLine.remove_prefix(1);
+  TakeUpTo(commandLine, isQuoted ? "\"" : kBlanks);
+  if (isQuoted && !commandLine.empty()) commandLine.remove_prefix(1);
+  return WithoutLeadingBlanks(commandLine);
+}
+
+std::optional<std::vector<Word>> SplitWords(std::string_view text) {
+  std::vector<Word> words;
+  for (text = WithoutLeadingBlanks(text); !text.empty(); text = WithoutLeadingBlanks(text)) {
+    Word word{TakeUpTo(text, " \t\""), std::nullopt};
+    if (!text.empty() && text.front() == '"') {
+      text.remove_prefix(1);
+      word.quoted = TakeUpTo(text, "\"");
+      if (text.empty()) return std::nullopt;
+      text.remove_prefix(1);
+      if (!TakeUpTo(text, kBlanks).empty()) return std::nullopt;
+    }
+    words.push_back(word);
   }
-  return line;
+  return words;
 }
 
 }  // namespace zumat

@@ -1,20 +1,22 @@
-// How numbers, times of day, days and names are written in commands and in the jobs file.
+// How times, days, words and names are written in commands and in the jobs file.
 #pragma once
 
 #include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zumat {
 
-/// A day, and a minute of a day, on the local clock.
+/// A day, a minute and a second of the local clock.
 using Day = std::chrono::local_days;
 using Minute = std::chrono::local_time<std::chrono::minutes>;
+using Second = std::chrono::local_seconds;
 
 inline constexpr int kMinutesOfDay = 24 * 60;
 
-/// A decimal number of digits only, between `low` (not negative) and `high`.
+/// A decimal number without a sign, between `low` (not negative) and `high`.
 std::optional<int> ReadNumber(std::string_view text, int low, int high) noexcept;
 
 /// HH:MM, two digits each, as minutes since midnight.
@@ -25,17 +27,29 @@ std::string FormatTimeOfDay(int minutes);
 std::optional<Day> ReadDay(std::string_view text) noexcept;
 std::string FormatDay(Day day);
 
-/// True when the texts are equal but for the case of ASCII letters.
-bool SameWord(std::string_view left, std::string_view right) noexcept;
+/// YYYY-MM-DDTHH:MM:SS, of the same years.
+std::optional<Second> ReadMoment(std::string_view text) noexcept;
+std::string FormatMoment(Second moment);
 
-/// The parts of `text` in front of and behind the first `separator`; the second is none when there is no separator.
+/// The parts of `text` around the first `separator`; the second is none when there is no separator.
 struct Halves {
   std::string_view first;
   std::optional<std::string_view> second;
 };
 Halves SplitAt(std::string_view text, char separator) noexcept;
 
-/// `text` with each control character as \xNN, so that it stays on one line.
-std::string OnOneLine(std::string_view text);
+// The words of a command line. A backslash is an ordinary character: a quoted part ends at the next quote.
+
+struct Word {
+  std::string_view text;                   // up to the quoted part, or the whole word
+  std::optional<std::string_view> quoted;  // the content of the double quotes at the end of the word
+};
+
+/// The part of a process's command line after the program's name, which may be in double quotes.
+std::string_view ArgumentsOf(std::string_view commandLine) noexcept;
+
+/// The words, separated by blanks and tabs. A word may end in one quoted part, which holds anything but a double quote.
+/// None when a quote is not closed, or something other than a blank follows the closing one.
+std::optional<std::vector<Word>> SplitWords(std::string_view text);
 
 }  // namespace zumat

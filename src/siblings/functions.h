@@ -45,19 +45,19 @@
   ROW_UNCALLED(KE_AGAPI_CanBeProxy, kRequired)
 
 #define KE_CRYPTO_FUNCTIONS(ROW_CALLED, ROW_UNCALLED) \
-  ROW_CALLED(APIcr_GetVersion, kRequired)             \
-  ROW_CALLED(APIcr_GetHash, kRequired)                \
-  ROW_CALLED(APIcr_GetHashFromFile, kRequired)        \
-  ROW_CALLED(APIcr_GetRandomKey, kRequired)           \
+  ROW_UNCALLED(APIcr_GetVersion, kRequired)           \
+  ROW_UNCALLED(APIcr_GetHash, kRequired)              \
+  ROW_UNCALLED(APIcr_GetHashFromFile, kRequired)      \
+  ROW_UNCALLED(APIcr_GetRandomKey, kRequired)         \
   ROW_CALLED(APIcr_EncryptBuffer, kRequired)          \
   ROW_CALLED(APIcr_DecryptBuffer, kRequired)          \
-  ROW_CALLED(APIcr_EncryptFile, kRequired)            \
-  ROW_CALLED(APIcr_DecryptFile, kRequired)            \
-  ROW_CALLED(APIcr_EncryptWithPublic, kRequired)      \
-  ROW_CALLED(APIcr_DecryptWithPrivate, kRequired)     \
-  ROW_CALLED(APIcr_EncryptHash, kRequired)            \
-  ROW_CALLED(APIcr_DecryptHash, kRequired)            \
-  ROW_CALLED(APIcr_MakeKeys, kRequired)
+  ROW_UNCALLED(APIcr_EncryptFile, kRequired)          \
+  ROW_UNCALLED(APIcr_DecryptFile, kRequired)          \
+  ROW_UNCALLED(APIcr_EncryptWithPublic, kRequired)    \
+  ROW_UNCALLED(APIcr_DecryptWithPrivate, kRequired)   \
+  ROW_UNCALLED(APIcr_EncryptHash, kRequired)          \
+  ROW_UNCALLED(APIcr_DecryptHash, kRequired)          \
+  ROW_UNCALLED(APIcr_MakeKeys, kRequired)
 
 #define KE_EVENT_API_FUNCTIONS(ROW_CALLED, ROW_UNCALLED) \
   ROW_CALLED(TEVT_StartAPI, kRequired)                   \

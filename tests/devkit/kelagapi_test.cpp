@@ -3,10 +3,10 @@
 #include <cstdlib>
 
 #include "KELAGAPI.h"
-#include "kelagapi/results.h"
+#include "shared/results.h"
 #include "support/product_tree.h"
 
-using namespace kelagapi;
+using namespace devkit;
 
 namespace {
 
@@ -32,7 +32,7 @@ constexpr char kModuleVariable[] = "DEVKIT_TEST_AGENT";
 
 }  // namespace
 
-TEST_CASE("agent records: survive the module, are told apart, and are handed out in their size only") {
+TEST_CASE("agent records: survive the module, are told apart, and are returned in their size only") {
   const AgentFolder folder;
   const std::string largest(65536, 'L');
   CHECK(AgentModule(folder.dll).Record(7, 4) == std::string(4, '\0'));
@@ -42,34 +42,34 @@ TEST_CASE("agent records: survive the module, are told apart, and are handed out
   SetLastError(4711);
   CHECK((agent.Store(8, largest + "L") == kBadArgument && agent.Store(8, largest) == 0 &&
          agent.Record(8, 65536) == largest));
-  CHECK((agent.Record(7, 3) == "now" && agent.Record(7, 6) == "(2)" && agent.Record(7, 65537) == "(1)"));
+  CHECK((agent.Record(7, 3) == "now" && agent.Record(7, 6) == "(12)" && agent.Record(7, 65537) == "(1)"));
   CHECK(CALL(agent, KE_AGAPI_AskProxyConfig)() == kWrongSize);
   CHECK(agent.Get<std::uint32_t (*)()>("KE_AGAPI_GetURL")() == kNotSupported);
   CHECK(CALL(agent, KE_AGAPI_Finalize)() + CALL(agent, KE_AGAPI_Finalize)() == static_cast<int>(kNotInitialised));
-  CHECK((agent.Record(7, 3) == "(6)" && agent.Store(7, "abc") == kNotInitialised && GetLastError() == 4711));
-  CHECK(support::ReadFile(folder / "KELAGAPI.log").find(";KE_AGAPI_SetConfig;1;7;3;0\r\n") != std::string::npos);
+  CHECK((agent.Record(7, 3) == "(3)" && agent.Store(7, "abc") == kNotInitialised && GetLastError() == 4711));
+  CHECK(support::ReadFile(folder / "KELAGAPI.log").find(";KE_AGAPI_SetConfig;0;1;7;3\r\n") != std::string::npos);
   CHECK(folder.FileCount() == 4);
 }
 
-TEST_CASE("agent records: a damaged file, or that of another record, is told and stays until it is replaced") {
+TEST_CASE("agent records: a damaged file, or that of another record, is reported and stays until it is replaced") {
   const AgentFolder folder;
   const AgentModule agent(folder.dll);
   const std::string path = folder / "KELAGAPI-1-7.rec";
   REQUIRE(agent.Store(7, "record") == kSuccess);
   const std::string whole = support::ReadFile(path);
   std::filesystem::copy_file(path, folder / "KELAGAPI-1-8.rec");
-  CHECK(agent.Record(8, 6) == "(3)");
+  CHECK(agent.Record(8, 6) == "(11)");
   for (size_t i = 0; i < whole.size(); ++i) {
     std::string flipped = whole;
     flipped[i] ^= 0x10;
     for (const std::string& content : {flipped, whole.substr(0, i), whole + whole.substr(0, i + 1)}) {
       support::WriteFile(path, content);
-      CHECK_MESSAGE((agent.Record(7, 6) == "(3)" && support::ReadFile(path) == content), i);
+      CHECK_MESSAGE((agent.Record(7, 6) == "(11)" && support::ReadFile(path) == content), i);
     }
   }
   CHECK((agent.Store(7, "new") == kSuccess && agent.Record(7, 3) == "new"));
   const support::LockedFile locked(path);
-  CHECK((agent.Record(7, 3) == "(4)" && agent.Store(7, "late") == kFileFailure && folder.FileCount() == 4));
+  CHECK((agent.Record(7, 3) == "(10)" && agent.Store(7, "late") == kFileFailure && folder.FileCount() == 4));
 }
 
 TEST_CASE("a process that stores records" * doctest::skip()) {
@@ -84,9 +84,6 @@ TEST_CASE("a process that stores records" * doctest::skip()) {
 TEST_CASE("agent records: two processes at once never fail or see half a record") {
   const AgentFolder folder;
   const support::EnvironmentVariable path(kModuleVariable, folder.dll.c_str());
-  char self[MAX_PATH];
-  GetModuleFileNameA(nullptr, self, sizeof self);
-  const std::string one = "\"" + std::string(self) + "\" --no-skip -tc=\"a process that stores records\"";
-  CHECK(support::RunProgram("cmd /c \"start /b \"\" " + one + " & " + one + "\"").exitCode == 0);
+  CHECK(support::RunAtOnce(2, "a process that stores records") == 0);
   CHECK(folder.FileCount() == 3);
 }

@@ -1,7 +1,6 @@
 #include <doctest/doctest.h>
 
-#include "kepires/install_event.h"
-#include "kepires/prompt.h"
+#include "kepires/dialog.h"
 #include "kepires/resource.h"
 #include "support/product_tree.h"
 #include "win/process.h"
@@ -93,8 +92,10 @@ TEST_CASE("prompts: the event closes every installation prompt; every account ma
   const win::Process one = prompter.Start(" -MsgType:4"), two = prompter.Start(" -MsgType:4 -RebootMsg:4294967295");
   CHECK(TextOf(one, TEXT_NUMBER) + TextOf(two, TEXT_NUMBER) == "04294967295");
   SendMessageA(WindowOf(one), WM_COMMAND, IDCANCEL, 0);
-  const auto open = [] { return EventHandle(OpenEventA(EVENT_MODIFY_STATE | READ_CONTROL, FALSE, kInstallEventName)); };
-  EventHandle event = open();
+  const auto open = [] {
+    return win::EventHandle(OpenEventA(EVENT_MODIFY_STATE | READ_CONTROL, FALSE, kInstallEventName));
+  };
+  win::EventHandle event = open();
   char sd[1024], *acl = nullptr;
   DWORD size = 0;
   REQUIRE(GetKernelObjectSecurity(event.Get(), DACL_SECURITY_INFORMATION, sd, sizeof sd, &size));

@@ -5,24 +5,22 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "shared/results.h"
 #include "siblings/functions.h"
 #include "support/product_tree.h"
-#include "tvevapi/results.h"
 
-using namespace tvevapi;
+using namespace devkit;
 using nlohmann::json;
 
 namespace {
 
-constexpr char kPathVariable[] = "DEVKIT_TEST_EVENTS";
-constexpr int kProcesses = 3, kEvents = 60;
 const EventInfo kInfo{4, "PC7", "KEAGENT", 0xFFFFFFFF, nullptr, "about"};
 
 /// A copy of the module in a folder of its own.
 struct EventModule : support::Folder, support::LoadedDll {
   EventModule() : LoadedDll((AddDevkit("TvEvAPI.dll", "."), *this / "TvEvAPI.dll")) {}
-  std::vector<json> Events(const char* file = "events.jsonl") const {
-    std::istringstream lines(support::ReadFile(*this / file));
+  std::vector<json> Events() const {
+    std::istringstream lines(support::ReadFile(*this / "events.jsonl"));
     std::vector<json> events;
     for (std::string line; std::getline(lines, line);) events.push_back(json::parse(line));
     return events;
@@ -34,12 +32,12 @@ struct EventModule : support::Folder, support::LoadedDll {
 TEST_CASE("events: every call is a line with its arguments and its result") {
   const EventModule module;
   SetLastError(4711);
-  CHECK((CALL(module, TEVT_StopAPI)() == kNotConnected && CALL(module, TEVT_Install)(&kInfo, 1) == kNotConnected));
+  CHECK((CALL(module, TEVT_StopAPI)() == kNotInitialised && CALL(module, TEVT_Install)(&kInfo, 1) == kNotInitialised));
   CHECK((CALL(module, TEVT_StartAPI)() + CALL(module, TEVT_ScanState)(&kInfo, "Unknown", -3, nullptr) == kSuccess));
   CHECK(CALL(module, TEVT_ErrorEvent)(nullptr, 0x80000000, "KEAGENT-5") == kBadArgument);
   CHECK(CALL(module, TEVT_StopAPI)() == kSuccess);
 #define FIND(name, presence) module.Get<KE_UncalledFunction>(#name);
-#define CHECK_REFUSED(name, presence) CHECK(module.Get<int(KE_SIBLING_CALL*)()>(#name)() == kNotOffered);
+#define CHECK_REFUSED(name, presence) CHECK(module.Get<int(KE_SIBLING_CALL*)()>(#name)() == kNotSupported);
   KE_EVENT_API_FUNCTIONS(FIND, CHECK_REFUSED)
   CHECK(GetLastError() == 4711);
   std::vector<json> events = module.Events();
@@ -62,7 +60,7 @@ TEST_CASE("events: texts of any bytes and any length") {
   std::vector<json> events = module.Events();
   for (const char* member : {"computer", "product", "text", "description", "argument", "taskId"})
     CHECK((events[0][member].get<std::string>().find("\xC3\xBF") == 0 && events[2][member] == std::string(1024, '"')));
-  CHECK((!events[1].contains("cut") && events[2]["cut"] == true && events[1]["result"] == kNotConnected));
+  CHECK((!events[1].contains("cut") && events[2]["cut"] == true && events[1]["result"] == kNotInitialised));
 }
 
 TEST_CASE("events: failures on demand, and a file that cannot be written") {
@@ -70,25 +68,10 @@ TEST_CASE("events: failures on demand, and a file that cannot be written") {
   const auto start = CALL(module, TEVT_StartAPI), stop = CALL(module, TEVT_StopAPI);
   const auto install = CALL(module, TEVT_Install);
   support::WriteFile(module / "TvEvAPI.ini", "[FAIL]\r\nTEVT_StartAPI=7\r\n");
-  CHECK((start() == 7 && install(&kInfo, 1) == kNotConnected));
+  CHECK((start() == 7 && install(&kInfo, 1) == kNotInitialised));
   support::WriteFile(module / "TvEvAPI.ini", "[FAIL]\r\nTEVT_StopAPI=-8\r\nTEVT_Install=9\r\n");
   CHECK((start() == kSuccess && install(&kInfo, 1) == 9 && stop() == -8));
-  CHECK((module.Events().back()["result"] == -8 && CALL(module, TEVT_RebootForced)(&kInfo, "0") == kNotConnected));
-  CHECK((support::LockedFile(module / "events.jsonl"), start()) == kNotRecorded);
-  CHECK(CALL(module, TEVT_RebootForced)(&kInfo, "0") == kNotConnected);
-}
-
-TEST_CASE("a process that sends events" * doctest::skip()) {
-  const support::LoadedDll module(std::getenv(kPathVariable));
-  CHECK(CALL(module, TEVT_StartAPI)() == kSuccess);
-  for (int i = 0; i < kEvents; ++i) CHECK(CALL(module, TEVT_Install)(&kInfo, i) == kSuccess);
-}
-
-TEST_CASE("events: processes that write at once lose no line, also when the file becomes full") {
-  const EventModule module;
-  support::WriteFile(module / "events.jsonl", std::string(1024 * 1024 - 7000, ' ') + "{}\r\n");
-  const support::EnvironmentVariable path(kPathVariable, (module / "TvEvAPI.dll").c_str());
-  CHECK(support::RunAtOnce(kProcesses, "a process that sends events") == 0);
-  const auto old = module.Events("events.jsonl.old"), now = module.Events();
-  CHECK((old.size() > 1 && old.size() - 1 + now.size() == kProcesses * (kEvents + 1)));
+  CHECK((module.Events().back()["result"] == -8 && CALL(module, TEVT_RebootForced)(&kInfo, "0") == kNotInitialised));
+  CHECK((support::LockedFile(module / "events.jsonl"), start()) == kNotLogged);
+  CHECK(CALL(module, TEVT_RebootForced)(&kInfo, "0") == kNotInitialised);
 }

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <set>
 
+#include "shared/results.h"
 #include "support/product_tree.h"
-#include "tvlogsys/results.h"
 
-using namespace tvlogsys;
+using namespace devkit;
 
 namespace {
 
@@ -99,7 +99,7 @@ TEST_CASE("bad input is refused, long lines are cut, and the last error stays") 
   CHECK(dump(handle, 0, "%s\r\n", text.c_str()) == kSuccess);
   std::uint32_t other = 0;
   for (int i = 2; i < 64; ++i) CHECK(CALL(log, LogSys_InitializeLogSystem)(&other) == kSuccess);
-  CHECK(CALL(log, LogSys_InitializeLogSystem)(&other) == kTooManyLogs);
+  CHECK(CALL(log, LogSys_InitializeLogSystem)(&other) == kTooMany);
   CHECK(GetLastError() == 4711);
   CHECK(support::ReadFile(folder / "a.log") == text.substr(0, 8189) + "\r\n");
 }

@@ -9,11 +9,12 @@
 namespace {
 
 // The program in a product tree, called as the library calls it: by a path that leads through another folder, without
-// an extension, detached and without standard handles.
+// an extension, detached and without standard handles. Its jobs run a stand-in.
 struct Scheduler : support::Folder {
   Scheduler() {
-    for (const char* folder : {"KELUtils", "Scheduler"}) std::filesystem::create_directory(Path(folder));
-    std::filesystem::copy_file(support::BuildFolder() / "devkit" / "zumat.exe", Path("Scheduler/zumat.exe"));
+    std::filesystem::create_directory(Path("KELUtils"));
+    AddDevkit("zumat.exe", "Scheduler");
+    AddDevkit("KEPLPMNG.exe", "Programs");
   }
   std::string Line(const std::string& arguments) const {
     return "\"" + *this / "KELUtils" + "\\..\\Scheduler\\zumat\" " + arguments;
@@ -25,20 +26,35 @@ struct Scheduler : support::Folder {
     REQUIRE(process);
     return process;
   }
-  DWORD Run(const std::string& arguments) const {
-    const win::Process process = Start(arguments);
+  static DWORD End(const win::Process& process) {
     CHECK(process.Wait(60000) == WAIT_OBJECT_0);
     return process.ExitCode().value();
   }
+  DWORD Run(const std::string& arguments) const { return End(Start(arguments)); }
   std::string Text() const { return support::ReadFile(file); }
   zumat::Jobs Jobs() const {
     zumat::Jobs jobs;
     CHECK(zumat::ReadJobs(Text(), jobs).message == "");
     return jobs;
   }
-  std::string LastLogLine() const {
-    const std::string log = support::ReadFile(Path("Scheduler/zumat.log"));
-    return log.size() < 2 ? log : log.substr(log.rfind('\n', log.size() - 2) + 1);
+  std::string Log() const { return support::ReadFile(Path("Scheduler/zumat.log")); }
+  void Await(const std::string& text) const {
+    for (int i = 0; i < 600 && Log().find(text) == std::string::npos; ++i) Sleep(50);
+    CHECK_MESSAGE(Log().find(text) != std::string::npos, text);
+  }
+  // How often the stand-in was started with a command.
+  int Starts(const std::string& command) const {
+    const std::string log = support::ReadFile(Path("Programs/KEPLPMNG.log"));
+    int count = 0;
+    for (std::size_t at = 0; (at = log.find(" " + command + "\r\n", at)) != std::string::npos; ++at) ++count;
+    return count;
+  }
+  // Writes tokens.tok and the settings of the stand-in.
+  void Prepare(const std::string& settings) const {
+    std::filesystem::create_directory(file.parent_path());
+    const std::string program = (Path("Programs") / "KEPLPMNG.exe").string();
+    support::WriteFile(file.parent_path() / "tokens.tok", "KEPLPMNG=e\"" + program + "\"\r\n");
+    support::WriteFile(Path("Programs/KEPLPMNG.ini"), "[EXIT]\r\n" + settings);
   }
   std::filesystem::path file = Path("Scheduler/Config/jobs.json");
 };
@@ -50,7 +66,6 @@ const std::string kDaily = "\"KELREPORT -R\" -Every:Days:1 -StartTime:00:29 -Sta
 TEST_CASE("zumat.exe: detached, add then edit creates and redefines; every command is logged with its result") {
   const Scheduler scheduler;
   for (const std::string program : {"KEPWINST", "KEPLPMNG"}) {
-    CAPTURE(program);
     CHECK(scheduler.Run("-TaskID:12 -addjob:" + program + ":" + kDaily) == 0);
     CHECK(scheduler.Run("-TaskID:12 -editjob:0:" + program + ":" + kDaily) == 0);
   }
@@ -58,78 +73,86 @@ TEST_CASE("zumat.exe: detached, add then edit creates and redefines; every comma
   REQUIRE(jobs.size() == 1);
   CHECK((jobs[0].id == 12 && jobs[0].program == "KEPLPMNG" && jobs[0].command == "KELREPORT -R" && jobs[0].active));
   CHECK((jobs[0].start >= 29 && jobs[0].start <= 60));
-  CHECK(scheduler.LastLogLine().ends_with(";0;-TaskID:12 -editjob:0:KEPLPMNG:" + kDaily + "\r\n"));
-  CHECK(scheduler.Run("-TaskID:13 -activate:0") == zumat::kNoSuchJob);
-  CHECK(scheduler.LastLogLine().ends_with(";10;-TaskID:13 -activate:0\r\n"));
-
+  CHECK(scheduler.Log().ends_with(";0;-TaskID:12 -editjob:0:KEPLPMNG:" + kDaily + "\r\n"));
   const std::string longText = "x\xF1" + std::string(8000, 'x');  // a character of the system's code page
   CHECK(scheduler.Run("-addjob:KEPLPMNG:\"" + longText + "\" -Next:Boot:60") == 0);
   CHECK(scheduler.Jobs().back().command == "x\xC3\xB1" + longText.substr(2));
-  CHECK(scheduler.LastLogLine().ends_with("xxx...\r\n"));
+  CHECK(scheduler.Log().ends_with("xxx...\r\n"));
   const auto list = support::RunProgram(scheduler.Line("-list"));
   CHECK((list.exitCode == 0 && list.output.find("\n12       KEPLPMNG  KELREPORT -R  ") != std::string::npos));
-  const auto json = support::RunProgram(scheduler.Line("-list --json"));
-  CHECK((json.exitCode == 0 && json.output.starts_with("{\n  \"version\": 1,\n  \"now\": \"")));
-  CHECK(scheduler.Run("-DeleteJob -TaskID:12 -YES") == 0);
-  CHECK((scheduler.Jobs().size() == 1 && scheduler.Jobs()[0].id == zumat::kFirstOwnId));
 }
 
-TEST_CASE("zumat.exe: processes take turns, and none of their jobs is lost") {
+TEST_CASE("zumat.exe: processes lock the jobs, and none of their changes is lost") {
   const Scheduler scheduler;
   std::vector<win::Process> processes;
   for (int id = 1; id <= 10; ++id)
     processes.push_back(scheduler.Start("-TaskID:" + std::to_string(id) + " -addjob:KEPLPMNG:" + kDaily));
-  for (const win::Process& process : processes)
-    CHECK((process.Wait(60000) == WAIT_OBJECT_0 && process.ExitCode() == 0));
+  for (const win::Process& process : processes) CHECK(Scheduler::End(process) == 0);
   CHECK(scheduler.Jobs().size() == 10);
-
-  const std::filesystem::path lock = scheduler.Path("Scheduler/Config/jobs.lock");
-  win::FileHandle held(CreateFileW(lock.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-  REQUIRE(LockFile(held.Get(), 0, 0, 1, 0));
-  const win::Process waiting = scheduler.Start("-DeleteJob -TaskID:1 -YES");
-  CHECK(waiting.Wait(200) == WAIT_TIMEOUT);
-  CHECK(scheduler.Jobs().size() == 10);
-  held.Reset();
-  CHECK((waiting.Wait(60000) == WAIT_OBJECT_0 && waiting.ExitCode() == 0));
-  CHECK(scheduler.Jobs().size() == 9);
-  CHECK(std::distance(std::filesystem::directory_iterator(scheduler.file.parent_path()), {}) ==
-        2);  // nothing is left over
+  CHECK(std::distance(std::filesystem::directory_iterator(scheduler.file.parent_path()), {}) == 1);  // no leftovers
 }
 
-TEST_CASE("zumat.exe: what is refused says so in one line and changes nothing") {
+TEST_CASE("zumat.exe: a refused command and a damaged file are reported in one line, and the file stays") {
   const Scheduler scheduler;
   CHECK(scheduler.Run("-TaskID:1 -addjob:KEPLPMNG:\"M -Every:Days:1") == zumat::kBadQuotes);
   CHECK_FALSE(std::filesystem::exists(scheduler.file.parent_path()));
   REQUIRE(scheduler.Run("-TaskID:1 -addjob:KEPLPMNG:" + kDaily) == 0);
-  const std::string good = scheduler.Text();
-  struct Row {
-    std::string jobs;  // the content of the jobs file
-    std::string arguments;
-    zumat::Result result;
-  };
-  const std::string damaged = good.substr(0, good.size() / 2), add = "-TaskID:2 -addjob:KEPLPMNG:" + kDaily;
-  const Row rows[] = {
+  const std::string good = scheduler.Text(), damaged = good.substr(0, good.size() / 2),
+                    add = "-TaskID:2 -addjob:KEPLPMNG:" + kDaily;
+  const std::tuple<std::string, std::string, zumat::Result> rows[] = {
       {good, "", zumat::kNoCommand},
-      {good, "-TaskID:1 -editjob:0:KEPLPMNG:\"\" -Every:Days:0", zumat::kBadValue},
-      {good, "-TaskID:1 -editjob:0:KEPLPMNG:\"A\"B\" -Every:Days:2", zumat::kBadQuotes},
       {good, "-TaskID:1 -editjob:0:KEPLPMNG:\"\" -Every:Days:2\r\n-x", zumat::kBadValue},
-      {good, "-TaskID:1 -DeleteJob", zumat::kMissing},
-      {good, "-TaskID:1 -addjob:KEPLPMNG:\"\" -StartDay:32/01/2024 -StartTime:10:00", zumat::kBadValue},
       {good, "-TaskID:2 -activate:0", zumat::kNoSuchJob},
       {damaged, add, zumat::kDamaged},
-      {damaged, "-DeleteJob -TaskID:1 -YES", zumat::kDamaged},
       {damaged, "-list", zumat::kDamaged},
-      {"", add, zumat::kDamaged},
-  };
-  for (const Row& row : rows) {
-    CAPTURE(std::string(row.arguments));
-    support::WriteFile(scheduler.file, row.jobs);
-    const auto run = support::RunProgram(scheduler.Line(row.arguments));
-    CHECK(run.exitCode == row.result);
+      {damaged, "-DeleteJob -TaskID:1 -YES", zumat::kDamaged},
+      {"", add, zumat::kDamaged}};
+  for (const auto& [jobs, arguments, result] : rows) {
+    CAPTURE(arguments);
+    support::WriteFile(scheduler.file, jobs);
+    const auto run = support::RunProgram(scheduler.Line(arguments));
+    CHECK(run.exitCode == result);
     CHECK((run.output.starts_with("zumat: ") && run.output.find('\n') == run.output.size() - 1));
-    CHECK(scheduler.Text() == row.jobs);
+    CHECK(scheduler.Text() == jobs);
   }
+  support::WriteFile(scheduler.file, damaged);
+  CHECK((scheduler.Run("-run") == zumat::kDamaged && scheduler.Text() == damaged));
   std::filesystem::remove_all(scheduler.file.parent_path());
   support::WriteFile(scheduler.file.parent_path(), "not a folder");
   CHECK(scheduler.Run(add) == zumat::kFileFailure);
+}
+
+TEST_CASE("zumat.exe -run: starts once what was missed, and notes the end, or why there was no start") {
+  const Scheduler scheduler;
+  scheduler.Prepare("Code=7");
+  for (const char* job :
+       {"-TaskID:1 -addjob:keplpmng:\"KELTEST -X\" -EveryHoursMins:0:30", "-TaskID:2 -addjob:NOPE:\"\" -Every:Days:1",
+        "-addjob:KEPLPMNG:\"KELUPG\" -Next:Boot:0", "-TaskID:3 -addjob:KEPLPMNG:\"BOOT\" -Every:Boot:0"})
+    REQUIRE(scheduler.Run(job) == 0);
+  CHECK(scheduler.Run("-run -until:2 -now:01/06/2050-10:31") == 0);
+  zumat::Jobs jobs = scheduler.Jobs();
+  REQUIRE(jobs.size() == 3);  // that of the next boot is done
+  CHECK((jobs[0].exitCode == 7u && jobs[0].process == 0 && jobs[0].error.empty()));
+  CHECK(zumat::FormatMoment(jobs[0].lastStart.value()).starts_with("2050-06-01T10:31:0"));
+  CHECK((!jobs[1].lastStart && jobs[1].error == "tokens.tok does not name the program NOPE"));
+  CHECK(scheduler.Run("-run -until:1 -now:01/06/2050-10:32") == 0);
+  CHECK((scheduler.Starts("KELTEST -X") == 1 && scheduler.Starts("KELUPG") == 1 && scheduler.Starts("BOOT") == 2));
+}
+
+TEST_CASE("zumat.exe -run: one at a time, sees changes of others, ends on demand, and no job runs twice at once") {
+  const Scheduler scheduler;
+  scheduler.Prepare("DelayMilliseconds=6000");
+  CHECK(scheduler.Run("-stop") == 0);
+  const win::Process first = scheduler.Start("-run -now:01/06/2050-10:31");
+  scheduler.Await("the scheduler runs");
+  CHECK(scheduler.Run("-run") == zumat::kAlreadyRunning);
+  CHECK(scheduler.Run("-TaskID:1 -addjob:KEPLPMNG:\"LONG\" -EveryHoursMins:0:1") == 0);
+  scheduler.Await("job 1 started");
+  CHECK((scheduler.Run("-stop") == 0 && Scheduler::End(first) == 0));
+  CHECK(scheduler.Jobs()[0].process != 0);
+  const win::Process second = scheduler.Start("-run -now:01/06/2050-10:40");  // a minute for each start is over
+  scheduler.Await("job 1 skipped");
+  scheduler.Await("job 1 ended with 0");
+  CHECK((scheduler.Run("-stop") == 0 && Scheduler::End(second) == 0));
+  CHECK((scheduler.Starts("LONG") == 1 && scheduler.Jobs()[0].exitCode == 0u));
 }
