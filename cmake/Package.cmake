@@ -26,8 +26,8 @@ install(DIRECTORY docs/ DESTINATION share/doc/KELUtils FILES_MATCHING PATTERN "*
 install(DIRECTORY samples DESTINATION share/KELUtils)
 install(FILES LICENSE DESTINATION share/licenses/KELUtils)
 
-# The bill of materials comes last, for it lists all other files. The maps of the linker show what was linked in statically.
-if(MINGW)
+# The bill of materials comes last, for it lists all other files. It needs the maps of the linker and the distribution's package database.
+if(CMAKE_CROSSCOMPILING)
   set(_headers)
   foreach(_target KELUtils kelctl)
     if(TARGET ${_target})
@@ -51,7 +51,9 @@ set(CPACK_PACKAGE_FILE_NAME KELUtils-${PROJECT_VERSION}-win32)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
 set(CPACK_VERBATIM_VARIABLES ON)
 # CPack takes the files in the order of the folder, and stores dates and the user.
-file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/sort_archive.cmake @ONLY CONTENT
-  "execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND @KELUTILS_PYTHON@ @CMAKE_SOURCE_DIR@/cmake/sort_archive.py \${CPACK_PACKAGE_FILES})")
-set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/generated/sort_archive.cmake)
+if(CMAKE_CROSSCOMPILING)
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/sort_archive.cmake @ONLY CONTENT
+    "execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND @KELUTILS_PYTHON@ @CMAKE_SOURCE_DIR@/cmake/sort_archive.py \${CPACK_PACKAGE_FILES})")
+  set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/generated/sort_archive.cmake)
+endif()
 include(CPack)

@@ -85,7 +85,8 @@ def results_of(contract, lists, codes):
     for name in references("@ref", contract, lists):
         results.update(lists[name])
     for code in re.findall(r"but never (KE_\w+)", contract):
-        del results[code]
+        if results.pop(code, None) is None:
+            fail("\"but never %s\", which is in no list there" % code)
     for code, cause in own:
         results[code] = "; ".join(filter(None, [results.get(code), cause]))
     unknown = results.keys() - codes.keys()
@@ -126,6 +127,8 @@ def read_interface(version):
                 fail("%s: no contract" % cursor.spelling)
             brief = one_line(re.split(r"\.\s|\.$|:\n|\n@", contract)[0])
             copied = re.search(r"@copydetails (\w+)", contract)
+            if copied and copied.group(1) not in contracts:
+                fail("%s: no contract of %s above" % (cursor.spelling, copied.group(1)))
             contract = contracts[cursor.spelling] = contracts[copied.group(1)] if copied else contract
             parameters = parameters_of(cursor, contract)
             is_result = cursor.result_type.spelling == "KE_RESULT"
