@@ -6,7 +6,7 @@
 #include <string>
 
 #include "agent/texts.h"
-#include "policy/scripts.h"
+#include "policy/script_registration.h"
 #include "siblings/binder.h"
 #include "siblings/programs.h"
 #include "text/paths.h"
