@@ -37,12 +37,12 @@ void Change(const ScriptsIni& original, ScriptKind kind) {
   // More would make the fuzzer slow.
   for (const Script& script : std::span(before).first(std::min<std::size_t>(before.size(), 2))) {
     const ScriptMatch wanted{script.parameters, script.program};
-    const auto taken = TakeOutScripts(ini, kind, wanted);
+    const auto taken = RemoveMatching(ini, kind, wanted);
     std::erase_if(expected, [&](const Script& one) { return std::ranges::find(taken, one) != taken.end(); });
     ini = Parsed(TextOf(ini));
     Require(ScriptsOf(ini, kind) == expected && ScriptsOf(ini, other) == ScriptsOf(original, other));
   }
-  Require(TakeOutScripts(ini, kind, {kAdded.parameters, kAdded.program}).size() == 1);
+  Require(RemoveMatching(ini, kind, {kAdded.parameters, kAdded.program}).size() == 1);
 }
 
 void Check(const std::u16string& text) {

@@ -104,16 +104,16 @@ struct PlacedScript {
 /// Appends the scripts of all policy objects, in their order.
 KE_RESULT ReadScripts(ILogSink* sink, HKEY root, const RegistryPlace& place, std::vector<PlacedScript>& scripts);
 
-/// Adds a script behind the others of the local policy, unless the same script exists. A missing local policy is created
-/// behind the other policy objects. `machineFolder` is where the policy's files are.
+/// Adds a script behind the others of the local policy, unless the same script exists. A missing local policy is
+/// created behind the other policy objects. `machineFolder` is where the policy's files are.
 KE_RESULT AddScript(ILogSink* sink, HKEY root, const RegistryPlace& place, const std::wstring& machineFolder,
                     const Script& script);
 
-/// Deletes the matching scripts of the local policy, appends them to `taken`, and closes the gaps in the numbers of the
-/// others. A local policy without scripts is deleted, and the gap in the numbers of the policy objects closed. Without a
-/// match gaps stay, except those of an earlier call that was interrupted, which is finished. Objects of other policies
-/// change at most their number.
-KE_RESULT TakeOutScripts(ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
-                         std::vector<Script>& taken);
+/// Deletes the matching scripts of the local policy, appends them to `removed`, and closes the gaps in the numbers of the
+/// others. A local policy without scripts is deleted, and the gap in the numbers of the policy objects closed. Without
+/// a match gaps stay, except those of an earlier call that was interrupted, which is finished. Objects of other
+/// policies change at most their number.
+KE_RESULT RemoveMatching(ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
+                         std::vector<Script>& removed);
 
 }  // namespace policy

@@ -109,8 +109,8 @@ bool IdentifyOs();
 /// The record of the last identification; all zero before the first. For kelctl and the tests.
 OsRecord IdentifiedOs() noexcept;
 
-/// True on a 64-bit release, also for a 32-bit process. Identifies the release at the first call; false when that fails.
-/// For the tests.
+/// True on a 64-bit release, also for a 32-bit process. Identifies the release at the first call; false when that
+/// fails. For the tests.
 bool IsOs64Bit();
 
 /// The code of the release, one bit each. Identifies the release at the first call; 0 when that fails.

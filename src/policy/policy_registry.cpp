@@ -31,8 +31,8 @@ LSTATUS InTurn(Steps... steps) {
 
 KE_RESULT Result(LSTATUS status) noexcept { return status == ERROR_SUCCESS ? KE_SUCCESS : KE_REGISTRY_UNUSABLE; }
 
-// Trees of keys, and subkeys with the numbers 0, 1, 2, ... A `parent` needs no more access than KEY_READ: Windows checks
-// the rights to create and delete subkeys by the keys themselves.
+// Trees of keys, and subkeys with the numbers 0, 1, 2, ... A `parent` needs no more access than KEY_READ: Windows
+// checks the rights to create and delete subkeys by the keys themselves.
 
 LSTATUS Delete(HKEY parent, const std::wstring& name) {
   {
@@ -49,7 +49,8 @@ LSTATUS Delete(HKEY parent, const std::wstring& name) {
   return win::DeleteKey(parent, name);
 }
 
-// Deletes the subkey with all below it. A missing one is a success; a key that cannot be deleted stays with those above.
+// Deletes the subkey with all below it. A missing one is a success; a key that cannot be deleted stays with those
+// above.
 LSTATUS DeleteRegistryTree(ILogSink* sink, HKEY parent, const std::wstring& name) {
   const SinkCall call(sink, __func__);
   call.Parameter(L"name", name.c_str());
@@ -136,8 +137,8 @@ LSTATUS DeleteNumbered(ILogSink* sink, HKEY parent, const Numbers& numbers) {
 
 bool HasOpenGaps(HKEY parent) noexcept { return win::HasValue(parent, kOpenGaps); }
 
-// Finishes or reverts the moves of `CloseGaps` that were interrupted, also by the end of a process: no subkey is lost or
-// doubled, because a copy notes its state in values of its own.
+// Finishes or reverts the moves of `CloseGaps` that were interrupted, also by the end of a process: no subkey is lost
+// or doubled, because a copy notes its state in values of its own.
 LSTATUS FinishMoves(ILogSink* sink, HKEY parent) {
   Numbers numbers;
   LSTATUS status = NumberedSubkeys(parent, numbers);
@@ -248,12 +249,12 @@ LSTATUS AddToObject(ILogSink* sink, HKEY object, const RegistryPlace& place, con
                 [&] { return WriteScript(key.Get(), place, script); });
 }
 
-LSTATUS TakeOutOfObject(ILogSink* sink, HKEY object, const ScriptMatch& wanted, std::vector<Script>& taken) {
+LSTATUS RemoveFromObject(ILogSink* sink, HKEY object, const ScriptMatch& wanted, std::vector<Script>& removed) {
   Numbers matching;
   const auto note = [&](std::uint32_t number, const Script& script) {
     if (!Matches(script, wanted)) return;
     matching.push_back(number);
-    taken.push_back(script);
+    removed.push_back(script);
   };
   return InTurn([&] { return FinishMoves(sink, object); }, [&] { return ForEachScript(object, note); },
                 [&] { return matching.empty() ? ERROR_SUCCESS : DeleteNumbered(sink, object, matching); });
@@ -261,10 +262,10 @@ LSTATUS TakeOutOfObject(ILogSink* sink, HKEY object, const ScriptMatch& wanted, 
 
 // Gaps are closed, and an empty object is deleted, only after a removal, by this call or an interrupted one: scripts
 // behind a gap that somebody else left do not run, and must not start to.
-LSTATUS TakeOutOfLocalObject(ILogSink* sink, HKEY place, LocalObject local, const ScriptMatch& wanted,
-                             std::vector<Script>& taken) {
+LSTATUS RemoveFromLocalObject(ILogSink* sink, HKEY place, LocalObject local, const ScriptMatch& wanted,
+                              std::vector<Script>& removed) {
   std::vector<std::wstring> left;
-  const LSTATUS status = InTurn([&] { return TakeOutOfObject(sink, local.key.Get(), wanted, taken); },
+  const LSTATUS status = InTurn([&] { return RemoveFromObject(sink, local.key.Get(), wanted, removed); },
                                 [&] { return win::SubkeyNames(local.key.Get(), left); });
   if (status != ERROR_SUCCESS || !HasOpenGaps(local.key.Get())) return status;
   if (!left.empty()) return CloseGaps(sink, local.key.Get());
@@ -274,7 +275,7 @@ LSTATUS TakeOutOfLocalObject(ILogSink* sink, HKEY place, LocalObject local, cons
 
 // Opens the place for `work(key)`, which returns a status. A missing place is a success.
 template <typename Work>
-KE_RESULT InPlace(const SinkCall& call, HKEY root, const RegistryPlace& place, Work work) {
+KE_RESULT AtPlace(const SinkCall& call, HKEY root, const RegistryPlace& place, Work work) {
   call.Parameter(L"key", place.path.c_str());
   win::RegistryKey key;
   LSTATUS status = win::OpenKey(root, place.path, KEY_READ, key);
@@ -286,7 +287,7 @@ KE_RESULT InPlace(const SinkCall& call, HKEY root, const RegistryPlace& place, W
 }  // namespace
 
 KE_RESULT ReadScripts(ILogSink* sink, HKEY root, const RegistryPlace& place, std::vector<PlacedScript>& scripts) {
-  return InPlace(SinkCall(sink, __func__), root, place, [&](HKEY key) {
+  return AtPlace(SinkCall(sink, __func__), root, place, [&](HKEY key) {
     Numbers objects;
     LSTATUS status = NumberedSubkeys(key, objects);
     for (const std::uint32_t number : objects) {
@@ -308,7 +309,7 @@ KE_RESULT AddScript(ILogSink* sink, HKEY root, const RegistryPlace& place, const
   const LSTATUS status = win::CreateKey(root, place.path, KEY_READ | KEY_WRITE, created);
   if (status != ERROR_SUCCESS)
     return call.Finish(Result(status), status, L"Error creating policy key", place.path.c_str());
-  return InPlace(call, root, place, [&](HKEY key) {
+  return AtPlace(call, root, place, [&](HKEY key) {
     std::optional<LocalObject> local;
     std::uint32_t next = 0;
     win::RegistryKey object;
@@ -325,14 +326,14 @@ KE_RESULT AddScript(ILogSink* sink, HKEY root, const RegistryPlace& place, const
   });
 }
 
-KE_RESULT TakeOutScripts(ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
-                         std::vector<Script>& taken) {
-  return InPlace(SinkCall(sink, __func__), root, place, [&](HKEY key) {
+KE_RESULT RemoveMatching(ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
+                         std::vector<Script>& removed) {
+  return AtPlace(SinkCall(sink, __func__), root, place, [&](HKEY key) {
     std::optional<LocalObject> local;
     std::uint32_t next = 0;
     const LSTATUS status = InTurn(
         [&] { return FinishMoves(sink, key); }, [&] { return FindLocalObject(key, local, next); },
-        [&] { return local ? TakeOutOfLocalObject(sink, key, std::move(*local), wanted, taken) : ERROR_SUCCESS; });
+        [&] { return local ? RemoveFromLocalObject(sink, key, std::move(*local), wanted, removed) : ERROR_SUCCESS; });
     // At the end: which object is the local one may depend on its number.
     return status == ERROR_SUCCESS && HasOpenGaps(key) ? CloseGaps(sink, key) : status;
   });

@@ -79,7 +79,7 @@ void AddScript(ScriptsIni& ini, ScriptKind kind, const Script& script);
 
 /// Removes the scripts that match, as Windows reads them or as they are written, numbers the others without gaps, and
 /// removes a section that has become empty. Returns the removed scripts; without any the model is unchanged.
-std::vector<Script> TakeOutScripts(ScriptsIni& ini, ScriptKind kind, const ScriptMatch& wanted);
+std::vector<Script> RemoveMatching(ScriptsIni& ini, ScriptKind kind, const ScriptMatch& wanted);
 
 /// False when no section is left: Windows would read nothing.
 bool HasSections(const ScriptsIni& ini) noexcept;

@@ -37,7 +37,7 @@ struct Removal {
   ILogSink* sink;
   const PolicyPlaces& places;
   ScriptKind kind;
-  std::vector<Script> taken = {};
+  std::vector<Script> removed = {};
   KE_RESULT result = KE_SUCCESS;
 
   void Note(KE_RESULT step) noexcept {
@@ -66,7 +66,7 @@ std::vector<std::wstring> PathsInUse(Removal& removal, const ScriptsIni& ini) {
 void DeleteFiles(Removal& removal, const ScriptsIni& ini) {
   const auto inUse = PathsInUse(removal, ini);
   if (removal.result != KE_SUCCESS) return;
-  for (const Script& script : removal.taken) {
+  for (const Script& script : removal.removed) {
     const auto path = ProgramPath(removal.places, removal.kind, script.program);
     if (!path || !LiesInScriptsFolder(removal.places, removal.kind, *path)) continue;
     if (std::ranges::any_of(inUse, [&](const std::wstring& used) { return SamePath(used, *path); })) continue;
@@ -74,22 +74,22 @@ void DeleteFiles(Removal& removal, const ScriptsIni& ini) {
   }
 }
 
-void TakeOutOfFiles(Removal& removal, const ScriptMatch& wanted, ScriptFiles files) {
+void RemoveFromFiles(Removal& removal, const ScriptMatch& wanted, ScriptFiles files) {
   RemoveLeftovers(removal.places);
   // Also when the registry had nothing: Windows would restore the script from the file.
   ScriptsFile file;
   removal.Note(ReadScriptsFile(removal.sink, removal.places, file));
-  auto taken = TakeOutScripts(file.ini, removal.kind, wanted);
-  if (!taken.empty()) {
+  auto removed = RemoveMatching(file.ini, removal.kind, wanted);
+  if (!removed.empty()) {
     const KE_RESULT prepared = PrepareChange(removal.sink, removal.places, ScriptsExtension::kAsItIs, file);
     removal.Note(prepared);
     if (prepared != KE_SUCCESS) return;
-    taken = TakeOutScripts(file.ini, removal.kind, wanted);
+    removed = RemoveMatching(file.ini, removal.kind, wanted);
   }
-  removal.taken.insert(removal.taken.end(), taken.begin(), taken.end());
+  removal.removed.insert(removal.removed.end(), removed.begin(), removed.end());
   // scripts.ini is written after the script file is deleted: an interrupted removal finds its name there again.
-  if (files == ScriptFiles::kDeleted && !removal.taken.empty()) DeleteFiles(removal, file.ini);
-  if (taken.empty()) return;
+  if (files == ScriptFiles::kDeleted && !removal.removed.empty()) DeleteFiles(removal, file.ini);
+  if (removed.empty()) return;
   const KE_RESULT written = WriteScriptsFile(removal.sink, file);
   removal.Note(written);
   if (written == KE_SUCCESS) removal.Note(StepPolicyVersion(removal.sink, removal.places, ScriptsExtension::kAsItIs));
@@ -132,8 +132,8 @@ KE_RESULT RemoveScripts(ILogSink* sink, const PolicyPlaces& places, ScriptKind k
   if (wanted.parameters.empty() && wanted.program.empty()) return call.End(KE_MISSING_ARGUMENT);
   Removal removal{sink, places, kind};
   for (const RegistryPlace& place : RegistryPlaces(places, kind))
-    removal.Note(TakeOutScripts(sink, places.root, place, wanted, removal.taken));
-  TakeOutOfFiles(removal, wanted, files);
+    removal.Note(RemoveMatching(sink, places.root, place, wanted, removal.removed));
+  RemoveFromFiles(removal, wanted, files);
   return call.End(removal.result);
 }
 

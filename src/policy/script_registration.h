@@ -18,8 +18,8 @@ struct ListedScript {
   Script script;
 };
 
-/// Appends the scripts of both kinds from scripts.ini and from all places in the registry: a script once for each of its
-/// places. Lists everything that can be read; the result is that of the first place that cannot, as `RemoveScripts`
+/// Appends the scripts of both kinds from scripts.ini and from all places in the registry: a script once for each of
+/// its places. Lists everything that can be read; the result is that of the first place that cannot, as `RemoveScripts`
 /// returns it. For kelctl and the tests.
 KE_RESULT ListScripts(ILogSink* sink, const PolicyPlaces& places, std::vector<ListedScript>& scripts);
 
@@ -43,8 +43,8 @@ enum class ScriptFiles {
 /// scripts.ini, closes the gaps in each place with a removal, and steps the policy's version when scripts.ini has
 /// changed. Scripts of another policy stay. No match is a success; an interrupted call can be repeated.
 ///
-/// Every place is tried. When scripts.ini or gpt.ini exists but cannot be read, understood or written, only the registry
-/// is changed.
+/// Every place is tried. When scripts.ini or gpt.ini exists but cannot be read, understood or written, only the
+/// registry is changed.
 ///
 /// KE_SUCCESS; KE_MISSING_ARGUMENT when both texts of `wanted` are empty; KE_REGISTRY_UNUSABLE when a key could not be
 /// read or changed; KE_STORE_UNUSABLE when scripts.ini or gpt.ini could not be read, understood or written, or a script

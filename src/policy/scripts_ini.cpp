@@ -194,20 +194,20 @@ void AddScript(ScriptsIni& ini, ScriptKind kind, const Script& script) {
   Renumber(section, Collected(section));  // entries without a program stay behind the new script
 }
 
-std::vector<Script> TakeOutScripts(ScriptsIni& ini, ScriptKind kind, const ScriptMatch& wanted) {
-  std::vector<Script> taken;
+std::vector<Script> RemoveMatching(ScriptsIni& ini, ScriptKind kind, const ScriptMatch& wanted) {
+  std::vector<Script> removed;
   const auto section = FindSection(ini.sections, kind);
-  if (section == ini.sections.end()) return taken;
+  if (section == ini.sections.end()) return removed;
   NumberedScripts scripts = Collected(*section);
   std::erase_if(scripts, [&](const auto& numbered) {
     if (!IsWanted(numbered.second, wanted)) return false;
-    taken.push_back(Read(numbered.second));
+    removed.push_back(Read(numbered.second));
     return true;
   });
-  if (taken.empty()) return taken;
+  if (removed.empty()) return removed;
   Renumber(*section, scripts);
   if (std::ranges::all_of(section->lines, IsBlank)) ini.sections.erase(section);
-  return taken;
+  return removed;
 }
 
 bool HasSections(const ScriptsIni& ini) noexcept { return ini.sections.size() > 1; }

@@ -58,11 +58,11 @@ TEST_CASE("scripts.ini: the scripts of a text, and the text without those of som
     auto ini = ParseScriptsIni(Text(row.text));
     REQUIRE((ini && TextOf(*ini) == Text(row.text)));
     CHECK(Shown(ScriptsOf(*ini, kShutdown)) == row.scripts);
-    TakeOutScripts(*ini, kShutdown, {row.parameters});
+    RemoveMatching(*ini, kShutdown, {row.parameters});
     CHECK((HasSections(*ini) ? TextOf(*ini) == Text(row.left) : std::string("-") == row.left));
   }
   auto ini = ParseScriptsIni(Text("[0CmdLine=a|0Parameters=x|1CmdLine=b|1Parameters=x|"));
-  CHECK(Shown(TakeOutScripts(*ini, kShutdown, {u"x", u"b"})) == "b(x)");
+  CHECK(Shown(RemoveMatching(*ini, kShutdown, {u"x", u"b"})) == "b(x)");
 }
 
 TEST_CASE("scripts.ini: a script is added behind the others, and reads as it was given") {
