@@ -109,9 +109,9 @@ KE_RESULT ReadScripts(ILogSink* sink, HKEY root, const RegistryPlace& place, std
 KE_RESULT AddScript(ILogSink* sink, HKEY root, const RegistryPlace& place, const std::wstring& machineFolder,
                     const Script& script);
 
-/// Deletes the matching scripts of the local policy, appends them to `removed`, and closes the gaps in the numbers of the
-/// others. A local policy without scripts is deleted, and the gap in the numbers of the policy objects closed. Without
-/// a match gaps stay, except those of an earlier call that was interrupted, which is finished. Objects of other
+/// Deletes the matching scripts of the local policy, appends them to `removed`, and closes the gaps in the numbers of
+/// the others. A local policy without scripts is deleted, and the gap in the numbers of the policy objects closed.
+/// Without a match gaps stay, except those of an earlier call that was interrupted, which is finished. Objects of other
 /// policies change at most their number.
 KE_RESULT RemoveMatching(ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
                          std::vector<Script>& removed);
