@@ -2,7 +2,6 @@
 // export, under which failures are traced.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 

@@ -18,14 +18,14 @@ using trace::ExportCall;
 namespace {
 
 // The row of an export, found by its name while compiling.
-struct Getter {
-  consteval Getter(const char* name) : row(store::RowOf(store::kTextGetters, name)) {}
-  const store::TextGetter& row;
+template <typename Row, const auto& kTable>
+struct RowName {
+  // cppcheck-suppress noExplicitConstructor ; a conversion: the exports pass their names
+  consteval RowName(const char* name) : row(store::RowOf(kTable, name)) {}
+  const Row& row;
 };
-struct Setter {
-  consteval Setter(const char* name) : row(store::RowOf(store::kTextSetters, name)) {}
-  const store::TextSetter& row;
-};
+using Getter = RowName<store::TextGetter, store::kTextGetters>;
+using Setter = RowName<store::TextSetter, store::kTextSetters>;
 
 KE_RESULT Get(Getter getter, char* buffer, int32_t size) noexcept { return store::GetText(getter.row, buffer, size); }
 

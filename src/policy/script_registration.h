@@ -3,7 +3,6 @@
 // Functions write to the sink, which may be null.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "policy/local_policy.h"
