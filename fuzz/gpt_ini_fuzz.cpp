@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "policy/gpt_ini.h"
+#include "policy/policy_texts.h"
 
 using namespace policy;
 

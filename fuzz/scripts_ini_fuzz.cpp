@@ -6,19 +6,19 @@
 #include <span>
 #include <string>
 
-#include "policy/scripts_ini.h"
+#include "policy/policy_texts.h"
 
 using namespace policy;
 
 namespace {
 
-const Script kAdded{L"fuzz added.cmd", L"\"a\" b=\"1\" "};
+const Script kAdded{u"fuzz added.cmd", u"\"a\" b=\"1\" "};
 
 void Require(bool held) {
   if (!held) std::abort();
 }
 
-ScriptsIni Parsed(const std::wstring& text) {
+ScriptsIni Parsed(const std::u16string& text) {
   const auto ini = ParseScriptsIni(text);
   Require(ini && TextOf(*ini) == text);
   return *ini;
@@ -37,15 +37,15 @@ void Change(const ScriptsIni& original, ScriptKind kind) {
   // More would make the fuzzer slow.
   for (const Script& script : std::span(before).first(std::min<std::size_t>(before.size(), 2))) {
     const ScriptMatch wanted{script.parameters, script.program};
-    const auto taken = TakeOutScripts(ini, kind, wanted);
+    const auto taken = RemoveMatching(ini, kind, wanted);
     std::erase_if(expected, [&](const Script& one) { return std::ranges::find(taken, one) != taken.end(); });
     ini = Parsed(TextOf(ini));
     Require(ScriptsOf(ini, kind) == expected && ScriptsOf(ini, other) == ScriptsOf(original, other));
   }
-  Require(TakeOutScripts(ini, kind, {kAdded.parameters, kAdded.program}).size() == 1);
+  Require(RemoveMatching(ini, kind, {kAdded.parameters, kAdded.program}).size() == 1);
 }
 
-void Check(const std::wstring& text) {
+void Check(const std::u16string& text) {
   const auto ini = ParseScriptsIni(text);
   if (!ini) return;
   Require(TextOf(*ini) == text);
@@ -60,6 +60,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(EncodeUtf16(*text) == "\xFF\xFE" + bytes);
     Check(*text);
   }
-  Check(std::wstring(data, data + size));
+  Check(std::u16string(data, data + size));
   return 0;
 }

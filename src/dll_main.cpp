@@ -1,4 +1,4 @@
-// The entry point. It always reports success: a step that fails leaves the exports to answer with their codes.
+// The entry point. It always succeeds: after a failed step the exports return their codes.
 #include <windows.h>
 
 #include "siblings/windows_tables.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Runs one step of attach or detach; an exception is named to the silent sink and the next step goes on.
+// Runs one step of attach or detach. An exception is written to the silent sink and does not stop the next step.
 template <typename Step>
 void Guarded(const char* failure, Step step) noexcept {
   try {
@@ -39,8 +39,8 @@ void Detach() noexcept {
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* reserved) {
   if (reason == DLL_PROCESS_ATTACH) Attach(module);
-  // When the process ends (reserved is not null) its other threads were stopped wherever they stood, perhaps inside a
-  // lock: the platform takes all memory back, and waiting here could hang the host for good.
+  // At the end of the process (reserved is not null) Windows has stopped the other threads, perhaps inside a lock, and
+  // frees all memory: waiting here could hang the host forever.
   if (reason == DLL_PROCESS_DETACH && reserved == nullptr) Detach();
   return TRUE;
 }

@@ -1,10 +1,10 @@
-#include "agent/prompts.h"
-
 #include <windows.h>
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
+#include "agent/agent.h"
 #include "agent/texts.h"
 #include "siblings/programs.h"
 #include "store/accessors.h"
@@ -20,75 +20,33 @@ namespace {
 constexpr DWORD kHighestAnswer = 2;
 constexpr char kInstallEvent[] = "Global\\KePIRes_InstallEvent";
 
-/// One start of the prompt program. The path goes to the platform twice: as the application and, without quotes, as the
-/// beginning of the command line.
-class PromptStart {
- public:
-  PromptStart(const char* function, const std::string& switches)
-      : path_(PromptProgram(win::GetModuleDirectory())),
-        program_{function, path_ + switches, {.application = path_.c_str()}} {}
-  PromptStart(const PromptStart&) = delete;  // the program points to the path
-  PromptStart& operator=(const PromptStart&) = delete;
-
-  void Announce() const noexcept { siblings::TraceCommand(program_); }
-
-  KE_RESULT Launch() const { return siblings::Start(program_) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED; }
-
-  /// Waits as long as it takes; `exitCode` is stored after a success.
-  KE_RESULT LaunchAndWait(DWORD highestExitCode, DWORD& exitCode) const {
-    return siblings::StartAndWait(program_, INFINITE, highestExitCode, exitCode);
-  }
-
- private:
-  std::string path_;
-  siblings::SiblingProgram program_;
-};
-
-KE_RESULT Ask(const PromptStart& prompt, const char* function, std::uint32_t& answer) {
-  DWORD exitCode = 0;
-  const KE_RESULT result = prompt.LaunchAndWait(kHighestAnswer, exitCode);
-  answer = exitCode;
-  if (result == KE_SUCCESS) {
-    Trace(trace::kInfo, function, "Succeeded [CanReboot = %d]", static_cast<int>(answer));
-  }
-  return result;
-}
-
-}  // namespace
-
-KE_RESULT AskCanReboot(const char* function, std::uint32_t& answer) {
-  return Ask(PromptStart(function, PromptSwitches(kCanRebootPrompt)), function, answer);
-}
-
-KE_RESULT AskUser(const char* function, std::int32_t kind, std::int32_t seconds, std::uint32_t& answer) {
-  const PromptStart prompt(function, PromptSwitches(kind, seconds));
-  prompt.Announce();
-  return Ask(prompt, function, answer);
-}
-
-KE_RESULT ShowRebootCountDown(const char* function, std::int32_t seconds) {
-  DWORD exitCode = 0;
-  return PromptStart(function, PromptSwitches(kRebootCountDownPrompt, seconds)).LaunchAndWait(0, exitCode);
-}
-
-KE_RESULT ShowInstallDialog(const char* function, std::uint32_t rebootMessage) {
-  return PromptStart(function, InstallDialogSwitches(rebootMessage)).Launch();
-}
-
-void CloseInstallDialog() noexcept {
-  const win::EventHandle event(OpenEventA(EVENT_MODIFY_STATE, FALSE, kInstallEvent));
-  if (event) SetEvent(event.Get());
-}
-
-namespace {
-
 constexpr std::int32_t kFirstGuidedState = 40, kLastGuidedState = 47;
-
 constexpr UINT kCloseGuide = 33323;  // a private message of the guide
 constexpr WPARAM kCloseGuideWord = 0;
 constexpr LPARAM kCloseGuideLong = 1;
 
-/// What `read`, a function of the platform, gives of a window's texts, as far as the block holds it.
+// One start of the prompt program. Windows receives the path twice: as the application and, without quotes, as the
+// beginning of the command line.
+struct Prompt {
+  Prompt(const char* function, const std::string& switches)
+      : path(PromptProgram(win::GetModuleDirectory())),
+        program{function, path + switches, {.application = path.c_str()}} {}
+  Prompt(const Prompt&) = delete;  // the program points to the path
+  Prompt& operator=(const Prompt&) = delete;
+
+  const std::string path;
+  const siblings::SiblingProgram program;
+};
+
+KE_RESULT Ask(const Prompt& prompt, const char* function, std::uint32_t& answer) {
+  DWORD exitCode = 0;
+  const KE_RESULT result = siblings::StartAndWait(prompt.program, INFINITE, kHighestAnswer, exitCode);
+  answer = exitCode;
+  if (result == KE_SUCCESS) Trace(trace::kInfo, function, "Succeeded [CanReboot = %d]", static_cast<int>(answer));
+  return result;
+}
+
+// The text of a window that `read`, a function of Windows, stores in the block.
 std::string_view TextOf(int(WINAPI* read)(HWND, char*, int), HWND window, char (&block)[1024]) noexcept {
   const int length = read(window, block, sizeof block);
   return {block, static_cast<std::size_t>(length > 0 ? length : 0)};
@@ -100,17 +58,13 @@ bool IsGuide(HWND window) noexcept {
          TextOf(GetWindowTextA, window, block).find("VarnInstall Main") != std::string_view::npos;
 }
 
-void CloseGuide(HWND window) noexcept {
+// The callback of EnumWindows: FALSE ends the enumeration.
+BOOL CALLBACK CloseIfGuide(HWND window, LPARAM) noexcept {
+  if (!IsGuide(window)) return TRUE;
   // Lets this process take the foreground at once: a lock of 0 milliseconds.
   SystemParametersInfoA(SPI_SETFOREGROUNDLOCKTIMEOUT, 0, nullptr, 0);
   SetForegroundWindow(window);
   PostMessageA(window, kCloseGuide, kCloseGuideWord, kCloseGuideLong);
-}
-
-// The platform's callback: FALSE ends the enumeration.
-BOOL CALLBACK CloseIfGuide(HWND window, LPARAM) noexcept {
-  if (!IsGuide(window)) return TRUE;
-  CloseGuide(window);
   return FALSE;
 }
 
@@ -120,6 +74,32 @@ bool MayBeInstalling() {
 }
 
 }  // namespace
+
+KE_RESULT AskCanReboot(const char* function, std::uint32_t& answer) {
+  return Ask(Prompt(function, PromptSwitches(kCanRebootPrompt)), function, answer);
+}
+
+KE_RESULT AskUser(const char* function, std::int32_t kind, std::int32_t seconds, std::uint32_t& answer) {
+  const Prompt prompt(function, PromptSwitches(kind, seconds));
+  siblings::TraceCommand(prompt.program);
+  return Ask(prompt, function, answer);
+}
+
+KE_RESULT ShowRebootCountDown(const char* function, std::int32_t seconds) {
+  DWORD exitCode = 0;
+  const Prompt prompt(function, PromptSwitches(kRebootCountDownPrompt, seconds));
+  return siblings::StartAndWait(prompt.program, INFINITE, 0, exitCode);
+}
+
+KE_RESULT ShowInstallDialog(const char* function, std::uint32_t rebootMessage) {
+  const Prompt prompt(function, InstallDialogSwitches(rebootMessage));
+  return siblings::Start(prompt.program) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED;
+}
+
+void CloseInstallDialog() noexcept {
+  const win::EventHandle event(OpenEventA(EVENT_MODIFY_STATE, FALSE, kInstallEvent));
+  if (event) SetEvent(event.Get());
+}
 
 KE_RESULT HideInstallGuide() {
   if (!MayBeInstalling()) return KE_SUCCESS;

@@ -18,8 +18,7 @@ static_assert(sizeof(KE_STATIC_PROXY_RECORD) == 8536 && offsetof(KE_STATIC_PROXY
 static_assert(offsetof(KE_PROXY, port) == 256 && offsetof(KE_PROXY, hasCredentials) == 260 &&
               offsetof(KE_PROXY, user) == 261 && offsetof(KE_PROXY, password) == 517);
 
-/// Bytes of a description up to the end of its last field: what a caller of another compiler, whose record may end
-/// there, surely has.
+/// Bytes of a description without trailing padding: the size that every caller provides.
 inline constexpr std::size_t kProxyExtent = offsetof(KE_PROXY, password) + sizeof(KE_PROXY::password);
 
 /// A record of a proxy in use without credentials; an empty port means 80. Here and below texts are cut at the size of
@@ -33,7 +32,7 @@ void SetPassword(KE_AGENT_PROXY_RECORD& record, std::string_view password) noexc
 /// A record of the static proxy, which is enabled when either text is not empty.
 KE_STATIC_PROXY_RECORD MakeStaticProxyRecord(std::string_view host, std::string_view addresses) noexcept;
 
-/// Zero-fills all fields of the description, and nothing behind them.
+/// Zero-fills all fields of the description, and no byte behind them.
 void ClearProxy(KE_PROXY& proxy) noexcept;
 
 /// Fill a cleared description. Record texts need no terminating zero. They differ in an address without a port: the

@@ -29,6 +29,8 @@ std::string Formatted(std::string_view format, std::string_view insert) {
   return text;
 }
 
+std::string KindSwitch(std::int32_t kind) { return " -MsgType:" + std::to_string(kind); }
+
 }  // namespace
 
 std::string DescriptionText(std::string_view resource, std::string_view insert) {
@@ -37,12 +39,6 @@ std::string DescriptionText(std::string_view resource, std::string_view insert) 
   if (text.size() > kLongest) text.resize(kLongest);
   return text;
 }
-
-namespace {
-
-std::string KindSwitch(std::int32_t kind) { return " -MsgType:" + std::to_string(kind); }
-
-}  // namespace
 
 std::string PromptProgram(std::string_view moduleDirectory) {
   return text::SiblingFolder(moduleDirectory, "KESAgent") + "KePIRes.exe";

@@ -1,18 +1,19 @@
-// The exports of server endpoints, message types and the start of an upgrade.
+// The exports of server addresses, proxies and the start of an upgrade.
 
 #include "KELUtils.h"
-#include "agent/communication.h"
+#include "agent/agent.h"
 #include "text/text.h"
 #include "trace/trace.h"
 #include "upgrade/upgrade.h"
 #include "win/module.h"
 
 using text::IsBlank;
+using text::OrNullText;
 using trace::Export;
 using trace::ExportCall;
+using trace::kDetail;
 
-// Written out, with the same catch-all, because it is the one export that leaves no trace and does not load the trace
-// library.
+// The only export without a trace: it does not load the trace library.
 KE_RESULT KE_API KE_SetURLSecureServer(const char* server) {
   try {
     return upgrade::SetIntegrationServer(server);
@@ -35,13 +36,7 @@ KE_RESULT KE_API KE_UpgradeStart(const char* installDir) {
   });
 }
 
-// The exports of proxy and internet configuration.
-
-using text::IsBlank;
-using text::OrNullText;
-using trace::Export;
-using trace::ExportCall;
-using trace::kDetail;
+// Proxies
 
 KE_RESULT KE_API KE_GetConfiguratedProxy(KE_PROXY* proxy) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
@@ -54,7 +49,7 @@ KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, cons
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
     Trace(kDetail, self.name, "Parameter Server:   [%s]", OrNullText(server));
     Trace(kDetail, self.name, "Parameter Port:     [%s]", OrNullText(port));
-    // User and password arrive enciphered and are traced so.
+    // Both are encrypted.
     Trace(kDetail, self.name, "Parameter User:     [%s]", OrNullText(user));
     Trace(kDetail, self.name, "Parameter Password: [%s]", OrNullText(password));
     if (user == nullptr || password == nullptr || IsBlank(server) || port == nullptr) return KE_MISSING_ARGUMENT;

@@ -1,8 +1,7 @@
 // The exports that report events.
 
 #include "KELUtils.h"
-#include "agent/events.h"
-#include "siblings/modules.h"
+#include "agent/agent.h"
 #include "trace/trace.h"
 
 using trace::Export;
@@ -30,10 +29,5 @@ KE_RESULT KE_API KE_GetEventDescription(uint32_t errorCode, char* buffer, int32_
 }
 
 KE_RESULT KE_API KE_InitEventSystem(void) {
-  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
-    const siblings::LauncherRun run = siblings::RunLauncherCommand(self.name, "KELTVEVT", "KELTVEVT -start");
-    if (run.exitCode != 0) siblings::TraceLauncherCommandFailed(self.name, "KELTVEVT", run.exitCode);
-    const bool started = run.launcherBound && run.launcherResult == 0 && run.exitCode == 0;
-    return started ? KE_SUCCESS : KE_EVENTS_UNAVAILABLE;
-  });
+  return ExportCall(__func__, [&](Export& self) { return agent::StartEventService(self.name); });
 }

@@ -1,11 +1,10 @@
-// The exports that hand work to the launcher, to the plug-ins and to the installer helper, and their settings files.
+// The exports that use the launcher, the plug-ins and the installer helper, and those of their settings files.
 
 #include <cstdint>
 #include <string>
 
 #include "KELUtils.h"
-#include "agent/operations.h"
-#include "siblings/modules.h"
+#include "agent/agent.h"
 #include "siblings/programs.h"
 #include "siblings/settings_file.h"
 #include "text/paths.h"
@@ -16,45 +15,17 @@
 
 using trace::Export;
 using trace::ExportCall;
-using trace::kAlways;
-using trace::kDetail;
-
-namespace {
-
-// The settings of the immediate update; empty when the module directory is unknown.
-std::string UpdateSettingsFile() {
-  const std::string directory = win::GetModuleDirectory();
-  return directory.empty() ? directory : text::SiblingFolder(directory, "KesLpmng") + "UPDNW.DAT";
-}
-
-void SendReport(const char* function) {
-  const siblings::FreeLauncherAtEnd release;
-  if (const KE_RESULT result = siblings::OpenLauncher(); result != KE_SUCCESS) {
-    Trace(kAlways, function, "Could not load required library, KELMNAPI . Return Error Code : [%i]",
-          static_cast<int>(result));
-    return;
-  }
-  std::int32_t exitCode = 0;
-  const int returned = siblings::Launcher().Run("KELREPORT -R -force", &exitCode);
-  if (returned != 0) {
-    Trace(kDetail, function, "Could not Run KelReport. Launcher function returned code :%i)", returned);
-  }
-  Trace(kDetail, function, "KelReport Run returned code :%i)", static_cast<int>(exitCode));
-}
-
-}  // namespace
 
 KE_RESULT KE_API KE_SendReport(void) {
   return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
-    SendReport(self.name);
+    agent::SendReport(self.name);
     return KE_SUCCESS;
   });
 }
 
 KE_RESULT KE_API KE_AplyLocalRCMCfg(void) {
   return ExportCall("KE_AplyLocalCfg", [&](Export& self) -> KE_RESULT {
-    const siblings::LauncherRun run = siblings::RunLauncherCommand(self.name, "KELCONF", "KELCONF -LocalCfg -force");
-    if (run.exitCode != 0) siblings::TraceLauncherCommandFailed(self.name, "KELCONF", run.exitCode);
+    agent::ApplyLocalConfiguration(self.name);
     return KE_SUCCESS;
   });
 }
@@ -70,7 +41,7 @@ KE_RESULT KE_API KE_UpdateNowEx(uint32_t first, uint32_t second) {
 KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, const char* def, char* buffer,
                                        uint32_t bufferSize) {
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
-    const std::string file = UpdateSettingsFile();
+    const std::string file = agent::UpdateSettingsFile();
     if (!file.empty() && buffer != nullptr && bufferSize != 0) {
       win::ReadProfile(file.c_str(), section, key, def, buffer, bufferSize);
     }
@@ -80,8 +51,8 @@ KE_RESULT KE_API KE_GetUpdateNowConfig(const char* section, const char* key, con
 
 KE_RESULT KE_API KE_SetUpdateNowConfig(const char* section, const char* key, const char* value, uint32_t onlyIfExists) {
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
-    const std::string file = UpdateSettingsFile();
-    // Without a section there is nothing to write, and not every platform takes that well.
+    const std::string file = agent::UpdateSettingsFile();
+    // Not every Windows accepts a null section.
     if (!file.empty() && section != nullptr && (onlyIfExists == 0 || win::Exists(file))) {
       win::WriteProfile(file, section, key, value);
     }

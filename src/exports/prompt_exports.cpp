@@ -1,7 +1,7 @@
-// The exports that ask the user, and those that close what the user sees of an installation.
+// The exports that ask the user, close the windows of an installation, and identify the machine.
 
 #include "KELUtils.h"
-#include "agent/prompts.h"
+#include "agent/agent.h"
 #include "agent/uuid.h"
 #include "trace/trace.h"
 
@@ -54,16 +54,10 @@ KE_RESULT KE_API KE_HideInstalationGuide(void) {
   return ExportCall(__func__, [&](Export&) { return agent::HideInstallGuide(); });
 }
 
-// The export that tells which machine this is.
-
 KE_RESULT KE_API KE_GetUUID(char* buffer, int32_t bufferSize) {
-  return trace::ExportCall(__func__, [&](trace::Export& self) -> KE_RESULT {
+  return ExportCall(__func__, [&](Export& self) -> KE_RESULT {
     if (buffer == nullptr) return KE_MISSING_ARGUMENT;
     if (bufferSize <= 0) return KE_BUFFER_TOO_SMALL;
-    if (!agent::IsUuidQueryOn()) {
-      *buffer = '\0';
-      return KE_SUCCESS;
-    }
     return agent::QueryMachineUuid(self.name, buffer, static_cast<std::size_t>(bufferSize));
   });
 }

@@ -8,26 +8,9 @@
 #include "trace/trace.h"
 #include "upgrade/upgrade.h"
 
-using schedule::DayWindow;
-using schedule::Job;
 using schedule::kPluginManager;
 using trace::Export;
 using trace::ExportCall;
-
-namespace {
-
-// Sets a job of the plug-in manager with `set`, once it is checked, and then switches the boot jobs of its module off;
-// both are done, and the first failure counts.
-template <typename Set>
-KE_RESULT SetWindowedTask(const Job& job, std::int32_t periodMinutes, DayWindow window, Set set) {
-  if (const KE_RESULT check = schedule::CheckWindowedTask(job, periodMinutes, window); check != KE_SUCCESS)
-    return check;
-  const KE_RESULT result = trace::RunStep(set);
-  const KE_RESULT deactivated = schedule::KE_DeactivateRebootTasks(job.module);
-  return result != KE_SUCCESS ? result : deactivated;
-}
-
-}  // namespace
 
 KE_RESULT KE_API KE_SetTask(const char* program, const char* module, const char* arguments, int32_t taskId,
                             const char* startDay, const char* startTime) {
@@ -44,11 +27,8 @@ KE_RESULT KE_API KE_SetPeriodicTask(const char* program, const char* module, con
 KE_RESULT KE_API KE_SetPeriodicTaskEx(const char* module, const char* arguments, int32_t taskId, int32_t periodMinutes,
                                       int32_t startMinute, int32_t endMinute, int32_t randomWeekday) {
   return ExportCall(__func__, [&](Export&) {
-    const Job job{kPluginManager, module, arguments, taskId};
-    const DayWindow window{startMinute, endMinute};
-    return SetWindowedTask(job, periodMinutes, window, [&] {
-      return schedule::KE_SetPeriodicTaskEx0(job, periodMinutes, window, randomWeekday != 0);
-    });
+    return schedule::SetPeriodicTaskEx({kPluginManager, module, arguments, taskId}, periodMinutes,
+                                       {startMinute, endMinute}, randomWeekday != 0);
   });
 }
 
@@ -56,10 +36,8 @@ KE_RESULT KE_API KE_SetPeriodicTaskRangeDate(const char* module, const char* arg
                                              int32_t periodMinutes, int32_t startMinute, int32_t endMinute,
                                              const char* periodicData) {
   return ExportCall(__func__, [&](Export&) {
-    const Job job{kPluginManager, module, arguments, taskId};
-    const DayWindow window{startMinute, endMinute};
-    return SetWindowedTask(job, periodMinutes, window,
-                           [&] { return schedule::KE_SetPeriodicTaskPeriodicData0(job, window, periodicData); });
+    return schedule::SetPeriodicTaskRangeDate({kPluginManager, module, arguments, taskId}, periodMinutes,
+                                              {startMinute, endMinute}, periodicData);
   });
 }
 

@@ -1,4 +1,4 @@
-// The exports of enciphered settings, enciphered value files, and the stored passwords.
+// The exports of encrypted settings, encrypted value files, and the stored passwords.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,10 +22,9 @@ namespace {
 
 constexpr std::size_t kPasswordSize = 2048;  // bytes, with the terminating zero; a longer password is not usable
 
-// Compares in the same time wherever the first difference lies, so that the time tells nothing about the secret, which
-// is zero-filled to its size.
+// Compares in constant time: the duration is independent of the secret, which is zero-filled to its size.
 bool IsSamePassword(const char (&secret)[kPasswordSize], std::string_view password) noexcept {
-  // Volatile, so that the loop is not left early.
+  // Volatile: the compiler must not leave the loop early.
   volatile unsigned difference = password.size() < kPasswordSize ? 0 : 1;
   for (std::size_t i = 0; i < kPasswordSize; ++i) {
     const char character = i < password.size() ? password[i] : '\0';
@@ -98,7 +97,7 @@ KE_RESULT KE_API KE_GetUninstallPassEx(char* buffer, int32_t size) {
   });
 }
 
-// The two tests answer yes or no; their trace ends with 0 in both cases.
+// The two tests return yes or no; their trace always ends with 0.
 
 int32_t KE_API KE_CheckInstallationPassw(const char* password, int32_t stored) {
   bool correct = false;

@@ -1,54 +1,52 @@
-#include "policy/gpt_ini.h"
-
 #include <charconv>
-#include <cstdint>
+#include <utility>
 
 #include "policy/ini_lines.h"
+#include "policy/policy_texts.h"
 
 namespace policy {
 
 namespace {
 
+using View = std::string_view;
+
 #define SCRIPTS_EXTENSION "{42B5FAAE-6536-11D2-AE5A-0000F87571E3}"
 #define SCRIPTS_TOOL "{40B6664F-4972-11D1-A7CA-0000F87571E3}"
 #define EXTENSIONS_KEY "gPCMachineExtensionNames"
-constexpr std::string_view kExtension = SCRIPTS_EXTENSION;
-constexpr std::string_view kTool = SCRIPTS_TOOL;
-constexpr std::string_view kGroup = "[" SCRIPTS_EXTENSION SCRIPTS_TOOL "]";
-constexpr std::string_view kVersionKey = "Version";
-constexpr std::string_view kExtensionsKey = EXTENSIONS_KEY;
+constexpr View kExtension = SCRIPTS_EXTENSION;
+constexpr View kTool = SCRIPTS_TOOL;
+constexpr View kGroup = "[" SCRIPTS_EXTENSION SCRIPTS_TOOL "]";
 
-// What the section [General] says. The views point into the text.
+// The values of the section [General], as views into the text; without data for a missing line.
 struct General {
   bool found = false;
-  std::string_view version;     // without blanks and quotation marks; no data when there is no such line
-  std::string_view extensions;  // the same
-  std::size_t end = 0;          // where a line can be added: behind the last one of the section that is not blank
+  View version, extensions;
+  std::size_t end = 0;  // where a line can be added: behind the last line of the section that is not blank
 };
 
-std::size_t OffsetIn(std::string_view text, const char* place) { return static_cast<std::size_t>(place - text.data()); }
+std::size_t OffsetIn(View text, const char* position) { return static_cast<std::size_t>(position - text.data()); }
 
-// As for the platform, the first section of the name counts, and the first line of a key.
-General ReadGeneral(std::string_view text) {
+// Of equal sections and equal keys the first one counts, as for Windows.
+General ReadGeneral(View text) {
   General general;
   bool inside = false;
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::string_view line = TakeLine(rest);
+  for (View rest = text; !rest.empty();) {
+    const View line = TakeLine(rest);
     if (const auto name = SectionName(line)) {
-      inside = !general.found && SameName(*name, std::string_view("General"));
+      inside = !general.found && CompareNames(*name, "General") == 0;
       general.found = general.found || inside;
     }
     if (!inside || Trimmed(line).empty()) continue;
     general.end = OffsetIn(text, line.data() + line.size());
     const auto split = SplitLine(line);
     if (!split) continue;
-    for (auto [key, value] : {std::pair{kVersionKey, &general.version}, {kExtensionsKey, &general.extensions}})
-      if (!value->data() && SameName(split->key, key)) *value = WithoutQuotes(Trimmed(split->value));
+    for (auto [key, value] : {std::pair{"Version", &general.version}, {EXTENSIONS_KEY, &general.extensions}})
+      if (!value->data() && CompareNames(split->key, key) == 0) *value = ReadValue(split->value);
   }
   return general;
 }
 
-std::optional<std::uint32_t> NextVersion(std::string_view version) {
+std::optional<std::uint32_t> NextVersion(View version) {
   std::uint32_t number = 0;
   const char* const end = version.data() + version.size();
   const auto [stop, error] = std::from_chars(version.data(), end, number);
@@ -57,60 +55,51 @@ std::optional<std::uint32_t> NextVersion(std::string_view version) {
   return (number & 0xFFFF0000) | machine;
 }
 
-// A text to be put into the list, and where; an empty one when the list already has what is wanted.
-struct Insertion {
-  std::size_t at = 0;
-  std::string_view text;
-};
-
-// Takes "{...}" off the list; empty when the list does not begin with an identifier.
-std::string_view TakeIdentifier(std::string_view& list) {
-  const std::string_view identifier = list.substr(0, kExtension.size());
+// Removes "{...}" from the front of the list; empty when the list does not begin with an identifier.
+View TakeIdentifier(View& list) {
+  const View identifier = list.substr(0, kExtension.size());
   if (identifier.size() != kExtension.size() || identifier.front() != '{') return {};
   if (identifier.find_first_of("[]{}", 1) != identifier.size() - 1 || identifier.back() != '}') return {};
   list.remove_prefix(identifier.size());
   return identifier;
 }
 
-int Compare(std::string_view left, std::string_view right) {
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; };
-    if (lower(left[i]) != lower(right[i])) return lower(left[i]) < lower(right[i]) ? -1 : 1;
-  }
-  return 0;
-}
+// A text to insert into the list; empty when the list is complete.
+struct Insertion {
+  std::size_t at = 0;
+  View text;
+};
 
-// Where the scripts extension belongs in a list of groups "[{extension}{tool}...]", which are sorted by extension and
-// inside by tool. None when the text is no such list.
-std::optional<Insertion> PlaceInList(std::string_view list) {
+// The insertion of the scripts extension into a list of groups "[{extension}{tool}...]", which are sorted by extension
+// and inside by tool. None when the text is no such list.
+std::optional<Insertion> PlaceInList(View list) {
   std::optional<Insertion> group, tool;
   bool listed = false;
-  for (std::string_view rest = list; !rest.empty();) {
+  for (View rest = list; !rest.empty(); rest.remove_prefix(1)) {
     const std::size_t groupAt = list.size() - rest.size();
     if (rest.front() != '[') return std::nullopt;
     rest.remove_prefix(1);
-    const std::string_view extension = TakeIdentifier(rest);
+    const View extension = TakeIdentifier(rest);
     if (extension.empty()) return std::nullopt;
-    const int order = Compare(extension, kExtension);
+    const auto order = CompareNames(extension, kExtension);
     if (order > 0 && !group) group = {groupAt, kGroup};
     while (!rest.empty() && rest.front() != ']') {
       const std::size_t toolAt = list.size() - rest.size();
-      const std::string_view name = TakeIdentifier(rest);
+      const View name = TakeIdentifier(rest);
       if (name.empty()) return std::nullopt;
-      listed = listed || (order == 0 && Compare(name, kTool) == 0);
-      if (order == 0 && !tool && Compare(name, kTool) > 0) tool = {toolAt, kTool};
+      const auto toolOrder = CompareNames(name, kTool);
+      listed = listed || (order == 0 && toolOrder == 0);
+      if (order == 0 && !tool && toolOrder > 0) tool = {toolAt, kTool};
     }
     if (rest.empty()) return std::nullopt;
     if (order == 0 && !tool) tool = {list.size() - rest.size(), kTool};
-    rest.remove_prefix(1);
   }
   if (listed) return Insertion{};
   return tool ? tool : group ? group : Insertion{list.size(), kGroup};
 }
 
-// Puts `value` in place of `old`, a piece of the text, or adds a line with it when there is none.
-std::string WithValue(std::string_view text, const General& general, std::string_view old, const std::string& key,
-                      const std::string& value) {
+// Replaces `old`, a view into the text, by `value`; adds a line when `old` has no data.
+std::string WithValue(View text, const General& general, View old, const char* key, const std::string& value) {
   std::string changed(text);
   if (old.data()) return changed.replace(OffsetIn(text, old.data()), old.size(), value);
   const std::size_t at = general.found ? general.end : text.size();
@@ -119,34 +108,30 @@ std::string WithValue(std::string_view text, const General& general, std::string
   return changed.insert(at, (lineBefore ? "" : "\r\n") + head + key + "=" + value + "\r\n");
 }
 
-std::optional<std::string> WithNextVersion(std::string_view text) {
+std::optional<std::string> WithScriptsExtension(View text) {
   const General general = ReadGeneral(text);
-  const auto version = NextVersion(general.version);
-  if (!version) return std::nullopt;
-  return WithValue(text, general, general.version, "Version", std::to_string(*version));
-}
-
-std::optional<std::string> WithScriptsExtension(std::string_view text) {
-  const General general = ReadGeneral(text);
-  const auto place = PlaceInList(general.extensions);
-  if (!place) return std::nullopt;
+  const auto insertion = PlaceInList(general.extensions);
+  if (!insertion) return std::nullopt;
   std::string list(general.extensions);
-  list.insert(place->at, place->text);
+  list.insert(insertion->at, insertion->text);
   return WithValue(text, general, general.extensions, EXTENSIONS_KEY, list);
 }
 
 }  // namespace
 
-std::optional<std::string> StepMachineVersion(std::string_view text, ScriptsExtension extension) {
+std::optional<std::string> StepMachineVersion(View text, ScriptsExtension extension) {
   if (text.size() > kLongestGptIni || HasControlCharacters(text)) return std::nullopt;
-  if (extension == ScriptsExtension::kAsItIs) return WithNextVersion(text);
-  const auto listed = WithScriptsExtension(text);
-  return listed ? WithNextVersion(*listed) : std::nullopt;
+  const auto listed = extension == ScriptsExtension::kListed ? WithScriptsExtension(text) : std::string(text);
+  if (!listed) return std::nullopt;
+  const General general = ReadGeneral(*listed);
+  const auto version = NextVersion(general.version);
+  if (!version) return std::nullopt;
+  return WithValue(*listed, general, general.version, "Version", std::to_string(*version));
 }
 
-bool ListsScriptsExtension(std::string_view text) {
-  const auto place = PlaceInList(ReadGeneral(text).extensions);
-  return place && place->text.empty();
+bool ListsScriptsExtension(View text) {
+  const auto insertion = PlaceInList(ReadGeneral(text).extensions);
+  return insertion && insertion->text.empty();
 }
 
 std::string NewGptIni() {

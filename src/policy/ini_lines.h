@@ -1,7 +1,8 @@
-// Lines of the platform's INI files, read as its profile functions read them. The views point into the text.
+// Lines of an INI file, split as the profile functions of Windows split them. The views point into the text.
 #pragma once
 
 #include <algorithm>
+#include <compare>
 #include <cstddef>
 #include <optional>
 #include <string_view>
@@ -23,14 +24,7 @@ TextView<Char> TakeLine(TextView<Char>& text) {
   return line;
 }
 
-/// `line` without its end.
-template <typename Char>
-TextView<Char> WithoutEnd(TextView<Char> line) {
-  while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
-  return line;
-}
-
-/// `text` without the blanks, tabs and line ends around it.
+/// `text` without surrounding blanks, tabs and line ends.
 template <typename Char>
 TextView<Char> Trimmed(TextView<Char> text) {
   const auto isBlank = [](Char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
@@ -39,18 +33,20 @@ TextView<Char> Trimmed(TextView<Char> text) {
   return text;
 }
 
-/// `text` without one pair of quotation marks around it, of either kind.
+/// A value as Windows returns it: trimmed, then without one surrounding pair of quotation marks of either kind.
 template <typename Char>
-TextView<Char> WithoutQuotes(TextView<Char> text) {
+TextView<Char> ReadValue(TextView<Char> text) {
+  text = Trimmed(text);
   const bool quoted = text.size() >= 2 && text.front() == text.back() && (text[0] == '"' || text[0] == '\'');
   return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
-/// True when both names are the same but for ASCII letter case.
-template <typename Left, typename Right>
-bool SameName(TextView<Left> left, TextView<Right> right) {
-  const auto lower = [](auto c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<int>(c); };
-  return std::ranges::equal(left, right, {}, lower, lower);
+/// Orders two names by their characters, ignoring the case of ASCII letters.
+template <typename Char>
+std::strong_ordering CompareNames(TextView<Char> left, std::type_identity_t<TextView<Char>> right) {
+  const auto lower = [](Char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<int>(c); };
+  return std::lexicographical_compare_three_way(left.begin(), left.end(), right.begin(), right.end(),
+                                                [&](Char a, Char b) { return lower(a) <=> lower(b); });
 }
 
 /// The name in a line "[name]", whatever follows the bracket; none for any other line.
@@ -62,7 +58,7 @@ std::optional<TextView<Char>> SectionName(TextView<Char> line) {
   return text.substr(1, end - 1);
 }
 
-/// A line "key=value": the key without blanks around it, the value as it stands, without the line's end.
+/// A line "key=value": the key trimmed, the value as written, without the end of the line.
 template <typename Char>
 struct KeyLine {
   TextView<Char> key;
@@ -72,14 +68,13 @@ struct KeyLine {
 /// None for a line without "=".
 template <typename Char>
 std::optional<KeyLine<Char>> SplitLine(TextView<Char> line) {
-  const TextView<Char> text = WithoutEnd(line);
-  const auto separator = text.find(Char{'='});
-  if (separator == text.npos) return std::nullopt;
-  return KeyLine<Char>{Trimmed(text.substr(0, separator)), text.substr(separator + 1)};
+  while (!line.empty() && (line.back() == '\r' || line.back() == '\n')) line.remove_suffix(1);
+  const auto separator = line.find(Char{'='});
+  if (separator == line.npos) return std::nullopt;
+  return KeyLine<Char>{Trimmed(line.substr(0, separator)), line.substr(separator + 1)};
 }
 
-/// True when a control character other than tab, CR and LF is in `text`: it is no INI text then, and nothing can be
-/// said about it.
+/// True when `text` has a control character other than tab, CR and LF, and so is no INI text.
 template <typename Char>
 bool HasControlCharacters(TextView<Char> text) {
   return std::ranges::any_of(text, [](Char c) {

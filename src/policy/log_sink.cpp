@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <iterator>
-#include <string>
+#include <utility>
 
 #include "win/owner.h"
 #include "win/process.h"
@@ -15,7 +15,7 @@ namespace {
 
 struct LineText {
   LineText(const wchar_t* format, va_list arguments) noexcept {
-    // The last character stays zero: a text that fills the rest is not terminated by the platform.
+    // The last character stays zero: Windows does not terminate a text that fills the rest.
     _vsnwprintf(text, std::size(text) - 1, format, arguments);
   }
   wchar_t text[4096] = {};
@@ -54,43 +54,29 @@ void SinkError(ILogSink* sink, std::uint32_t level, std::uint32_t flag, const wc
   sink->WriteError(level, flag, function, result, systemError, line.text);
 }
 
-namespace {
-
-std::wstring CommandLine(const wchar_t* program, const wchar_t* parameters) {
-  std::wstring line = L"\"" + std::wstring(program) + L"\"";
-  if (parameters) line.append(L" ").append(parameters);
-  return line;
-}
-
-}  // namespace
-
 std::uint32_t LanzarProceso(ILogSink* sink, const wchar_t* program, const wchar_t* parameters, const void*, bool wait,
                             PROCESS_INFORMATION* started, DWORD timeout, DWORD creationFlags) {
-  const SinkFunction function(__func__);
+  const SinkCall call(sink, __func__);
   const wchar_t* const shown = parameters ? parameters : L"(null)";
-  SinkTrace(sink, kSinkCalls, kSinkFlag, function.Name(), L"Function start");
-  SinkTrace(sink, kSinkInfo, kSinkFlag, function.Name(), L"Launching program (\"%ls\" %ls): %d", program, shown,
+  SinkTrace(sink, kSinkInfo, kSinkFlag, call.Name(), L"Launching program (\"%ls\" %ls): %d", program, shown,
             creationFlags);
-
-  win::Process process = win::StartProcess(CommandLine(program, parameters), creationFlags);
+  std::wstring commandLine = L"\"" + std::wstring(program) + L"\"";
+  if (parameters) commandLine.append(L" ").append(parameters);
+  win::Process process = win::StartProcess(std::move(commandLine), creationFlags);
   std::uint32_t result = 0;
-  const auto fail = [&](const wchar_t* call, DWORD error) {
+  const auto fail = [&](const wchar_t* step, DWORD error) {
     process = {};
     result = kLaunchFailed;
-    SinkError(sink, kSinkErrors, kSinkFlag, function.Name(), result, error,
-              L"Error launching program (\"%ls\" \"%ls\") - (%ls): %d", program, shown, call, error);
+    SinkError(sink, kSinkErrors, kSinkFlag, call.Name(), result, error,
+              L"Error launching program (\"%ls\" \"%ls\") - (%ls): %d", program, shown, step, error);
   };
   if (!process) {
     fail(L"CreateProcess", GetLastError());
   } else if (wait) {
-    const DWORD waited = process.Wait(timeout);
-    if (waited != WAIT_OBJECT_0) fail(L"WaitForSingleObject", waited);
+    if (const DWORD waited = process.Wait(timeout); waited != WAIT_OBJECT_0) fail(L"WaitForSingleObject", waited);
   }
   if (started) *started = process.Release();
-
-  SinkTrace(sink, kSinkResults, kSinkFlag, function.Name(), L"Return code (0x%x)", result);
-  SinkTrace(sink, kSinkCalls, kSinkFlag, function.Name(), L"Function end");
-  return result;
+  return call.End(result, L"Return code (0x%x)");
 }
 
 }  // namespace policy

@@ -5,7 +5,9 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <utility>
 
+#include "policy/log_sink.h"
 #include "win/owner.h"
 #include "win/registry.h"
 
@@ -21,7 +23,7 @@ constexpr std::size_t kLongestVersionText = 259;
 win::CriticalSection g_lock;
 OsRecord g_record{};
 
-VersionRecord FromPlatform(const OSVERSIONINFOEXW& info, bool extended) {
+VersionRecord FromWindows(const OSVERSIONINFOEXW& info, bool extended) {
   VersionRecord record{
       .extended = extended,
       .size = info.dwOSVersionInfoSize,
@@ -65,12 +67,12 @@ OsFacts FactsOf(VersionRecord version) {
   facts.serverR2 = GetSystemMetrics(SM_SERVERR2) != 0;
   facts.millennium = NamesMillennium();
   facts.hotfixQ246009 = win::CanOpenKey(HKEY_LOCAL_MACHINE, kHotfixKey);
-  // The product type is only ever asked for when the key could not be opened, and then there is nothing to read.
+  // The product type is read only when the key could not be opened, and then cannot be read.
   facts.productOptions.opened = win::CanOpenKey(HKEY_LOCAL_MACHINE, kProductOptionsKey);
   return facts;
 }
 
-/// The kept record, identified first unless it is already.
+// The kept record, identified at the first call.
 OsRecord Identified() {
   const OsRecord record = IdentifiedOs();
   if (record.identified) return record;
@@ -84,7 +86,7 @@ bool GetVersionRecord(VersionRecord& record) {
     OSVERSIONINFOEXW info{};
     info.dwOSVersionInfoSize = extended ? sizeof(OSVERSIONINFOEXW) : sizeof(OSVERSIONINFOW);
     if (GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&info))) {
-      record = FromPlatform(info, extended);
+      record = FromWindows(info, extended);
       return true;
     }
   }
@@ -92,12 +94,12 @@ bool GetVersionRecord(VersionRecord& record) {
 }
 
 void DumpVersionInfo(ILogSink* sink, const VersionRecord& record) {
-  const SinkFunction function(__func__);
+  constexpr wchar_t kFunction[] = L"DumpVersionInfo";
   const auto line = [&](const wchar_t* label, const wchar_t* value) {
-    SinkTrace(sink, kSinkInfo, kSinkFlag, function.Name(), L"%ls %ls", label, value);
+    SinkTrace(sink, kSinkInfo, kSinkFlag, kFunction, L"%ls %ls", label, value);
   };
   const auto number = [&](const wchar_t* label, std::uint32_t value) { line(label, std::to_wstring(value).c_str()); };
-  line(L"FunctionName:", function.Name());
+  line(L"FunctionName:", kFunction);
   line(L"- StructureType:", record.extended ? L"OSVERSIONINFOEXW" : L"OSVERSIONINFOW");
   number(L"- dwOSVersionInfoSize:", record.size);
   number(L"- dwMajorVersion:", record.major);

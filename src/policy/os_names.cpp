@@ -1,15 +1,14 @@
-#include "policy/os_names.h"
-
-#include <algorithm>
 #include <charconv>
 #include <cwchar>
 #include <iterator>
+
+#include "policy/os_identification.h"
 
 namespace policy {
 
 namespace {
 
-// The platform's numbers, which the portable build has no header for.
+// Numbers of Windows, without its headers: this file is portable.
 enum Platform : std::uint32_t { kWin32sPlatform = 0, k9xPlatform = 1, kNtPlatform = 2 };
 enum Processor : std::uint16_t { kIntelProcessor = 0, kItaniumProcessor = 6, kAmd64Processor = 9 };
 enum ProductType : std::uint8_t { kWorkstationType = 1, kDomainControllerType = 2, kServerType = 3 };
@@ -23,36 +22,42 @@ enum Suite : std::uint16_t {
   kBlade = 0x400,
 };
 
-/// What a row asks of a machine, besides the version.
-enum Condition { kAny, kWorkstation, kServer, kAmd64WorkstationNotR2, kR2 };
+// Conditions of a row, besides the version.
+bool Any(const OsFacts&) { return true; }
+bool Workstation(const OsFacts& facts) { return facts.version.productType == kWorkstationType; }
+bool Server(const OsFacts& facts) { return !Workstation(facts); }
+bool ServerR2(const OsFacts& facts) { return facts.serverR2; }
+bool Amd64WorkstationNotR2(const OsFacts& facts) {
+  return Workstation(facts) && facts.processor == kAmd64Processor && !facts.serverR2;
+}
 
 struct Release {
   std::uint32_t code;
   std::uint32_t major;
   std::uint32_t minor;
-  Condition condition;
+  bool (*condition)(const OsFacts& facts);
   const wchar_t* name;
 };
 
-// Releases of the NT platform from 5.0 on; the first row that fits counts.
+// Releases of the NT platform from 5.0 on; the first matching row counts.
 constexpr Release kReleases[] = {
-    {kWindows2000, 5, 0, kAny, L"Microsoft Windows 2000"},
-    {kWindowsXp, 5, 1, kAny, L"Microsoft Windows XP"},
-    {kWindowsXp, 5, 2, kAmd64WorkstationNotR2, L"Microsoft Windows XP"},
-    {kServer2003, 5, 2, kR2, L"Microsoft Windows Server 2003 \"R2\""},
-    {kServer2003, 5, 2, kAny, L"Microsoft Windows Server 2003"},
-    {kWindowsVista, 6, 0, kWorkstation, L"Microsoft Windows Vista"},
-    {kServer2008, 6, 0, kServer, L"Windows Server 2008"},
-    {kWindows7, 6, 1, kWorkstation, L"Microsoft Windows 7"},
-    {kServer2008R2, 6, 1, kServer, L"Windows Server 2008 \"R2\""},
-    {kWindows8, 6, 2, kWorkstation, L"Microsoft Windows 8"},
-    {kServer2012, 6, 2, kServer, L"Windows Server 2012"},
-    {kWindows81, 6, 3, kWorkstation, L"Microsoft Windows 8.1"},
-    {kServer2012R2, 6, 3, kServer, L"Windows Server 2012 R2"},
-    {kWindows10, 6, 4, kWorkstation, L"Microsoft Windows 10"},
-    {kServer2016, 6, 4, kServer, L"Windows Server 2016"},
-    {kWindows10, 10, 0, kWorkstation, L"Microsoft Windows 10"},
-    {kServer2016, 10, 0, kServer, L"Windows Server 2016"},
+    {kWindows2000, 5, 0, Any, L"Microsoft Windows 2000"},
+    {kWindowsXp, 5, 1, Any, L"Microsoft Windows XP"},
+    {kWindowsXp, 5, 2, Amd64WorkstationNotR2, L"Microsoft Windows XP"},
+    {kServer2003, 5, 2, ServerR2, L"Microsoft Windows Server 2003 \"R2\""},
+    {kServer2003, 5, 2, Any, L"Microsoft Windows Server 2003"},
+    {kWindowsVista, 6, 0, Workstation, L"Microsoft Windows Vista"},
+    {kServer2008, 6, 0, Server, L"Windows Server 2008"},
+    {kWindows7, 6, 1, Workstation, L"Microsoft Windows 7"},
+    {kServer2008R2, 6, 1, Server, L"Windows Server 2008 \"R2\""},
+    {kWindows8, 6, 2, Workstation, L"Microsoft Windows 8"},
+    {kServer2012, 6, 2, Server, L"Windows Server 2012"},
+    {kWindows81, 6, 3, Workstation, L"Microsoft Windows 8.1"},
+    {kServer2012R2, 6, 3, Server, L"Windows Server 2012 R2"},
+    {kWindows10, 6, 4, Workstation, L"Microsoft Windows 10"},
+    {kServer2016, 6, 4, Server, L"Windows Server 2016"},
+    {kWindows10, 10, 0, Workstation, L"Microsoft Windows 10"},
+    {kServer2016, 10, 0, Server, L"Windows Server 2016"},
 };
 
 struct Named {
@@ -65,33 +70,16 @@ std::wstring Hexadecimal(std::uint32_t number) {
   return {digits, std::to_chars(digits, std::end(digits), number, 16).ptr};
 }
 
-/// The numbers of a release without a name of its own: " (10 - 1)".
+// The numbers of a release without a name of its own: " (10 - 1)".
 std::wstring VersionInBrackets(const VersionRecord& version) {
   return L" (" + std::to_wstring(version.major) + L" - " + std::to_wstring(version.minor) + L")";
-}
-
-bool Fits(Condition condition, const OsFacts& facts) {
-  const bool workstation = facts.version.productType == kWorkstationType;
-  switch (condition) {
-    case kAny:
-      return true;
-    case kWorkstation:
-      return workstation;
-    case kServer:
-      return !workstation;
-    case kAmd64WorkstationNotR2:
-      return workstation && facts.processor == kAmd64Processor && !facts.serverR2;
-    case kR2:
-      return facts.serverR2;
-  }
-  return false;
 }
 
 Named NtRelease(const OsFacts& facts) {
   const VersionRecord& version = facts.version;
   if (version.major < 5) return {kWindowsNt, L"Microsoft Windows NT"};
   for (const Release& row : kReleases) {
-    if (row.major == version.major && row.minor == version.minor && Fits(row.condition, facts)) {
+    if (row.major == version.major && row.minor == version.minor && row.condition(facts)) {
       return {row.code, row.name};
     }
   }
@@ -101,7 +89,7 @@ Named NtRelease(const OsFacts& facts) {
   return {0, L"Unknow operative sistem" + VersionInBrackets(version)};
 }
 
-/// A release of the 9x platform; without a code when it is unknown.
+// A release of the 9x platform; without a code when it is unknown.
 Named Windows9xRelease(const OsFacts& facts) {
   const VersionRecord& version = facts.version;
   const wchar_t edition = version.servicePackText.size() > 1 ? version.servicePackText[1] : L'\0';
@@ -118,29 +106,16 @@ Named Windows9xRelease(const OsFacts& facts) {
 }
 
 Named ReleaseOf(const OsFacts& facts) {
-  switch (facts.version.platform) {
-    case kWin32sPlatform:
-      return {kWin32s, L"Microsoft Win32s"};
-    case k9xPlatform:
-      return Windows9xRelease(facts);
-    case kNtPlatform:
-      return NtRelease(facts);
-    default:
-      return {};
-  }
+  const std::uint32_t platform = facts.version.platform;
+  if (platform == kWin32sPlatform) return {kWin32s, L"Microsoft Win32s"};
+  if (platform == k9xPlatform) return Windows9xRelease(facts);
+  return platform == kNtPlatform ? NtRelease(facts) : Named{};
 }
 
 OsArchitecture ArchitectureOf(std::uint16_t processor) {
-  switch (processor) {
-    case kIntelProcessor:
-      return kX86;
-    case kItaniumProcessor:
-      return kItanium;
-    case kAmd64Processor:
-      return kX64;
-    default:
-      return kOtherArchitecture;
-  }
+  if (processor == kIntelProcessor) return kX86;
+  if (processor == kItaniumProcessor) return kItanium;
+  return processor == kAmd64Processor ? kX64 : kOtherArchitecture;
 }
 
 const wchar_t* WorkstationEdition(const OsFacts& facts, std::uint32_t code) {
@@ -173,8 +148,8 @@ std::wstring ServerEdition(const VersionRecord& version, std::uint32_t architect
   return L"";
 }
 
-/// The edition of a machine that reports no known product type. The test is inverted, and stays so: the registry's
-/// value counts when it could not be read, and nothing is said about a machine where it could.
+// The edition of a machine that reports no known product type. The test is inverted, and stays so: the registry's
+// value counts when it could not be read, and nothing is said about a machine where it could.
 std::wstring EditionFromProductOptions(const OsFacts& facts, OsRecord& record) {
   const ProductOptions& options = facts.productOptions;
   if (options.opened || options.typeRead) return L"";
@@ -188,19 +163,13 @@ std::wstring EditionFromProductOptions(const OsFacts& facts, OsRecord& record) {
 
 std::wstring EditionOf(const OsFacts& facts, OsRecord& record) {
   const std::wstring suite = L" (Suite 0x" + Hexadecimal(facts.version.suiteMask) + L")";
-  switch (record.productType) {
-    case kWorkstationType:
-      return WorkstationEdition(facts, record.code) + suite;
-    case kDomainControllerType:
-    case kServerType:
-      record.isServer = true;
-      return ServerEdition(facts.version, record.architecture) + suite;
-    default:
-      return EditionFromProductOptions(facts, record);
-  }
+  if (record.productType == kWorkstationType) return WorkstationEdition(facts, record.code) + suite;
+  record.isServer = record.productType == kDomainControllerType || record.productType == kServerType;
+  if (record.isServer) return ServerEdition(facts.version, record.architecture) + suite;
+  return EditionFromProductOptions(facts, record);
 }
 
-/// An empty service-pack text leaves two blanks before the bracket.
+// An empty service-pack text leaves two blanks before the bracket.
 std::wstring ServicePackAndBuild(const OsFacts& facts) {
   const VersionRecord& version = facts.version;
   const bool is6a = version.major == 4 && version.servicePackText == L"Service Pack 6" && facts.hotfixQ246009;
@@ -215,7 +184,7 @@ std::uint32_t ServicePackFromText(const std::wstring& text) {
   return static_cast<std::uint32_t>(std::wcstoul(text.c_str() + at + kPrefix.size(), nullptr, 10));
 }
 
-/// Everything but release and name.
+// Everything but release and name.
 OsRecord Copied(const OsFacts& facts) {
   const VersionRecord& version = facts.version;
   OsRecord record{};

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <string_view>
 
-#include "policy/log_sink.h"
 #include "win/file.h"
 #include "win/owner.h"
 #include "win/process.h"
@@ -15,7 +14,7 @@ namespace policy {
 
 namespace {
 
-// Calls a function of Kernel32.dll that 32-bit Windows and releases before XP SP2 lack; looked up at every call.
+// Calls a function of Kernel32.dll that is missing on 32-bit Windows and before XP SP2.
 template <typename Argument>
 bool CallKernel32(const char* name, Argument argument) noexcept {
   BOOL(WINAPI * function)(Argument) = nullptr;
@@ -28,22 +27,24 @@ bool CallKernel32(const char* name, Argument argument) noexcept {
   return function(argument) != FALSE;
 }
 
-}  // namespace
-
-bool DisableFsRedirection(void** old) noexcept { return CallKernel32("Wow64DisableWow64FsRedirection", old); }
-
-bool RevertFsRedirection(void* old) noexcept { return CallKernel32("Wow64RevertWow64FsRedirection", old); }
-
-UnredirectedFiles::~UnredirectedFiles() {
-  const win::KeptLastError keep;
-  if (off_) RevertFsRedirection(old_);
+// Returns `call()`, run without the redirection. For file calls only: a DLL that is loaded meanwhile may be the wrong
+// one. Keeps the last-error value of the call.
+template <typename Call>
+auto WithoutWow64Redirection(Call call) {
+  struct Scope {
+    void* old = nullptr;
+    const bool off = DisableFsRedirection(&old);
+    ~Scope() {
+      const win::KeptLastError keep;
+      if (off) RevertFsRedirection(old);
+    }
+  } const scope;
+  return call();
 }
-
-namespace {
 
 constexpr DWORD kPauses[] = {1, 5, 10, 20, 40, 80};  // milliseconds between two attempts; 156 in all
 
-// An error that another process causes by what it does with the file at the moment.
+// True for the errors caused by another process that is using the file.
 bool IsHeld(DWORD error) noexcept {
   return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION || error == ERROR_ACCESS_DENIED ||
          error == ERROR_USER_MAPPED_FILE || error == ERROR_READ_FAULT;
@@ -70,6 +71,10 @@ void CreateFolderOf(const std::wstring& path) {
   WithoutWow64Redirection(create);
 }
 
+DWORD AttributesOf(const std::wstring& path) noexcept {
+  return WithoutWow64Redirection([&] { return GetFileAttributesW(path.c_str()); });
+}
+
 DWORD CheckOnce(const std::wstring& path) noexcept {
   const win::FileHandle file(WithoutWow64Redirection([&] {
     return CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
@@ -89,12 +94,66 @@ DWORD ReadOnce(const std::wstring& path, std::size_t limit, std::string& bytes) 
   return win::Read(file, bytes.data(), bytes.size()) == bytes.size() ? ERROR_SUCCESS : ERROR_READ_FAULT;
 }
 
-// One scope for the whole replacement: it makes file calls and pauses only, and loads no DLL.
+DWORD DeleteOnce(const std::wstring& path) noexcept {
+  const DWORD attributes = AttributesOf(path);
+  const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+  const auto setAttributes = [&](DWORD set) {
+    WithoutWow64Redirection([&] { return SetFileAttributesW(path.c_str(), set); });
+  };
+  if (readOnly) setAttributes(attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+  if (WithoutWow64Redirection([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
+  const DWORD error = GetLastError();
+  if (readOnly) setAttributes(attributes);
+  return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
+}
+
+// One scope for the whole replacement, which makes file calls and pauses only.
 win::Replaced Replace(const std::wstring& path, const std::string& bytes, const win::FileStatus& like) noexcept {
   return WithoutWow64Redirection([&] { return win::ReplaceContent(path, bytes, like); });
 }
 
+KE_RESULT DeleteAtReboot(ILogSink* sink, const std::wstring& path) {
+  const SinkCall call(sink, __func__);
+  call.Parameter(L"path", path.c_str());
+  const BOOL left =
+      WithoutWow64Redirection([&] { return MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); });
+  return call.Finish(KE_STORE_UNUSABLE, left ? ERROR_SUCCESS : GetLastError(), L"Error deleting at reboot",
+                     path.c_str());
+}
+
+KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes);
+
+// Deletes the content of the folder; the first failure counts.
+KE_RESULT DeleteContent(ILogSink* sink, const std::wstring& folder) {
+  KE_RESULT result = KE_SUCCESS;
+  WIN32_FIND_DATAW found{};
+  const std::wstring pattern = folder + L"\\*";
+  const win::FindHandle search(WithoutWow64Redirection([&] { return FindFirstFileW(pattern.c_str(), &found); }));
+  if (!search) return KE_RESULT{IsMissing(GetLastError()) ? KE_SUCCESS : KE_STORE_UNUSABLE};
+  do {
+    const std::wstring_view name = found.cFileName;
+    if (name == L"." || name == L"..") continue;
+    const KE_RESULT deleted = DeleteEntry(sink, folder + L"\\" + found.cFileName, found.dwFileAttributes);
+    if (result == KE_SUCCESS) result = deleted;
+  } while (FindNextFileW(search.Get(), &found));
+  if (GetLastError() != ERROR_NO_MORE_FILES && result == KE_SUCCESS) result = KE_STORE_UNUSABLE;
+  return result;
+}
+
+KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes) {
+  if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) return DeleteFileNowOrAtReboot(sink, path);
+  const bool link = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  const KE_RESULT content = link ? KE_RESULT{KE_SUCCESS} : DeleteContent(sink, path);
+  if (WithoutWow64Redirection([&] { return RemoveDirectoryW(path.c_str()); })) return content;
+  const KE_RESULT later = DeleteAtReboot(sink, path);  // Windows deletes in the order of the requests
+  return content == KE_SUCCESS ? later : content;
+}
+
 }  // namespace
+
+bool DisableFsRedirection(void** old) noexcept { return CallKernel32("Wow64DisableWow64FsRedirection", old); }
+
+bool RevertFsRedirection(void* old) noexcept { return CallKernel32("Wow64RevertWow64FsRedirection", old); }
 
 DWORD CheckWritable(const std::wstring& path) {
   return WithRetries([&] { return CheckOnce(path); });
@@ -127,32 +186,7 @@ void RemovePolicyLeftovers(const std::wstring& path) noexcept {
 }
 
 DWORD DeletePolicyFile(const std::wstring& path) {
-  return WithRetries([&] { return DeleteAtOnce(path); });
-}
-
-DWORD DeleteAtOnce(const std::wstring& path) noexcept {
-  const DWORD attributes = AttributesOf(path);
-  const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
-  const auto setAttributes = [&](DWORD set) {
-    WithoutWow64Redirection([&] { return SetFileAttributesW(path.c_str(), set); });
-  };
-  if (readOnly) setAttributes(attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
-  if (WithoutWow64Redirection([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
-  const DWORD error = GetLastError();
-  if (readOnly) setAttributes(attributes);
-  return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
-}
-
-DWORD AttributesOf(const std::wstring& path) noexcept {
-  return WithoutWow64Redirection([&] { return GetFileAttributesW(path.c_str()); });
-}
-
-KE_RESULT DeleteAtReboot(ILogSink* sink, const std::wstring& path) {
-  const SinkCall call(sink, __func__);
-  call.Parameter(L"path", path.c_str());
-  if (WithoutWow64Redirection([&] { return MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); }))
-    return call.End(KE_SUCCESS);
-  return call.End(call.Fail(KE_STORE_UNUSABLE, GetLastError(), L"Error deleting at reboot", path.c_str()));
+  return WithRetries([&] { return DeleteOnce(path); });
 }
 
 KE_RESULT DeleteFileNowOrAtReboot(ILogSink* sink, const std::wstring& path) {
@@ -160,54 +194,20 @@ KE_RESULT DeleteFileNowOrAtReboot(ILogSink* sink, const std::wstring& path) {
   call.Parameter(L"path", path.c_str());
   const DWORD attributes = AttributesOf(path);
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
-    return call.End(call.Fail(KE_STORE_UNUSABLE, ERROR_DIRECTORY, L"A folder is not deleted", path.c_str()));
-  if (DeleteAtOnce(path) == ERROR_SUCCESS) return call.End(KE_SUCCESS);
-  call.Note(L"Left to the next start of the machine", path.c_str());
+    return call.Finish(KE_STORE_UNUSABLE, ERROR_DIRECTORY, L"A folder is not deleted", path.c_str());
+  if (DeleteOnce(path) == ERROR_SUCCESS) return call.End(KE_SUCCESS);
+  SinkTrace(sink, kSinkInfo, kSinkFlag, call.Name(), L"Left to the next start of the machine: %ls", path.c_str());
   return call.End(DeleteAtReboot(sink, path));
 }
-
-namespace {
-
-KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes);
-
-// Deletes what is in the folder; the first failure counts.
-KE_RESULT DeleteContent(ILogSink* sink, const std::wstring& folder) {
-  KE_RESULT result = KE_SUCCESS;
-  WIN32_FIND_DATAW found{};
-  const std::wstring pattern = folder + L"\\*";
-  const win::FindHandle search(WithoutWow64Redirection([&] { return FindFirstFileW(pattern.c_str(), &found); }));
-  if (!search) return KE_RESULT{IsMissing(GetLastError()) ? KE_SUCCESS : KE_STORE_UNUSABLE};
-  do {
-    const std::wstring_view name = found.cFileName;
-    if (name == L"." || name == L"..") continue;
-    const KE_RESULT deleted = DeleteEntry(sink, folder + L"\\" + found.cFileName, found.dwFileAttributes);
-    if (result == KE_SUCCESS) result = deleted;
-  } while (FindNextFileW(search.Get(), &found));
-  if (GetLastError() != ERROR_NO_MORE_FILES && result == KE_SUCCESS) result = KE_STORE_UNUSABLE;
-  return result;
-}
-
-KE_RESULT DeleteEntry(ILogSink* sink, const std::wstring& path, DWORD attributes) {
-  if (!(attributes & FILE_ATTRIBUTE_DIRECTORY)) return DeleteFileNowOrAtReboot(sink, path);
-  const bool link = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-  const KE_RESULT content = link ? KE_RESULT{KE_SUCCESS} : DeleteContent(sink, path);
-  if (WithoutWow64Redirection([&] { return RemoveDirectoryW(path.c_str()); })) return content;
-  const KE_RESULT later = DeleteAtReboot(sink, path);  // the platform deletes in the order of the requests
-  return content == KE_SUCCESS ? later : content;
-}
-
-}  // namespace
 
 KE_RESULT DeleteDirectoryTree(ILogSink* sink, const std::wstring& path) {
   const SinkCall call(sink, __func__);
   call.Parameter(L"path", path.c_str());
   const DWORD attributes = AttributesOf(path);
-  if (attributes == INVALID_FILE_ATTRIBUTES) {
-    const DWORD error = GetLastError();
-    if (IsMissing(error)) return call.End(KE_SUCCESS);
-    return call.End(call.Fail(KE_STORE_UNUSABLE, error, L"Error deleting folder", path.c_str()));
-  }
-  return call.End(DeleteEntry(sink, path, attributes));
+  if (attributes != INVALID_FILE_ATTRIBUTES) return call.End(DeleteEntry(sink, path, attributes));
+  const DWORD error = GetLastError();
+  return call.Finish(KE_STORE_UNUSABLE, IsMissing(error) ? ERROR_SUCCESS : error, L"Error deleting folder",
+                     path.c_str());
 }
 
 }  // namespace policy

@@ -18,6 +18,23 @@ void Append(std::string& text, std::initializer_list<std::string_view> parts) {
   for (const auto part : parts) text += part;
 }
 
+// The gaps are deliberate: no command of a list runs in state 45.
+constexpr std::int32_t kTestStates[] = {40, 41, 42, 43, 44, 47, 48};
+constexpr std::int32_t kUpgradeStates[] = {40, 42, 43, 44, 46, 47, 48};
+constexpr std::int32_t kUpdateStates[] = {40, 41, 42, 43, 44, 46, 47, 48};
+constexpr std::int32_t kLastState[] = {48};
+constexpr std::span<const std::int32_t> kAnyState{};
+
+struct Command {
+  std::string_view name;
+  std::span<const std::int32_t> states;  // in which it may run; empty: in any
+};
+
+constexpr Command kCommands[] = {
+    {"KELTVEVT", kAnyState},   {"KELTest", kTestStates}, {"KELUpg", kUpgradeStates}, {"KELUpd", kUpdateStates},
+    {"KELReport", kLastState}, {"KELQtine", kLastState}, {"KELConf", kAnyState},     {"KELLnchr", kAnyState},
+};
+
 }  // namespace
 
 std::string InstallRoot(const char* folder, text::LeadByteTest isLeadByte) {
@@ -45,27 +62,6 @@ std::string SchedulerTokens(std::string_view root) {
   }
   return text;
 }
-
-namespace {
-
-// The gaps are meant: no command of a list runs in state 45.
-constexpr std::int32_t kTestStates[] = {40, 41, 42, 43, 44, 47, 48};
-constexpr std::int32_t kUpgradeStates[] = {40, 42, 43, 44, 46, 47, 48};
-constexpr std::int32_t kUpdateStates[] = {40, 41, 42, 43, 44, 46, 47, 48};
-constexpr std::int32_t kLastState[] = {48};
-constexpr std::span<const std::int32_t> kAnyState{};
-
-struct Command {
-  std::string_view name;
-  std::span<const std::int32_t> states;  // in which it may run; none listed: in any
-};
-
-constexpr Command kCommands[] = {
-    {"KELTVEVT", kAnyState},   {"KELTest", kTestStates}, {"KELUpg", kUpgradeStates}, {"KELUpd", kUpdateStates},
-    {"KELReport", kLastState}, {"KELQtine", kLastState}, {"KELConf", kAnyState},     {"KELLnchr", kAnyState},
-};
-
-}  // namespace
 
 bool IsCommandAllowed(const char* command, std::int32_t state) noexcept {
   if (state >= kInstallComplete) return true;

@@ -1,7 +1,7 @@
-// What the token files tell the agent's other programs: where plug-in modules, programs and services lie below the
-// installation folder. Lines end in CR LF; folders and names are spelt as their readers expect them.
+// The texts of the token files: the paths of plug-in modules, programs and services below the installation folder.
+// Lines end in CR LF; folders and names are spelt as their readers expect them. No call of Windows.
 //
-// A `root` is an installation folder as `InstallRoot` gives it.
+// A `root` is an installation folder as returned by `InstallRoot`.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +12,13 @@
 
 namespace registration {
 
-/// The states from here on are those of a complete installation.
+/// The first state of a complete installation.
 inline constexpr std::int32_t kInstallComplete = 200;
 
 /// The installation folder without one trailing backslash; empty when `folder` is null, empty or a lone backslash.
 std::string InstallRoot(const char* folder, text::LeadByteTest isLeadByte);
 
-/// A program or library below the installation folder, with the name that other programs know it by.
+/// A program or library below the installation folder, with its name in the token files.
 struct InstalledFile {
   const char* name;
   const char* folder;
@@ -47,10 +47,10 @@ inline constexpr InstalledFile kWatchedServices[] = {
     {"ZumKesLpMng", "KesLpMng", "KesLpMng.exe"},
 };
 
-// Which commands of the agent may run while its installation is not complete.
+// The commands that may run before the installation is complete.
 
-/// True when the command may run in an installation state. From the complete installation on every command may, known
-/// or not, also a null one; before, only the listed ones in their states. Letter case does not count.
+/// True when the command may run in an installation state: from the complete installation on any command, also an
+/// unknown or null one; before, only the listed ones in their states. Ignores letter case.
 bool IsCommandAllowed(const char* command, std::int32_t state) noexcept;
 
 }  // namespace registration

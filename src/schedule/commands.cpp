@@ -27,6 +27,24 @@ std::string TimeOfDay(std::int32_t minute) {
   return text;
 }
 
+constexpr char kScheduler[] = "zumat ";
+
+std::string_view Text(const char* text) { return text ? text : std::string_view(); }
+
+std::string TaskSwitch(std::int32_t taskId) { return "-TaskID:" + std::to_string(taskId); }
+
+// PROGRAM:"MODULE ARGUMENTS", or PROGRAM:"MODULE" without arguments.
+std::string JobText(const Job& job) {
+  std::string text(Text(job.program));
+  text.append(":\"").append(Text(job.module));
+  if (!Text(job.arguments).empty()) text.append(" ").append(Text(job.arguments));
+  return text += '"';
+}
+
+std::string JobCommand(const char* verb, const Job& job, std::string_view clauses) {
+  return kScheduler + TaskSwitch(job.taskId) + verb + JobText(job).append(clauses);
+}
+
 }  // namespace
 
 std::string MkEveryClause(std::int32_t periodMinutes, bool randomWeekday, win::RandomNumber random) {
@@ -53,28 +71,6 @@ std::string MkStartTimeSpread(std::int32_t periodMinutes, std::int32_t taskId) {
 std::string MkBootClause(std::int32_t delaySeconds, bool weeklyWindow) {
   return " -Every:Boot:" + std::to_string(delaySeconds) + (weeklyWindow ? " -EveryWindow:Days:7" : "");
 }
-
-namespace {
-
-constexpr char kScheduler[] = "zumat ";
-
-std::string_view Text(const char* text) { return text ? text : std::string_view(); }
-
-std::string TaskSwitch(std::int32_t taskId) { return "-TaskID:" + std::to_string(taskId); }
-
-// PROGRAM:"MODULE ARGUMENTS", or PROGRAM:"MODULE" without arguments.
-std::string JobText(const Job& job) {
-  std::string text(Text(job.program));
-  text.append(":\"").append(Text(job.module));
-  if (!Text(job.arguments).empty()) text.append(" ").append(Text(job.arguments));
-  return text += '"';
-}
-
-std::string JobCommand(const char* verb, const Job& job, std::string_view clauses) {
-  return kScheduler + TaskSwitch(job.taskId) + verb + JobText(job).append(clauses);
-}
-
-}  // namespace
 
 std::string AddJobCommand(const Job& job, std::string_view clauses) { return JobCommand(" -addjob:", job, clauses); }
 

@@ -9,24 +9,24 @@
 
 namespace schedule {
 
-/// When a job recurs: every so many weeks or days, else every so many hours and minutes on all days of the week or,
-/// with `randomWeekday`, on one from Monday to Friday that `random` picks. What is left over of a period of a day or
-/// more is dropped.
+/// The recurrence of a job: every so many weeks or days, else every so many hours and minutes on all days of the week
+/// or, with `randomWeekday`, on one from Monday to Friday that `random` selects. The remainder of a period of a day or
+/// more is ignored.
 std::string MkEveryClause(std::int32_t periodMinutes, bool randomWeekday, win::RandomNumber random);
 
-/// The window of the day in which a job starts, each end brought between 00:29 and 23:59; the empty text for a negative
-/// time and for an end before the start.
+/// The window of the day in which a job starts, each end clamped to 00:29 and 23:59; the empty text for a negative time
+/// and for an end before the start.
 std::string MkStartTimeRange(std::int32_t startMinute, std::int32_t endMinute);
 
-/// The start of a periodic job: in a minute past midnight that the task ID determines, within a window of one period
-/// that ends between 00:29 and 23:59.
+/// The start of a periodic job: a minute past midnight that depends on the task ID, and a window of one period that
+/// ends between 00:29 and 23:59.
 std::string MkStartTimeSpread(std::int32_t periodMinutes, std::int32_t taskId);
 
-/// When a boot job runs: so many seconds after every boot, or after every boot within a weekly window. Begins with a
+/// The start of a boot job: so many seconds after every boot, or after every boot within a weekly window. Begins with a
 /// blank.
 std::string MkBootClause(std::int32_t delaySeconds, bool weeklyWindow);
 
-// The command lines of the scheduler, a program of its own. Texts are inserted as they stand; nothing is cut.
+// The command lines of the scheduler, a program of its own. Texts are inserted unchanged and not cut.
 
 /// A job of the scheduler: the program that it starts, and under it a module with its arguments. Null texts are empty.
 struct Job {
@@ -46,7 +46,7 @@ std::string EditJobCommand(const Job& job, std::string_view clauses);
 /// The clauses of a job at a fixed day and time, in the scheduler's own notation.
 std::string FixedDayClauses(const char* startDay, const char* startTime);
 
-/// Has the plug-in manager run `command` once, so many seconds after the next boot.
+/// The command by which the plug-in manager runs `command` once, so many seconds after the next boot.
 std::string NextBootCommand(std::string_view command, std::int32_t delaySeconds);
 
 std::string DeleteJobCommand(std::int32_t taskId);

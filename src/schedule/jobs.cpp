@@ -3,8 +3,6 @@
 #include <cstring>
 #include <string>
 
-#include "schedule/commands.h"
-#include "schedule/task_table.h"
 #include "siblings/programs.h"
 #include "store/accessors.h"
 #include "text/paths.h"
@@ -18,9 +16,11 @@ namespace schedule {
 namespace {
 
 using trace::kDetail;
+using trace::RunStep;
 
 constexpr char kFunction[] = "CallZumAT";
 constexpr DWORD kWaitMilliseconds = 90000;
+constexpr double kLargestRandomNumber = 32767.0;
 
 // Where the program's name ends: at the first blank, or at a tab before it. A tab alone does not count.
 std::size_t EndOfProgram(const std::string& command) {
@@ -47,16 +47,6 @@ KE_RESULT Run(const std::string& command) {
   return KE_SCHEDULER_FAILED;
 }
 
-}  // namespace
-
-KE_RESULT CallZumAT(const std::string& command) noexcept {
-  return trace::ExportCall(kFunction, [&](trace::Export&) { return Run(command); });
-}
-
-namespace {
-
-using trace::RunStep;
-
 KE_RESULT AddThenEdit(const Job& job, const std::string& clauses) {
   RunStep([&] { return CallZumAT(AddJobCommand(job, clauses)); });
   return CallZumAT(EditJobCommand(job, clauses));
@@ -66,14 +56,47 @@ KE_RESULT AddThenEdit(const Job& job, const std::string& clauses) {
 KE_RESULT ForBootJobs(const char* module, std::string (*command)(std::int32_t taskId)) {
   KE_RESULT result = KE_SUCCESS;
   for (const AgentTask& task : kAgentTasks) {
-    if (task.kind != kBoot || _stricmp(task.module, module) != 0) continue;
-    const KE_RESULT ran = RunStep([&] { return CallZumAT(command(task.taskId)); });
+    if (task.kind != kBoot || _stricmp(task.job.module, module) != 0) continue;
+    const KE_RESULT ran = RunStep([&] { return CallZumAT(command(task.job.taskId)); });
     if (ran != KE_SUCCESS) result = ran;
   }
   return result;
 }
 
+std::string EveryClause(std::int32_t periodMinutes, bool randomWeekday) {
+  return " " + MkEveryClause(periodMinutes, randomWeekday, win::g_randomNumber) + " ";
+}
+
+// Checks and writes a job that is periodic within a window, with the text of `clauses()`, and deactivates the boot jobs
+// of its module.
+template <typename Clauses>
+KE_RESULT SetWindowedTask(const Job& job, std::int32_t periodMinutes, DayWindow window, Clauses clauses) {
+  if (text::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
+  if (periodMinutes < 1 || window.startMinute < 0 || window.endMinute < window.startMinute || job.taskId < 1)
+    return KE_OUT_OF_RANGE;
+  const KE_RESULT result = RunStep([&] { return AddThenEdit(job, clauses()); });
+  const KE_RESULT deactivated = KE_DeactivateRebootTasks(job.module);
+  return result != KE_SUCCESS ? result : deactivated;
+}
+
+// The last code that is not 0 of `set`, called for each job of a kind that this computer is to have. An exception ends
+// only the job that it comes from.
+template <typename Set>
+KE_RESULT ForTasks(TaskKind kind, Set set) {
+  const bool integrated = store::IsComputerIntegrated();
+  KE_RESULT result = KE_SUCCESS;
+  for (const AgentTask& task : kAgentTasks) {
+    if (task.kind != kind || !IsScheduled(task, integrated)) continue;
+    if (const KE_RESULT done = RunStep([&] { return set(task); }); done != KE_SUCCESS) result = done;
+  }
+  return result;
+}
+
 }  // namespace
+
+KE_RESULT CallZumAT(const std::string& command) noexcept {
+  return trace::ExportCall(kFunction, [&](trace::Export&) { return Run(command); });
+}
 
 KE_RESULT KE_SetTask0(const Job& job, const char* startDay, const char* startTime) {
   if (text::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
@@ -83,43 +106,32 @@ KE_RESULT KE_SetTask0(const Job& job, const char* startDay, const char* startTim
 
 KE_RESULT SetPeriodicTask(const Job& job, std::int32_t periodMinutes, bool randomWeekday) noexcept {
   return trace::ExportCall("KE_SetPeriodicTask", [&](trace::Export&) -> KE_RESULT {
-    if (periodMinutes < 1 || job.taskId <= 0) return KE_OUT_OF_RANGE;
+    if (periodMinutes < 1 || job.taskId < 1) return KE_OUT_OF_RANGE;
     const KE_RESULT result = RunStep([&] {
-      return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, win::g_randomNumber) + " " +
-                                  MkStartTimeSpread(periodMinutes, job.taskId));
+      return AddThenEdit(job, EveryClause(periodMinutes, randomWeekday) + MkStartTimeSpread(periodMinutes, job.taskId));
     });
     const KE_RESULT activated = KE_ActivateRebootTasks(job.module);
     return activated != KE_SUCCESS ? activated : result;
   });
 }
 
-KE_RESULT CheckWindowedTask(const Job& job, std::int32_t periodMinutes, DayWindow window) {
-  if (text::IsBlank(job.module)) return KE_MISSING_ARGUMENT;
-  const bool inRange =
-      periodMinutes > 0 && window.startMinute >= 0 && window.endMinute >= window.startMinute && job.taskId > 0;
-  return inRange ? KE_SUCCESS : KE_OUT_OF_RANGE;
+KE_RESULT SetPeriodicTaskEx(const Job& job, std::int32_t periodMinutes, DayWindow window, bool randomWeekday) {
+  return SetWindowedTask(job, periodMinutes, window, [&] {
+    return EveryClause(periodMinutes, randomWeekday) + MkStartTimeRange(window.startMinute, window.endMinute);
+  });
 }
 
-KE_RESULT KE_SetPeriodicTaskEx0(const Job& job, std::int32_t periodMinutes, DayWindow window, bool randomWeekday) {
-  return AddThenEdit(job, " " + MkEveryClause(periodMinutes, randomWeekday, win::g_randomNumber) + " " +
-                              MkStartTimeRange(window.startMinute, window.endMinute));
-}
-
-KE_RESULT KE_SetPeriodicTaskPeriodicData0(const Job& job, DayWindow window, const char* periodicData) {
-  std::string clauses = std::string(" ") + (periodicData ? periodicData : "");
-  if (window.startMinute != 0 && window.endMinute != 0) {
-    clauses += " " + MkStartTimeRange(window.startMinute, window.endMinute);
-  }
-  return AddThenEdit(job, clauses);
-}
-
-KE_RESULT KE_SetRebootTask(const Job& job, std::int32_t delaySeconds, bool weeklyWindow) {
-  return AddThenEdit(job, MkBootClause(delaySeconds, weeklyWindow));
+KE_RESULT SetPeriodicTaskRangeDate(const Job& job, std::int32_t periodMinutes, DayWindow window,
+                                   const char* periodicData) {
+  return SetWindowedTask(job, periodMinutes, window, [&] {
+    const std::string clauses = std::string(" ") + (periodicData ? periodicData : "");
+    if (window.startMinute == 0 || window.endMinute == 0) return clauses;
+    return clauses + " " + MkStartTimeRange(window.startMinute, window.endMinute);
+  });
 }
 
 KE_RESULT KE_DeleteSheduledTask(std::int32_t taskId) {
-  if (taskId <= 0) return KE_MISSING_ARGUMENT;
-  return CallZumAT(DeleteJobCommand(taskId));
+  return taskId < 1 ? KE_RESULT{KE_MISSING_ARGUMENT} : CallZumAT(DeleteJobCommand(taskId));
 }
 
 KE_RESULT KE_ActivateRebootTasks(const char* module) {
@@ -129,46 +141,24 @@ KE_RESULT KE_ActivateRebootTasks(const char* module) {
 }
 
 KE_RESULT KE_DeactivateRebootTasks(const char* module) {
-  if (text::IsBlank(module)) return KE_MISSING_ARGUMENT;
-  return ForBootJobs(module, DeactivateJobCommand);
+  return text::IsBlank(module) ? KE_RESULT{KE_MISSING_ARGUMENT} : ForBootJobs(module, DeactivateJobCommand);
 }
-
-namespace {
-
-constexpr double kLargestRandomNumber = 32767.0;
-
-// The last code that is not 0 of `set`, called for each task of a kind that this computer is to have. An exception ends
-// only the task that it comes from.
-template <typename Set>
-KE_RESULT ForTasks(TaskKind kind, Set set) {
-  const bool integrated = store::IsComputerIntegrated();
-  KE_RESULT result = KE_SUCCESS;
-  for (const AgentTask& task : kAgentTasks) {
-    if (task.kind != kind || !IsScheduled(task, integrated)) continue;
-    if (const KE_RESULT done = trace::RunStep([&] { return set(task); }); done != KE_SUCCESS) result = done;
-  }
-  return result;
-}
-
-}  // namespace
 
 KE_RESULT SchedulePeriodicTasks() {
-  return ForTasks(kPeriodic, [](const AgentTask& task) {
-    return SetPeriodicTask({task.program, task.module, task.arguments, task.taskId}, PeriodMinutes(task), task.option);
-  });
+  return ForTasks(kPeriodic,
+                  [](const AgentTask& task) { return SetPeriodicTask(task.job, PeriodMinutes(task), task.option); });
 }
 
 KE_RESULT ScheduleRebootTasks() {
   const double fraction = win::g_randomNumber() / kLargestRandomNumber;
   return ForTasks(kBoot, [&](const AgentTask& task) {
-    return KE_SetRebootTask({task.program, task.module, task.arguments, task.taskId}, DelaySeconds(task, fraction),
-                            task.option);
+    return AddThenEdit(task.job, MkBootClause(DelaySeconds(task, fraction), task.option));
   });
 }
 
 KE_RESULT ScheduleDefaultTasks() {
-  const KE_RESULT boot = trace::RunStep(ScheduleRebootTasks);
-  const KE_RESULT periodic = trace::RunStep(SchedulePeriodicTasks);
+  const KE_RESULT boot = RunStep(ScheduleRebootTasks);
+  const KE_RESULT periodic = RunStep(SchedulePeriodicTasks);
   const KE_RESULT helper = siblings::LaunchInstallHelper();
   if (helper != KE_SUCCESS) return helper;
   return periodic != KE_SUCCESS ? periodic : boot;

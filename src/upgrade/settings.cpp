@@ -9,7 +9,7 @@ using enum Failure;
 
 constexpr char kNilGuid[] = "{00000000-0000-0000-0000-000000000000}";
 
-// Releases of Windows, by the numbers that the product has for them.
+// Releases of Windows, by the product's numbers.
 constexpr char kOsIdList[] = "9;10;11;12;13;14;15;16;17;18;19;20;21;22;23;24;25;26;27;43";
 constexpr char kWorkstationList[] =
     "9;15;16;17;18;19;28;29;30;31;32;33;34;35;36;37;38;46;47;48;49;50;51;52;53;54;55;56;64;65;66;67;73;"

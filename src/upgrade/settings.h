@@ -1,4 +1,4 @@
-// What an upgrade sets in the settings files of the other components, in the order of writing.
+// The tables of the settings and message types that an upgrade writes, in the order of writing. No call of Windows.
 #pragma once
 
 #include <span>
@@ -6,7 +6,7 @@
 
 namespace upgrade {
 
-/// What is done to a setting.
+/// The change of a setting.
 enum class Change {
   kSet,
   kSetWhenAbsent,  // a value that reads as the number -1 counts as absent
@@ -17,7 +17,7 @@ enum class Change {
 /// Whether a failure makes the upgrade fail.
 enum class Failure { kCounted, kIgnored };
 
-/// A row that is applied. Without a key or value where the change needs none.
+/// A setting. Key and value are null where the change needs none.
 struct Setting {
   const char* directory;  // below the installation directory
   const char* file;
@@ -42,7 +42,7 @@ std::span<const OptionalFile> OptionalFiles();
 std::span<const Setting> AgentSettings();
 std::span<const Setting> ModuleSettings();
 
-// The message types that an installation knows after an upgrade, and what has to be written to KE_AGPRX.dat for each.
+// The message types of an installation after an upgrade, and their sections in KE_AGPRX.dat.
 
 // Sections and keys of KE_AGPRX.dat. Besides these there is a section for each action.
 inline constexpr char kTypesSection[] = "MESSAGE_TYPES";
@@ -60,7 +60,7 @@ enum class Written {
   kEveryRun,        // the flags always, the server whenever the section has none
 };
 
-/// What is copied from another action section.
+/// The values copied from another action section.
 enum class Copied { kServer, kServerAndNames };
 
 /// An action section as an upgrade writes it.
@@ -93,8 +93,8 @@ struct MessageChange {
   const char* from = nullptr;  // null with a value of its own
 };
 
-/// What has to be written for a message, in order. `listed`: the message is in MESSAGE_TYPES already. `hasServer`: its
-/// action section has a server already; this counts only for a section that is written on every run.
+/// The values to write for a message, in order. `listed`: MESSAGE_TYPES has the message. `hasServer`: its action
+/// section has a server; this counts only for a section that is written on every run.
 std::vector<MessageChange> ChangesOf(const MessageType& row, bool listed, bool hasServer);
 
 }  // namespace upgrade

@@ -23,9 +23,17 @@ namespace upgrade {
 
 namespace {
 
+using trace::kAlways;
+using trace::kDetail;
+using trace::kInfo;
+using trace::RunStep;
+
 constexpr std::size_t kLongestDirectory = 511;  // characters
 constexpr std::size_t kTypeSize = 9;            // of the buffers for a message type and a server, with the terminator
 constexpr std::size_t kServerSize = 512;
+constexpr DWORD kTestMilliseconds = 180000;
+constexpr std::uint32_t kSuccessRebootRequired = 3010;  // ERROR_SUCCESS_REBOOT_REQUIRED of Windows Installer
+constexpr std::int32_t kRetiredReportTask = 5;
 
 std::string PathOf(const std::string& root, const char* directory, const char* file) {
   return text::FileIn(text::FileIn(root, directory), file);
@@ -34,8 +42,6 @@ std::string PathOf(const std::string& root, const char* directory, const char* f
 bool Write(const std::string& path, const char* section, const char* key, const char* value) {
   return siblings::WriteProfileValue("KE_UpgradeStart", path, section, key, value);
 }
-
-// Messages
 
 bool Exists(const std::string& path, const char* section, const char* key, std::size_t size) {
   return win::ReadProfile(path, section, key, "-1", size) != "-1";
@@ -47,35 +53,22 @@ bool Apply(const std::string& path, const MessageChange& change) {
   return Write(path, change.section, change.key, copied.c_str());
 }
 
-bool UpdateMessage(const std::string& path, const MessageType& row) {
-  const bool listed = Exists(path, kTypesSection, row.message, kTypeSize);
-  const bool hasServer =
-      row.section.written == Written::kEveryRun && Exists(path, row.section.name, kServerKey, kServerSize);
-  bool good = true;
-  for (const MessageChange& change : ChangesOf(row, listed, hasServer)) good &= Apply(path, change);
-  return good;
-}
-
 bool UpdateMessages(const std::string& root) {
   const std::string path = PathOf(root, "KESAgent", "KE_AGPRX.dat");
   bool good = true;
-  for (const MessageType& row : MessageTypes()) good &= UpdateMessage(path, row);
+  for (const MessageType& row : MessageTypes()) {
+    const bool listed = Exists(path, kTypesSection, row.message, kTypeSize);
+    const bool hasServer =
+        row.section.written == Written::kEveryRun && Exists(path, row.section.name, kServerKey, kServerSize);
+    for (const MessageChange& change : ChangesOf(row, listed, hasServer)) good &= Apply(path, change);
+  }
   return good;
 }
 
-// Settings
-
 bool Apply(const std::string& path, const Setting& row) {
-  switch (row.change) {
-    case Change::kSetWhenAbsent:
-      if (win::ReadProfileNumber(path, row.section, row.key, -1) != -1) return true;
-      break;
-    case Change::kRemoveKey:  // by the settings functions, which trace it
-      return siblings::SetMyConfigIniValue(row.section, row.key, nullptr, path.c_str()) == KE_SUCCESS;
-    case Change::kSet:
-    case Change::kRemoveSection:
-      break;
-  }
+  if (row.change == Change::kSetWhenAbsent && win::ReadProfileNumber(path, row.section, row.key, -1) != -1) return true;
+  if (row.change == Change::kRemoveKey)  // by the settings functions, which trace it
+    return siblings::SetMyConfigIniValue(row.section, row.key, nullptr, path.c_str()) == KE_SUCCESS;
   return Write(path, row.section, row.key, row.value);
 }
 
@@ -96,80 +89,13 @@ bool UpdateOptionalFiles(const std::string& root) {
   return true;
 }
 
-}  // namespace
-
-KE_RESULT StartUpgrade(const char* installDir) {
-  const std::string directory(installDir, strnlen(installDir, kLongestDirectory));
-  const std::string root = registration::InstallRoot(directory.c_str(), win::IsLeadByte);
-  if (root.empty()) return KE_MISSING_ARGUMENT;
-  bool good = UpdateMessages(root);
-  good &= UpdateSettings(root, EventAndTokenSettings());
-  good &= UpdateOptionalFiles(root);
-  good &= UpdateSettings(root, AgentSettings());
-  good &= registration::MkKesLpMngTokens(directory.c_str()) == KE_SUCCESS;  // drops the backslash by itself
-  good &= UpdateSettings(root, ModuleSettings());
-  return good ? KE_SUCCESS : KE_STORE_UNUSABLE;
-}
-
-KE_RESULT SetIntegrationServer(const char* server) {
-  const auto directory = win::KeptModuleDirectory();
-  if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
-  const std::string file = text::SiblingFolder(directory, "KESAgent") + "KE_AGPRX.dat";
-  const std::string dispatcher =
-      std::string(kServiceBaseAddress) + "/Orvane/Services/Agents/Facade/SecureMessageDispatcher";
-  const std::string address = dispatcher + "/ISecureMessages";
-  bool good = true;
-  for (const char* section : {"IntegrationMessage", "IntegrationMessageInstall"}) {
-    good &= win::WriteProfile(file, section, kServerKey, server);
-    good &= win::WriteProfile(file, section, kNamespaceKey, dispatcher.c_str());
-    good &= win::WriteProfile(file, section, kAddressKey, address.c_str());
-  }
-  return good ? KE_SUCCESS : KE_STORE_UNUSABLE;
-}
-
-namespace {
-
-constexpr DWORD kTestMilliseconds = 180000;
-
-// The command line that runs the plug-in manager. It can only be started when the module directory is known.
+// The command line of the plug-in manager.
 std::string PluginManagerCommand(const std::string& arguments) {
   return siblings::QuotedCommand(text::SiblingFolder(win::GetModuleDirectory(), "KesLpmng") + "KEPLPMNG.exe",
                                  arguments);
 }
 
-}  // namespace
-
-KE_RESULT IntegrateComputerKelTest() {
-  if (store::IsComputerIntegrated()) {
-    Trace(trace::kInfo, __func__, "We are integrated, no need to launch keltest");
-    return KE_SUCCESS;
-  }
-  const std::string command = PluginManagerCommand("KELTest -FORCE ");
-  Trace(trace::kInfo, __func__, "CommandLine launched by IntegrateComputerKelTest: [%s]", command.c_str());
-  const win::Process process = siblings::StartInBackground(__func__, {command});
-  if (!process) return KE_PROGRAM_NOT_STARTED;
-  switch (siblings::WaitForProgram(__func__, process, kTestMilliseconds)) {
-    case WAIT_OBJECT_0:
-      Trace(trace::kInfo, __func__, "Integration KelTest finished");
-      break;
-    case WAIT_TIMEOUT:
-      Trace(trace::kInfo, __func__, "Integration KelTest not finished");
-      break;
-    default:
-      break;
-  }
-  return KE_SUCCESS;
-}
-
-namespace {
-
-using trace::kAlways;
-using trace::kDetail;
-
-constexpr std::uint32_t kSuccessRebootRequired = 3010;  // of the platform's installer: ERROR_SUCCESS_REBOOT_REQUIRED
-constexpr std::int32_t kRetiredReportTask = 5;
-
-/// One job of the upgrade, and what is traced when it fails.
+// A job of the upgrade, and the trace of its failure.
 struct UpgradeJob {
   KE_RESULT (*schedule)();
   const char* failure;
@@ -191,20 +117,63 @@ constexpr UpgradeJob kUpgradeJobs[] = {
      "Reprogramming ZUMat task error, not possible edit KELReportTask [TaskId:15] - Error Code: %d"},
 };
 
-bool Succeeded(std::uint32_t resultCode) { return resultCode == 0 || resultCode == kSuccessRebootRequired; }
-
 }  // namespace
 
+KE_RESULT StartUpgrade(const char* installDir) {
+  const std::string directory(installDir, strnlen(installDir, kLongestDirectory));
+  const std::string root = registration::InstallRoot(directory.c_str(), win::IsLeadByte);
+  if (root.empty()) return KE_MISSING_ARGUMENT;
+  bool good = UpdateMessages(root);
+  good &= UpdateSettings(root, EventAndTokenSettings());
+  good &= UpdateOptionalFiles(root);
+  good &= UpdateSettings(root, AgentSettings());
+  good &= registration::MkKesLpMngTokens(directory.c_str()) == KE_SUCCESS;  // removes the backslash itself
+  good &= UpdateSettings(root, ModuleSettings());
+  return good ? KE_SUCCESS : KE_STORE_UNUSABLE;
+}
+
+KE_RESULT SetIntegrationServer(const char* server) {
+  const auto directory = win::KeptModuleDirectory();
+  if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
+  const std::string file = text::SiblingFolder(directory, "KESAgent") + "KE_AGPRX.dat";
+  const std::string dispatcher =
+      std::string(kServiceBaseAddress) + "/Orvane/Services/Agents/Facade/SecureMessageDispatcher";
+  const std::string address = dispatcher + "/ISecureMessages";
+  bool good = true;
+  for (const char* section : {"IntegrationMessage", "IntegrationMessageInstall"}) {
+    good &= win::WriteProfile(file, section, kServerKey, server);
+    good &= win::WriteProfile(file, section, kNamespaceKey, dispatcher.c_str());
+    good &= win::WriteProfile(file, section, kAddressKey, address.c_str());
+  }
+  return good ? KE_SUCCESS : KE_STORE_UNUSABLE;
+}
+
+KE_RESULT IntegrateComputerKelTest() {
+  if (store::IsComputerIntegrated()) {
+    Trace(kInfo, __func__, "We are integrated, no need to launch keltest");
+    return KE_SUCCESS;
+  }
+  const std::string command = PluginManagerCommand("KELTest -FORCE ");
+  Trace(kInfo, __func__, "CommandLine launched by IntegrateComputerKelTest: [%s]", command.c_str());
+  const win::Process process = siblings::StartInBackground(__func__, {command});
+  if (!process) return KE_PROGRAM_NOT_STARTED;
+  const DWORD waited = siblings::WaitForProgram(__func__, process, kTestMilliseconds);
+  if (waited == WAIT_OBJECT_0 || waited == WAIT_TIMEOUT)
+    Trace(kInfo, __func__, "Integration KelTest %s", waited == WAIT_OBJECT_0 ? "finished" : "not finished");
+  return KE_SUCCESS;
+}
+
 KE_RESULT CompleteUpgrade(const char* function, std::uint32_t resultCode, const char* version) {
-  trace::RunStep(IntegrateComputerKelTest);
+  RunStep(IntegrateComputerKelTest);
   for (const UpgradeJob& job : kUpgradeJobs) {
-    const KE_RESULT scheduled = trace::RunStep(job.schedule);
+    const KE_RESULT scheduled = RunStep(job.schedule);
     if (scheduled != KE_SUCCESS) Trace(kDetail, function, job.failure, static_cast<int>(scheduled));
   }
   KE_RESULT result = KE_SUCCESS;
-  if (Succeeded(resultCode)) result = store::SetText(store::RowOf(store::kTextSetters, "KE_SetAgentVersion"), version);
+  if (resultCode == 0 || resultCode == kSuccessRebootRequired)
+    result = store::SetText(store::RowOf(store::kTextSetters, "KE_SetAgentVersion"), version);
   if (result == KE_SUCCESS) result = ScheduleUpgradeComplete(static_cast<std::int32_t>(resultCode), version);
-  if (trace::RunStep([&] { return store::KeepAsStartCopy(function); }) != KE_SUCCESS)
+  if (RunStep([&] { return store::KeepAsStartCopy(function); }) != KE_SUCCESS)
     Trace(kAlways, function, "Error copying from Integra.start");
   return result;
 }

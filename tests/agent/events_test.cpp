@@ -4,7 +4,7 @@
 
 #include "KELUtils.h"
 #include "policy/policy_fixture.h"
-#include "policy/scripts.h"
+#include "policy/script_registration.h"
 #include "support/agent_tree.h"
 #include "support/recorded_program.h"
 
@@ -58,8 +58,8 @@ const struct {
 /// The agent's shutdown script and another one in the policy of the machine for the scope.
 struct MachinePolicy {
   MachinePolicy() {
-    RegisterScript(nullptr, MachinePlaces(), ScriptKind::kShutdown, {L"a", kAgent});
-    RegisterScript(nullptr, MachinePlaces(), ScriptKind::kShutdown, {L"o", L"OTHER"});
+    RegisterScript(nullptr, MachinePlaces(), ScriptKind::kShutdown, {u"a", Utf16(kAgent)});
+    RegisterScript(nullptr, MachinePlaces(), ScriptKind::kShutdown, {u"o", u"OTHER"});
     support::TestPolicy::Put(file, "");
   }
   ~MachinePolicy() {
@@ -71,7 +71,7 @@ struct MachinePolicy {
     std::vector<ListedScript> listed;
     ListScripts(nullptr, MachinePlaces(), listed);
     std::wstring names;
-    for (const auto& one : listed) names += one.script.program;
+    for (const auto& one : listed) names += Wide(one.script.program);
     return names + (std::filesystem::exists(file) ? L"+" : L"");
   }
   static constexpr wchar_t kAgent[] = L"PROT_AGENTVOSK_UPG_SCRIPT=\"1\"";

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "KELUtils.h"
-#include "agent/operations.h"
+#include "agent/agent.h"
 #include "siblings/modules.h"
 #include "support/agent_tree.h"
 #include "support/fake_sibling.h"

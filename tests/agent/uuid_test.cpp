@@ -57,7 +57,7 @@ struct FakeCom {
   std::string Query() const {
     char buffer[] = "before";
     const auto result = trace::ExportCall(
-        "KE_GetUUID", [&](trace::Export& self) { return agent::QueryMachineUuid(self.name, com, buffer, 7); });
+        "KE_GetUUID", [&](trace::Export& self) { return agent::QueryUuid(self.name, com, buffer, 7); });
     return std::to_string(result) + (held == 0 ? " " : " not given back ") + buffer;
   }
 };

@@ -1,4 +1,4 @@
-#include "policy/gpt_ini.h"
+#include "policy/policy_texts.h"
 
 #include <doctest/doctest.h>
 

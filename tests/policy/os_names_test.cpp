@@ -1,4 +1,4 @@
-#include "policy/os_names.h"
+#include "policy/os_identification.h"
 
 #include <doctest/doctest.h>
 

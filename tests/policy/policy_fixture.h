@@ -6,9 +6,8 @@
 #include <cstdio>
 #include <set>
 
-#include "policy/os_names.h"
-#include "policy/places.h"
-#include "policy/scripts_ini.h"
+#include "policy/local_policy.h"
+#include "policy/os_identification.h"
 #include "support/product_tree.h"
 
 namespace support {

@@ -1,10 +1,9 @@
-#include "policy/scripts.h"
+#include "policy/script_registration.h"
 
 #include <doctest/doctest.h>
 
 #include <optional>
 
-#include "policy/gpt_ini.h"
 #include "policy/policy_fixture.h"
 #include "support/recording_sink.h"
 #include "torture/torture.h"
@@ -19,16 +18,16 @@ constexpr auto kShutdown = ScriptKind::kShutdown;
 const std::string kRan = std::string("\xE8\x07\x01\0\x02\0\x03\0\x04\0\x05\0\x06\0\x07", 15) + '\0';
 constexpr char kRanShown[] = "e8070100020003000400050006000700", kNeverRan[] = "00000000000000000000000000000000";
 
-KE_RESULT Remove(const TestPolicy& policy, const ScriptMatch& wanted = {L"x"}, policy::ILogSink* sink = nullptr) {
+KE_RESULT Remove(const TestPolicy& policy, const ScriptMatch& wanted = {u"x"}, policy::ILogSink* sink = nullptr) {
   return RemoveScripts(sink, policy.places, kShutdown, wanted, ScriptFiles::kDeleted);
 }
 
-std::string Utf16(const std::string& text) { return EncodeUtf16(support::Wide(text)); }
+std::string Utf16(const std::string& text) { return EncodeUtf16(policy::Utf16(support::Wide(text))); }
 
 // The scripts a, b and c with the parameters 1, x and 3; c has run.
 struct ThreeScripts : TestPolicy {
   ThreeScripts() {
-    for (const Script& script : {Script{L"a.cmd", L"1"}, {L"b.cmd", L"x"}, {L"c.cmd", L"3"}})
+    for (const Script& script : {Script{u"a.cmd", u"1"}, {u"b.cmd", u"x"}, {u"c.cmd", u"3"}})
       REQUIRE(RegisterScript(nullptr, places, kShutdown, script) == KE_SUCCESS);
     for (const std::size_t place : {0u, 1u}) Set(Key(place) + "\\0\\2", "ExecTime", REG_QWORD, kRan);
     for (const char* file : {"a.cmd", "b.cmd", "c.cmd"}) Put(ScriptFile(file), file);
@@ -123,7 +122,7 @@ TEST_CASE("policy scripts: registering writes the places of the release, and not
     CAPTURE(row.code);
     const TestPolicy policy(row.code);
     for (int i = 0; i < 2; ++i)  // the second time changes nothing
-      CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"a.cmd", L"x"}) == KE_SUCCESS);
+      CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"a.cmd", u"x"}) == KE_SUCCESS);
     for (const std::size_t place : {0u, 1u, 2u}) {
       const std::string script = ScriptLines("0\\0\\", "a.cmd", "x", kNeverRan, place == 0 && row.windows7);
       const std::string all = "\n" + script + ObjectLines(policy, row.windows7);
@@ -134,17 +133,17 @@ TEST_CASE("policy scripts: registering writes the places of the release, and not
     CHECK((GetFileAttributesW(policy.Ini().c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
   }
   const TestPolicy policy;
-  CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"", L"x"}) == KE_MISSING_ARGUMENT);
-  for (const Script& script : {Script{L"a", L"x\r\n1CmdLine=b"}, {std::wstring(260, L'a'), L""}})
+  CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"", u"x"}) == KE_MISSING_ARGUMENT);
+  for (const Script& script : {Script{u"a", u"x\r\n1CmdLine=b"}, {std::u16string(260, u'a'), u""}})
     CHECK(RegisterScript(nullptr, policy.places, kShutdown, script) == KE_OUT_OF_RANGE);
-  CHECK(Remove(policy, {L""}) == KE_MISSING_ARGUMENT);
+  CHECK(Remove(policy, {u""}) == KE_MISSING_ARGUMENT);
   CHECK((policy.folder.FileCount() == 0 && policy.Registry(0).empty()));
 }
 
 TEST_CASE("policy scripts: removing one of three leaves the others renumbered and whole") {
   const ThreeScripts policy;
   support::RecordingSink sink;
-  CHECK(Remove(policy, {L"x"}, &sink) == KE_SUCCESS);
+  CHECK(Remove(policy, {u"x"}, &sink) == KE_SUCCESS);
   for (const std::size_t place : {0u, 1u}) {
     CHECK(policy.Registry(place) == "\n" + ScriptLines("0\\0\\", "a.cmd", "1", kNeverRan, place == 0) +
                                         ScriptLines("0\\1\\", "c.cmd", "3", kRanShown, place == 0) +
@@ -161,7 +160,7 @@ TEST_CASE("policy scripts: removing one of three leaves the others renumbered an
   const std::string state = policy.State() + ReadFile(policy.Gpt());
   CHECK(Remove(policy) == KE_SUCCESS);  // nothing is found any more
   CHECK((policy.State() + ReadFile(policy.Gpt()) == state));
-  for (const wchar_t* last : {L"1", L"3"}) CHECK(Remove(policy, {last}) == KE_SUCCESS);
+  for (const char16_t* last : {u"1", u"3"}) CHECK(Remove(policy, {last}) == KE_SUCCESS);
   CHECK(policy.State() == "\n\n---");
   CHECK_FALSE(std::filesystem::exists(policy.Ini()));
 }
@@ -171,7 +170,7 @@ TEST_CASE("policy scripts: a removal that was interrupted anywhere is brought to
   for (const auto& [number, id] : {std::pair{"0", "{a}"}, {"1", "LocalGPO"}, {"2", "{b}"}, {"3", "{c}"}})
     policy.AddObject(2, number, id);
   Snapshots snapshots(policy);
-  CHECK(Remove(policy, {L"x"}, &snapshots) == KE_SUCCESS);
+  CHECK(Remove(policy, {u"x"}, &snapshots) == KE_SUCCESS);
   const std::string expected = policy.State();
   REQUIRE(snapshots.count > 20);
   for (int number = 0; number < snapshots.count; ++number) {
@@ -221,10 +220,10 @@ TEST_CASE("policy scripts: files that others hold are waited for; in vain, they 
     {
       const HeldFile held(row.version ? policy.Gpt() : policy.Ini(), row.share, row.pauses,
                           row.written.empty() ? "" : Utf16(row.written));
-      CHECK(Remove(policy, {L"x"}, &sink) == row.result);
+      CHECK(Remove(policy, {u"x"}, &sink) == row.result);
       if (row.ours) CHECK(HeldFile::s_noted == "1 5 10 20 40 80 ");
       if (row.result != KE_SUCCESS)
-        CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"d.cmd", L"4"}) == KE_STORE_UNUSABLE);
+        CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"d.cmd", u"4"}) == KE_STORE_UNUSABLE);
     }
     CHECK((sink.lines.find(L"Overwritten in place") != std::wstring::npos) ==
           (row.share == kWrite && row.pauses == kLong));
@@ -292,7 +291,7 @@ TEST_CASE("policy scripts: other policies stay, and numbers are closed up only w
   policy.AddScript(2, "0\\0");  // without an identifier: ours
   const auto state = [&] { return policy.Registry(0) + policy.Registry(1) + policy.Registry(2); };
   const std::string before = state();
-  CHECK(Remove(policy, {L"z"}) == KE_SUCCESS);
+  CHECK(Remove(policy, {u"z"}) == KE_SUCCESS);
   CHECK(state() == before);  // what is dead behind a gap stays so
   CHECK(Remove(policy) == KE_SUCCESS);
   const auto object = [](const std::string& key, const char* id, const char* parameters = "x") {
@@ -307,7 +306,7 @@ TEST_CASE("policy scripts: other policies stay, and numbers are closed up only w
   CHECK(policy.Registry(2) == "\n0\\GPO-ID=1:LocalGPO\n");
   std::vector<ListedScript> listed;
   CHECK(ListScripts(nullptr, policy.places, listed) == KE_SUCCESS);
-  CHECK((listed.size() == 3 && !listed[0].local && listed[0].script == Script{L"other.cmd", L"x"}));
+  CHECK((listed.size() == 3 && !listed[0].local && listed[0].script == Script{u"other.cmd", u"x"}));
 }
 
 TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
@@ -340,7 +339,7 @@ TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
     const bool refused = std::string(row.name).starts_with("refused");
     CHECK(Remove(policy) == (refused ? KE_STORE_UNUSABLE : KE_SUCCESS));
     CHECK(std::filesystem::exists(policy.ScriptFile("other.cmd")) == refused);  // the text may name it
-    if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {L"n", L"n"}) == KE_STORE_UNUSABLE);
+    if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"n", u"n"}) == KE_STORE_UNUSABLE);
     CHECK((ReadFile(policy.Ini()) == row.iniAfter));
     CHECK(ReadFile(policy.Gpt()) == row.gptAfter);
     CHECK(policy.Registry(0) == "\n");
@@ -349,22 +348,22 @@ TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
 
 TEST_CASE("policy scripts: only a script file of the policy that nothing else runs is deleted") {
   const struct {
-    const wchar_t *program, *otherProgram;  // "|" for the folder of the kind
+    const char16_t *program, *otherProgram;  // "|" for the folder of the kind
     const char* file;
     bool deleted;
-  } rows[] = {{L"s.cmd", L"t.cmd", "s.cmd", true},
-              {L"|\\sub\\..\\S.CMD", L"t.cmd", "s.cmd", true},
-              {L"|\\..\\s.cmd", L"t.cmd", "..\\s.cmd", false},
-              {L"s.cmd", L"|\\S.cmd", "s.cmd", false},
-              {L"s.cmd", L"\"s.cmd\"", "s.cmd", false},
-              {L"s.cmd", L"%KELUTILS_TEST_NONE%s.cmd", "s.cmd", true},
-              {L"\"s.cmd\"", L"t.cmd", "s.cmd", true}};
+  } rows[] = {{u"s.cmd", u"t.cmd", "s.cmd", true},
+              {u"|\\sub\\..\\S.CMD", u"t.cmd", "s.cmd", true},
+              {u"|\\..\\s.cmd", u"t.cmd", "..\\s.cmd", false},
+              {u"s.cmd", u"|\\S.cmd", "s.cmd", false},
+              {u"s.cmd", u"\"s.cmd\"", "s.cmd", false},
+              {u"s.cmd", u"%KELUTILS_TEST_NONE%s.cmd", "s.cmd", true},
+              {u"\"s.cmd\"", u"t.cmd", "s.cmd", true}};
   for (const auto& row : rows) {
     const TestPolicy policy;
     TestPolicy::Put(policy.ScriptFile("t.cmd"), "");
     TestPolicy::Put(policy.ScriptFile(row.file), "");
-    for (auto [text, parameters] : {std::pair{std::wstring(row.program), L"x"}, {row.otherProgram, L"y"}}) {
-      if (text[0] == L'|') text.replace(0, 1, ScriptsFolder(policy.places, kShutdown));
+    for (auto [text, parameters] : {std::pair{std::u16string(row.program), u"x"}, {row.otherProgram, u"y"}}) {
+      if (text[0] == u'|') text.replace(0, 1, policy::Utf16(ScriptsFolder(policy.places, kShutdown)));
       RegisterScript(nullptr, policy.places, kShutdown, {text, parameters});
     }
     CHECK(Remove(policy) == KE_SUCCESS);
@@ -382,7 +381,7 @@ TEST_CASE("policy scripts: DeleteShutdownInformation on this machine's policy") 
     return listed.size();
   };
   const size_t before = count();
-  CHECK(RegisterScript(nullptr, MachinePlaces(), kShutdown, {L"kelutils test.cmd", parameters}) == KE_SUCCESS);
+  CHECK(RegisterScript(nullptr, MachinePlaces(), kShutdown, {u"kelutils test.cmd", Utf16(parameters)}) == KE_SUCCESS);
   const auto script = folder / "Machine\\Scripts\\Shutdown\\kelutils test.cmd";
   TestPolicy::Put(script, "");
   CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);

@@ -1,4 +1,4 @@
-#include "policy/scripts_ini.h"
+#include "policy/policy_texts.h"
 
 #include <doctest/doctest.h>
 
@@ -9,16 +9,16 @@ namespace {
 constexpr auto kShutdown = ScriptKind::kShutdown;
 
 // Texts of rows are ASCII, with "|" for CR LF; one that begins with "[0" begins with the line "[Shutdown]".
-std::wstring Text(std::string text) {
+std::u16string Text(std::string text) {
   if (text.starts_with("[0") || text == "[") text.insert(1, "Shutdown]|");
-  std::wstring wide;
-  for (const char c : text) wide += c == '|' ? L"\r\n" : std::wstring(1, static_cast<wchar_t>(c));
+  std::u16string wide;
+  for (const char c : text) wide += c == '|' ? u"\r\n" : std::u16string(1, static_cast<char16_t>(c));
   return wide;
 }
 
 std::string Shown(const std::vector<Script>& scripts) {
-  std::wstring shown;
-  for (const Script& script : scripts) shown += script.program + L"(" + script.parameters + L")";
+  std::u16string shown;
+  for (const Script& script : scripts) shown += script.program + u"(" + script.parameters + u")";
   return {shown.begin(), shown.end()};
 }
 
@@ -27,30 +27,30 @@ std::string Shown(const std::vector<Script>& scripts) {
 TEST_CASE("scripts.ini: the scripts of a text, and the text without those of some parameters") {
   const struct {
     const char *name, *text, *scripts;
-    const wchar_t* parameters;  // to be taken out
-    const char* left;           // "-" for a model without sections
+    const char16_t* parameters;  // to be taken out
+    const char* left;            // "-" for a model without sections
   } rows[] = {
-      {"nothing", "", "", L"x", "-"},
-      {"the only one", "|[Shutdown]|0CmdLine=a|0Parameters=x|", "a(x)", L"x", "-"},
-      {"the other kind stays", "[Startup]|0Parameters=x|[Shutdown]|0CmdLine=b|0Parameters=x|", "b(x)", L"x",
+      {"nothing", "", "", u"x", "-"},
+      {"the only one", "|[Shutdown]|0CmdLine=a|0Parameters=x|", "a(x)", u"x", "-"},
+      {"the other kind stays", "[Startup]|0Parameters=x|[Shutdown]|0CmdLine=b|0Parameters=x|", "b(x)", u"x",
        "[Startup]|0Parameters=x|"},
       {"two of four", "[0CmdLine=a|0Parameters=1|1CmdLine=b|1Parameters=x|2CmdLine=c|2Parameters=3|3Parameters=x|",
-       "a(1)b(x)c(3)", L"x", "[0CmdLine=a|0Parameters=1|1CmdLine=c|1Parameters=3|"},
-      {"no match changes nothing", "[0X=q|3CmdLine=a|3Parameters=x |;|", "a(x)", L"X",
+       "a(1)b(x)c(3)", u"x", "[0CmdLine=a|0Parameters=1|1CmdLine=c|1Parameters=3|"},
+      {"no match changes nothing", "[0X=q|3CmdLine=a|3Parameters=x |;|", "a(x)", u"X",
        "[0X=q|3CmdLine=a|3Parameters=x |;|"},
       {"a missing number; ten is behind two", "[0CmdLine=a|10CmdLine=c|10Parameters=3|2CmdLine=b|2Parameters=x|",
-       "a()b(x)c(3)", L"x", "[0CmdLine=a|1CmdLine=c|1Parameters=3|"},
-      {"names in any letter case, blanks", " [SHUTDOWN] |\t0cmdline = a |0PARAMETERS= x |1CmdLine=b|", "a(x)b()", L"x",
+       "a()b(x)c(3)", u"x", "[0CmdLine=a|1CmdLine=c|1Parameters=3|"},
+      {"names in any letter case, blanks", " [SHUTDOWN] |\t0cmdline = a |0PARAMETERS= x |1CmdLine=b|", "a(x)b()", u"x",
        " [SHUTDOWN] |0CmdLine=b|"},
-      {"other lines stay", ";|[Shutdown]|;0CmdLine=z|0CmdLine=a|N=1|0Parameters=x||[More]|0CmdLine=m", "a(x)", L"x",
+      {"other lines stay", ";|[Shutdown]|;0CmdLine=z|0CmdLine=a|N=1|0Parameters=x||[More]|0CmdLine=m", "a(x)", u"x",
        ";|[Shutdown]|;0CmdLine=z|N=1||[More]|0CmdLine=m"},
-      {"a line twice counts once", "[0CmdLine=a|0Parameters=x|0Parameters=y|1CmdLine=b", "a(x)b()", L"x",
+      {"a line twice counts once", "[0CmdLine=a|0Parameters=x|0Parameters=y|1CmdLine=b", "a(x)b()", u"x",
        "[0CmdLine=b"},
-      {"half a script goes behind the others", "[0Parameters=h|1CmdLine=a|1Parameters=x|2CmdLine=b|", "a(x)b()", L"x",
+      {"half a script goes behind the others", "[0Parameters=h|1CmdLine=a|1Parameters=x|2CmdLine=b|", "a(x)b()", u"x",
        "[Shutdown]|1Parameters=h|0CmdLine=b|"},
-      {"as the platform reads", "[0CmdLine=\"a b\"|0Parameters=A=\"1\"|", "a b(A=\"1\")", L"A=\"1\"", "-"},
-      {"as it is written", "[0CmdLine=a|0Parameters=\"x\"|", "a(x)", L"\"x\"", "-"},
-      {"too large for a number", "[0X=|4294967296CmdLine=a|999999999CmdLine=b|999999999Parameters=x|", "b(x)", L"x",
+      {"as the platform reads", "[0CmdLine=\"a b\"|0Parameters=A=\"1\"|", "a b(A=\"1\")", u"A=\"1\"", "-"},
+      {"as it is written", "[0CmdLine=a|0Parameters=\"x\"|", "a(x)", u"\"x\"", "-"},
+      {"too large for a number", "[0X=|4294967296CmdLine=a|999999999CmdLine=b|999999999Parameters=x|", "b(x)", u"x",
        "[0X=|4294967296CmdLine=a|"},
   };
   for (const auto& row : rows) {
@@ -58,11 +58,11 @@ TEST_CASE("scripts.ini: the scripts of a text, and the text without those of som
     auto ini = ParseScriptsIni(Text(row.text));
     REQUIRE((ini && TextOf(*ini) == Text(row.text)));
     CHECK(Shown(ScriptsOf(*ini, kShutdown)) == row.scripts);
-    TakeOutScripts(*ini, kShutdown, {row.parameters});
+    RemoveMatching(*ini, kShutdown, {row.parameters});
     CHECK((HasSections(*ini) ? TextOf(*ini) == Text(row.left) : std::string("-") == row.left));
   }
   auto ini = ParseScriptsIni(Text("[0CmdLine=a|0Parameters=x|1CmdLine=b|1Parameters=x|"));
-  CHECK(Shown(TakeOutScripts(*ini, kShutdown, {L"x", L"b"})) == "b(x)");
+  CHECK(Shown(RemoveMatching(*ini, kShutdown, {u"x", u"b"})) == "b(x)");
 }
 
 TEST_CASE("scripts.ini: a script is added behind the others, and reads as it was given") {
@@ -71,12 +71,12 @@ TEST_CASE("scripts.ini: a script is added behind the others, and reads as it was
     Script script;
     const char* changed;
   } rows[] = {
-      {"", {L"a", L"x"}, "|[Shutdown]|0CmdLine=a|0Parameters=x|"},
-      {"[Startup]", {L"a", L""}, "[Startup]|[Shutdown]|0CmdLine=a|0Parameters=|"},
-      {"[0CmdLine=a", {L"b", L"2"}, "[0CmdLine=a|1CmdLine=b|1Parameters=2|"},
-      {"[0CmdLine=a||[Startup]|", {L"b", L"2"}, "[0CmdLine=a|1CmdLine=b|1Parameters=2||[Startup]|"},
-      {"[0Parameters=h|7CmdLine=a|", {L"b", L""}, "[Shutdown]|2Parameters=h|0CmdLine=a|1CmdLine=b|1Parameters=|"},
-      {"[", {L"\"a b\"", L" x"}, "[0CmdLine=\"\"a b\"\"|0Parameters=\" x\"|"},
+      {"", {u"a", u"x"}, "|[Shutdown]|0CmdLine=a|0Parameters=x|"},
+      {"[Startup]", {u"a", u""}, "[Startup]|[Shutdown]|0CmdLine=a|0Parameters=|"},
+      {"[0CmdLine=a", {u"b", u"2"}, "[0CmdLine=a|1CmdLine=b|1Parameters=2|"},
+      {"[0CmdLine=a||[Startup]|", {u"b", u"2"}, "[0CmdLine=a|1CmdLine=b|1Parameters=2||[Startup]|"},
+      {"[0Parameters=h|7CmdLine=a|", {u"b", u""}, "[Shutdown]|2Parameters=h|0CmdLine=a|1CmdLine=b|1Parameters=|"},
+      {"[", {u"\"a b\"", u" x"}, "[0CmdLine=\"\"a b\"\"|0Parameters=\" x\"|"},
   };
   for (const auto& row : rows) {
     CAPTURE(row.text);
@@ -88,7 +88,7 @@ TEST_CASE("scripts.ini: a script is added behind the others, and reads as it was
 }
 
 TEST_CASE("scripts.ini: texts that cannot be understood, and file forms") {
-  const std::wstring zero(L"[Shutdown]\0", 11), huge(kLongestScriptsIni + 1, L'x');
+  const std::u16string zero(u"[Shutdown]\0", 11), huge(kLongestScriptsIni + 1, L'x');
   for (const auto& text : {Text("[Shutdown]|[A]|[shutdown]|"), zero, huge}) CHECK_FALSE(ParseScriptsIni(text));
   for (const char* bytes : {"\xFF\xFEx", "x"}) CHECK_FALSE(DecodeUtf16(bytes));
   const std::string bytes("\xFF\xFE\xAC\x20\x3D\xD8", 6);  // the euro sign, and half a pair, which is kept

@@ -2,7 +2,7 @@
 #include <doctest/doctest.h>
 
 #include "policy/policy_fixture.h"
-#include "policy/scripts.h"
+#include "policy/script_registration.h"
 #include "policy/system_files.h"
 #include "support/recording_sink.h"
 #include "win/registry.h"
@@ -69,7 +69,7 @@ TEST_CASE("policy scripts: a script file in use, and a key without rights") {
     if (denied) REQUIRE(allow(&nobody) == ERROR_SUCCESS);
     const support::LockedFile lock(script);
     support::RecordingSink sink;
-    CHECK(RemoveScripts(&sink, policy.places, ScriptKind::kShutdown, {L"x"}, ScriptFiles::kDeleted) ==
+    CHECK(RemoveScripts(&sink, policy.places, ScriptKind::kShutdown, {u"x"}, ScriptFiles::kDeleted) ==
           (denied ? KE_REGISTRY_UNUSABLE : KE_SUCCESS));
     CHECK((sink.lines.find(L"<1800 5>\n") != std::wstring::npos) == denied);
     CHECK((PendingDeletions::Find(script) != std::string::npos) == !denied);  // the key may name it still

@@ -5,7 +5,7 @@
 #include <climits>
 #include <string>
 
-#include "schedule/task_table.h"
+#include "schedule/jobs.h"
 
 namespace {
 

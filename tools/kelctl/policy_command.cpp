@@ -5,7 +5,7 @@
 #include "command_line.h"
 #include "commands.h"
 #include "errors.h"
-#include "policy/scripts.h"
+#include "policy/script_registration.h"
 #include "rendering.h"
 
 namespace kelctl {
@@ -58,8 +58,8 @@ nlohmann::ordered_json AsJson(const std::vector<policy::ListedScript>& scripts) 
     list.push_back({{"kind", KindName(listed.kind)},
                     {"place", listed.place},
                     {"local", listed.local},
-                    {"program", Utf8FromWide(listed.script.program)},
-                    {"parameters", Utf8FromWide(listed.script.parameters)}});
+                    {"program", Utf8FromWide(policy::Wide(listed.script.program))},
+                    {"parameters", Utf8FromWide(policy::Wide(listed.script.parameters))}});
   }
   return list;
 }
@@ -71,9 +71,9 @@ std::string AsTable(const std::vector<policy::ListedScript>& scripts) {
     kind.resize(10, ' ');
     place.resize(13, ' ');
     table += kind + place + (listed.local ? "local  " : "other  ") +
-             WithoutControlCharacters(Utf8FromWide(listed.script.program));
+             WithoutControlCharacters(Utf8FromWide(policy::Wide(listed.script.program)));
     if (!listed.script.parameters.empty()) {
-      table += "  " + WithoutControlCharacters(Utf8FromWide(listed.script.parameters));
+      table += "  " + WithoutControlCharacters(Utf8FromWide(policy::Wide(listed.script.parameters)));
     }
     table += "\n";
   }
@@ -90,14 +90,15 @@ void List(Session& session, const PolicyOptions&) {
 
 void Add(Session& session, const PolicyOptions& options) {
   ErrorSink sink(session.err);
-  const policy::Script script{WideFromUtf8(options.program), WideFromUtf8(options.parameters)};
+  const policy::Script script{policy::Utf16(WideFromUtf8(options.program)),
+                              policy::Utf16(WideFromUtf8(options.parameters))};
   Finish(policy::RegisterScript(&sink, policy::MachinePlaces(), KindOf(options), script));
 }
 
 void Remove(Session& session, const PolicyOptions& options) {
   ErrorSink sink(session.err);
-  Finish(policy::RemoveScripts(&sink, policy::MachinePlaces(), KindOf(options), {WideFromUtf8(options.parameters)},
-                               policy::ScriptFiles::kDeleted));
+  Finish(policy::RemoveScripts(&sink, policy::MachinePlaces(), KindOf(options),
+                               {policy::Utf16(WideFromUtf8(options.parameters))}, policy::ScriptFiles::kDeleted));
 }
 
 }  // namespace
