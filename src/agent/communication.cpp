@@ -30,7 +30,7 @@ using trace::Trace;
 KE_RESULT SetAgentServer(const char* function, const char* server) {
   const siblings::AgentApiScope agent(siblings::OpenAgentApi());
   const siblings::AgentApiTable& api = siblings::AgentApi();
-  if (agent.Result() != 0 || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) {
+  if (agent.Result() != KE_SUCCESS || !api.KE_AGAPI_GetConfig || !api.KE_AGAPI_SetConfig) {
     siblings::TraceAgentNotLoaded(function, KE_AGENT_NOT_LOADED);
     return KE_AGENT_NOT_LOADED;
   }

@@ -71,7 +71,7 @@ win::ModuleHandle LoadDescriptions(const char* function) {
   constexpr char kFile[] = "KePIRes.exe";
   const std::string folder = text::SiblingFolder(win::GetModuleDirectory(), "KESAgent");
   win::ModuleHandle module;
-  siblings::SiblingSearch(function, kFile, {}).Bind(folder.c_str(), module, nullptr);
+  siblings::SiblingSearch(function, kFile).Bind(folder.c_str(), module, {}, nullptr);
   if (!module) Trace(trace::kAlways, function, "Error loading %s%s", folder.c_str(), kFile);
   return module;
 }

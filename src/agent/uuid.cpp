@@ -8,7 +8,7 @@
 #include "siblings/settings_file.h"
 #include "text/text.h"
 #include "trace/trace.h"
-#include "win/function_table.h"
+#include "win/module.h"
 
 namespace agent {
 

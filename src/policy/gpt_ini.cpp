@@ -1,6 +1,5 @@
 #include "policy/gpt_ini.h"
 
-#include <charconv>
 #include <cstdint>
 
 #include "policy/ini_lines.h"
@@ -49,12 +48,10 @@ General ReadGeneral(std::string_view text) {
 }
 
 std::optional<std::uint32_t> NextVersion(std::string_view version) {
-  std::uint32_t number = 0;
-  const char* const end = version.data() + version.size();
-  const auto [stop, error] = std::from_chars(version.data(), end, number);
-  if (!version.empty() && (error != std::errc() || stop != end)) return std::nullopt;
-  const std::uint32_t machine = (number & 0xFFFF) == 0xFFFF ? 1 : (number & 0xFFFF) + 1;
-  return (number & 0xFFFF0000) | machine;
+  const auto number = text::NumberFromText<std::uint32_t>(version.empty() ? "0" : version);
+  if (!number) return std::nullopt;
+  const std::uint32_t machine = (*number & 0xFFFF) == 0xFFFF ? 1 : (*number & 0xFFFF) + 1;
+  return (*number & 0xFFFF0000) | machine;
 }
 
 // A text to be put into the list, and where; an empty one when the list already has what is wanted.
@@ -74,8 +71,8 @@ std::string_view TakeIdentifier(std::string_view& list) {
 
 int Compare(std::string_view left, std::string_view right) {
   for (std::size_t i = 0; i < left.size(); ++i) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; };
-    if (lower(left[i]) != lower(right[i])) return lower(left[i]) < lower(right[i]) ? -1 : 1;
+    const char one = text::LowerAscii(left[i]), other = text::LowerAscii(right[i]);
+    if (one != other) return one < other ? -1 : 1;
   }
   return 0;
 }

@@ -7,7 +7,11 @@
 #include <string_view>
 #include <type_traits>
 
+#include "text/text.h"
+
 namespace policy {
+
+using text::SameName;
 
 template <typename Char>
 using TextView = std::basic_string_view<Char>;
@@ -44,13 +48,6 @@ template <typename Char>
 TextView<Char> WithoutQuotes(TextView<Char> text) {
   const bool quoted = text.size() >= 2 && text.front() == text.back() && (text[0] == '"' || text[0] == '\'');
   return quoted ? text.substr(1, text.size() - 2) : text;
-}
-
-/// True when both names are the same but for ASCII letter case.
-template <typename Left, typename Right>
-bool SameName(TextView<Left> left, TextView<Right> right) {
-  const auto lower = [](auto c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<int>(c); };
-  return std::ranges::equal(left, right, {}, lower, lower);
 }
 
 /// The name in a line "[name]", whatever follows the bracket; none for any other line.

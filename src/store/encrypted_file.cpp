@@ -1,4 +1,4 @@
-#include "store/value_file.h"
+#include "store/encrypted_file.h"
 
 #include <algorithm>
 #include <cstring>
