@@ -100,7 +100,7 @@ KE_RESULT DescribeError(const char* function, std::uint32_t errorCode, const cha
   constexpr char kFile[] = "KePIRes.exe";
   const std::string folder = text::SiblingFolder(win::GetModuleDirectory(), "KESAgent");
   win::ModuleHandle module;
-  siblings::SiblingSearch(function, kFile, {}).Bind(folder.c_str(), module, nullptr);
+  siblings::SiblingSearch(function, kFile).Bind(folder.c_str(), module, {}, nullptr);
   if (!module) {
     Trace(trace::kAlways, function, "Error loading %s%s", folder.c_str(), kFile);
     return KE_MODULE_NOT_LOADED;

@@ -9,7 +9,7 @@
 #include "siblings/settings_file.h"
 #include "text/text.h"
 #include "trace/trace.h"
-#include "win/function_table.h"
+#include "win/module.h"
 #include "win/owner.h"
 
 namespace agent {

@@ -8,7 +8,7 @@
 #include "KELUtils.h"
 #include "store/accessors.h"
 #include "store/setting_codec.h"
-#include "store/value_file.h"
+#include "store/encrypted_file.h"
 #include "text/text.h"
 #include "trace/trace.h"
 #include "win/owner.h"

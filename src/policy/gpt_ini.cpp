@@ -1,8 +1,9 @@
-#include <charconv>
+#include <cstdint>
 #include <utility>
 
 #include "policy/ini_lines.h"
 #include "policy/policy_texts.h"
+#include "text/text.h"
 
 namespace policy {
 
@@ -47,12 +48,10 @@ General ReadGeneral(View text) {
 }
 
 std::optional<std::uint32_t> NextVersion(View version) {
-  std::uint32_t number = 0;
-  const char* const end = version.data() + version.size();
-  const auto [stop, error] = std::from_chars(version.data(), end, number);
-  if (!version.empty() && (error != std::errc() || stop != end)) return std::nullopt;
-  const std::uint32_t machine = (number & 0xFFFF) == 0xFFFF ? 1 : (number & 0xFFFF) + 1;
-  return (number & 0xFFFF0000) | machine;
+  const auto number = text::NumberFromText<std::uint32_t>(version.empty() ? "0" : version);
+  if (!number) return std::nullopt;
+  const std::uint32_t machine = (*number & 0xFFFF) == 0xFFFF ? 1 : (*number & 0xFFFF) + 1;
+  return (*number & 0xFFFF0000) | machine;
 }
 
 // Removes "{...}" from the front of the list; empty when the list does not begin with an identifier.

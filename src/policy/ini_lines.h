@@ -8,6 +8,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "text/text.h"
+
 namespace policy {
 
 template <typename Char>
@@ -44,9 +46,9 @@ TextView<Char> ReadValue(TextView<Char> text) {
 /// Orders two names by their characters, ignoring the case of ASCII letters.
 template <typename Char>
 std::strong_ordering CompareNames(TextView<Char> left, std::type_identity_t<TextView<Char>> right) {
-  const auto lower = [](Char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<int>(c); };
-  return std::lexicographical_compare_three_way(left.begin(), left.end(), right.begin(), right.end(),
-                                                [&](Char a, Char b) { return lower(a) <=> lower(b); });
+  return std::lexicographical_compare_three_way(
+      left.begin(), left.end(), right.begin(), right.end(),
+      [](Char a, Char b) { return text::LowerAscii(a) <=> text::LowerAscii(b); });
 }
 
 /// The name in a line "[name]", whatever follows the bracket; none for any other line.

@@ -10,7 +10,6 @@
 #include "text/paths.h"
 #include "text/text.h"
 #include "trace/trace.h"
-#include "win/code_page.h"
 #include "win/file.h"
 #include "win/module.h"
 #include "win/registry.h"

@@ -56,7 +56,7 @@ KE_RESULT AddThenEdit(const Job& job, const std::string& clauses) {
 KE_RESULT ForBootJobs(const char* module, std::string (*command)(std::int32_t taskId)) {
   KE_RESULT result = KE_SUCCESS;
   for (const AgentTask& task : kAgentTasks) {
-    if (task.kind != kBoot || _stricmp(task.job.module, module) != 0) continue;
+    if (task.kind != kBoot || !text::SameName(task.job.module, module)) continue;
     const KE_RESULT ran = RunStep([&] { return CallZumAT(command(task.job.taskId)); });
     if (ran != KE_SUCCESS) result = ran;
   }

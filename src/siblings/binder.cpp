@@ -35,11 +35,12 @@ SiblingSearch::~SiblingSearch() {
   if (state_ == kFunctionMissing) TraceLackOfFunction(function_, path_, error_);
 }
 
-bool SiblingSearch::Bind(const char* folder, win::ModuleHandle& module, void* table) noexcept {
+bool SiblingSearch::Bind(const char* folder, win::ModuleHandle& module, std::span<const BoundName> names,
+                         void* table) noexcept {
   char path[kSiblingPathSize];
   module.Reset();
   module.Reset(LoadFrom(folder, file_, path));
-  if (module && win::BindNames(module.Get(), table, names_)) {
+  if (module && win::BindNames(module.Get(), table, names)) {
     state_ = kFound;
     return true;
   }

@@ -7,7 +7,7 @@
 #include "KELMNAPI.h"
 #include "KERegister.h"
 #include "TvEvAPI.h"
-#include "win/function_table.h"
+#include "win/module.h"
 
 // A function declared in the sibling's header (ROW_CALLED), or one whose parameters are not KELUtils' business
 // (ROW_UNCALLED).

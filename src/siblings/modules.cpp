@@ -1,9 +1,10 @@
 #include "siblings/modules.h"
 
 #include <atomic>
+#include <optional>
+#include <string>
 
-#include "siblings/binder.h"
-#include "text/paths.h"
+#include "siblings/sibling_table.h"
 #include "trace/trace.h"
 #include "win/module.h"
 #include "win/owner.h"
@@ -12,18 +13,20 @@ namespace siblings {
 
 namespace {
 
-#define KE_ROW(name, presence) KE_BOUND_NAME(CryptoTable, name, presence),
-constexpr BoundName kCryptoNames[] = {KE_CRYPTO_FUNCTIONS(KE_ROW, KE_ROW)};
-#undef KE_ROW
+// For `Bind`, whose folder is null while the module directory is unknown.
+class Folder {
+ public:
+  explicit Folder(const char* name) : path_(win::FolderOf(name)) {}
+  const char* Get() const noexcept { return path_ ? path_->c_str() : nullptr; }
 
-// Guards the binding. The table is published complete, by the pointer: a thread sees no function or all of them.
+ private:
+  std::optional<std::string> path_;
+};
+
+// Guards the binding. The functions are published complete, by the pointer: a thread sees none of them or all.
 win::CriticalSection g_cryptoLock;
-CryptoTable g_cryptoTable{};
+BoundModule<CryptoTable> g_crypto;  // owns no complete module: that is never freed
 constinit std::atomic<const CryptoTable*> g_cryptoPublished{nullptr};
-
-// Only ever a module that lacked a name: of no use, and freed by the next attempt. A complete one is never freed, and
-// therefore held by no owner.
-win::ModuleHandle g_cryptoModule;
 
 }  // namespace
 
@@ -31,47 +34,43 @@ const CryptoTable* Crypto() noexcept { return g_cryptoPublished.load(std::memory
 
 bool LoadCrypto(const char* folder) noexcept {
   if (Crypto()) return true;
-  SiblingSearch search(__func__, "ApiCr.dll", kCryptoNames);
+  SiblingSearch search(__func__, kCryptoModule.file);
   const win::LockGuard hold(g_cryptoLock);
   if (Crypto()) return true;
-  if (!search.Bind(folder, g_cryptoModule, &g_cryptoTable)) {
-    g_cryptoTable = {};
-    return false;
-  }
-  g_cryptoModule.Release();
-  g_cryptoPublished.store(&g_cryptoTable, std::memory_order_release);
+  if (!g_crypto.Bind(folder, search)) return false;
+  g_crypto.module.Release();
+  g_cryptoPublished.store(&g_crypto.functions, std::memory_order_release);
   return true;
 }
 
 namespace {
 
-#define KE_ROW(name, presence) KE_BOUND_NAME(LauncherTable, name, presence),
-constexpr BoundName kLauncherNames[] = {KE_LAUNCHER_FUNCTIONS(KE_ROW, KE_ROW)};
-#undef KE_ROW
+BoundModule<LauncherTable> g_launcher;
 
-ModuleTable<LauncherTable> g_launcher("KELMNAPI.dll", kLauncherNames);
+bool LoadLauncherFrom(const char* folder, SiblingSearch& search) noexcept {
+  return g_launcher.functions.Run != nullptr || g_launcher.Bind(folder, search);
+}
 
 }  // namespace
 
-const LauncherTable& Launcher() noexcept { return g_launcher.Functions(); }
+const LauncherTable& Launcher() noexcept { return g_launcher.functions; }
 
 bool LoadLauncher(const char* folder) noexcept {
-  SiblingSearch search = g_launcher.Search(__func__);
-  return g_launcher.Load(folder, search);
+  SiblingSearch search(__func__, kLauncherModule.file);
+  return LoadLauncherFrom(folder, search);
 }
 
 void FreeLauncher() noexcept { g_launcher.Free(); }
 
 KE_RESULT OpenLauncher() {
-  const std::string directory = win::GetModuleDirectory();
-  SiblingSearch search = g_launcher.Search(__func__);
-  const bool bound = g_launcher.Load(text::CommonFolder(directory).c_str(), search) ||
-                     g_launcher.Load(text::OwnFolder(directory).c_str(), search);
+  SiblingSearch search(__func__, kLauncherModule.file);
+  const bool bound = LoadLauncherFrom(Folder(kLauncherModule.folder).Get(), search) ||
+                     LoadLauncherFrom(Folder(kLauncherModule.fallback).Get(), search);
   return bound ? KE_SUCCESS : KE_LAUNCHER_NOT_LOADED;
 }
 
 LauncherScope::LauncherScope(const char* function) : boundHere_(Launcher().Run == nullptr) {
-  if (boundHere_ && !LoadLauncher(text::CommonFolder(win::GetModuleDirectory()).c_str())) {
+  if (boundHere_ && !LoadLauncher(Folder(kLauncherModule.folder).Get())) {
     trace::Trace(trace::kAlways, function, "Could not load KELMNAPI");
   }
 }
@@ -99,102 +98,61 @@ void TraceLauncherCommandFailed(const char* function, const char* component, std
                static_cast<int>(exitCode));
 }
 
-namespace {
-
-#define KE_ROW(name, presence) KE_BOUND_NAME(EventApiTable, name, presence),
-constexpr BoundName kEventNames[] = {KE_EVENT_API_FUNCTIONS(KE_ROW, KE_ROW)};
-#undef KE_ROW
-
-}  // namespace
-
-bool LoadEventApi(const char* folder, EventApiTable& record) noexcept {
-  SiblingSearch search(__func__, "TvEvAPI.dll", kEventNames);
-  win::ModuleHandle module;
-  const bool bound = search.Bind(folder, module, &record);
-  const HMODULE loaded = module.Release();
-  record.module = bound ? loaded : nullptr;
-  return bound;
-}
-
-void FreeEventApi(EventApiTable& record) noexcept {
-  win::ModuleHandle(record.module).Reset();
-  record.module = nullptr;
+EventApiScope::EventApiScope(const char* folder) noexcept {
+  SiblingSearch search("LoadEventApi", kEventModule.file);
+  if (!bound_.Bind(folder, search)) bound_.module.Release();
 }
 
 namespace {
-
-constexpr char kAgentFile[] = "KELAGAPI.dll";
-
-#define KE_ROW(name, presence) KE_BOUND_NAME(AgentApiTable, name, presence),
-constexpr BoundName kAgentNames[] = {KE_AGENT_API_FUNCTIONS(KE_ROW, KE_ROW)};
-#undef KE_ROW
 
 win::CriticalSection g_agentLock;
-win::ModuleHandle g_agentModule;
+BoundModule<AgentApiTable> g_agent;
 int g_agentReferences = 0;
-AgentApiTable g_agentTable{};
-
-// KE_AGAPI_AddFileElementCompress is not on the list of pointers to reset and keeps its value; nothing here calls it.
-void ClearTable() noexcept {
-  const auto kept = g_agentTable.KE_AGAPI_AddFileElementCompress;
-  g_agentTable = {};
-  g_agentTable.KE_AGAPI_AddFileElementCompress = kept;
-}
 
 bool LoadAgentFrom(const char* folder, SiblingSearch& search) noexcept {
   const win::LockGuard hold(g_agentLock);
-  if (g_agentModule) {
+  if (g_agent.module) {
     ++g_agentReferences;
     return true;
   }
   g_agentReferences = 0;
-  ClearTable();
-  if (!search.Bind(folder, g_agentModule, &g_agentTable)) {
-    ClearTable();
-    return false;
-  }
+  if (!g_agent.Bind(folder, search)) return false;
   ++g_agentReferences;
-  if (g_agentTable.KE_AGAPI_Initialize) g_agentTable.KE_AGAPI_Initialize();
+  if (g_agent.functions.KE_AGAPI_Initialize) g_agent.functions.KE_AGAPI_Initialize();
   return true;
 }
 
 }  // namespace
 
-const AgentApiTable& AgentApi() noexcept { return g_agentTable; }
+const AgentApiTable& AgentApi() noexcept { return g_agent.functions; }
 
 bool LoadAgentApi(const char* folder) noexcept {
-  SiblingSearch search(__func__, kAgentFile, kAgentNames);
+  SiblingSearch search(__func__, kAgentModule.file);
   return LoadAgentFrom(folder, search);
 }
 
 bool FreeAgentApi() noexcept {
   const win::LockGuard hold(g_agentLock);
-  if (!g_agentModule) {
-    g_agentReferences = 0;
-    ClearTable();
-    return false;
-  }
+  const bool loaded = static_cast<bool>(g_agent.module);
   if (g_agentReferences > 0) --g_agentReferences;
-  if (g_agentReferences > 0) return true;
-  if (g_agentTable.KE_AGAPI_Finalize) g_agentTable.KE_AGAPI_Finalize();
-  g_agentModule.Reset();
-  ClearTable();
-  return true;
+  if (loaded && g_agentReferences > 0) return true;
+  g_agentReferences = 0;
+  if (loaded && g_agent.functions.KE_AGAPI_Finalize) g_agent.functions.KE_AGAPI_Finalize();
+  g_agent.Free();
+  return loaded;
 }
 
-unsigned OpenAgentApi() {
-  const std::string directory = win::GetModuleDirectory();
-  SiblingSearch search(__func__, kAgentFile, kAgentNames);
-  const win::LockGuard hold(g_agentLock);  // no other thread counts a module that is about to be given up
-  if (LoadAgentFrom(text::CommonFolder(directory).c_str(), search) ||
-      LoadAgentFrom(text::OwnFolder(directory).c_str(), search))
-    return 0;
-  g_agentModule.Reset();
-  return kAgentModuleNotLoaded;
+KE_RESULT OpenAgentApi() {
+  const Folder common(kAgentModule.folder), own(kAgentModule.fallback);
+  SiblingSearch search(__func__, kAgentModule.file);
+  const win::LockGuard hold(g_agentLock);  // no other thread counts a module that is about to be freed
+  if (LoadAgentFrom(common.Get(), search) || LoadAgentFrom(own.Get(), search)) return KE_SUCCESS;
+  g_agent.module.Reset();
+  return KE_AGENT_NOT_LOADED;
 }
 
 KE_RESULT CheckAgentProxyApi() {
-  if (OpenAgentApi() != 0) return KE_AGENT_NOT_LOADED;
+  if (OpenAgentApi() != KE_SUCCESS) return KE_AGENT_NOT_LOADED;
   const AgentApiTable& api = AgentApi();
   const bool complete = api.KE_AGAPI_SetConfig && api.KE_AGAPI_GetConfig && api.KE_AGAPI_GetProxyConfig &&
                         api.KE_AGAPI_SetProxyConfig && api.KE_AGAPI_AskProxyConfig;
@@ -204,8 +162,8 @@ KE_RESULT CheckAgentProxyApi() {
 void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept {
   {
     const win::LockGuard hold(g_agentLock);
-    // Required of every module, so bound means that the search has found nothing missing.
-    if (g_agentTable.KE_AGAPI_AskProxyConfig) TraceMissingFunction(function, g_agentModule.Get());
+    // Required of every module: when it is bound, the search has found nothing missing.
+    if (g_agent.functions.KE_AGAPI_AskProxyConfig) TraceMissingFunction(function, g_agent.module.Get());
   }
   trace::Trace(trace::kAlways, function, "Could not load required library, KELAGAPI. Return Error Code : [%i]",
                static_cast<int>(result));
@@ -213,19 +171,16 @@ void TraceAgentNotLoaded(const char* function, KE_RESULT result) noexcept {
 
 namespace {
 
-#define KE_ROW(name, presence) KE_BOUND_NAME(PluginReloadTable, name, presence),
-constexpr BoundName kPluginReloadNames[] = {KE_PLUGIN_RELOAD_FUNCTIONS(KE_ROW, KE_ROW)};
-#undef KE_ROW
-
-ModuleTable<PluginReloadTable> g_pluginReload("KERegister.dll", kPluginReloadNames);
+BoundModule<PluginReloadTable> g_pluginReload;
 
 }  // namespace
 
-const PluginReloadTable& PluginReload() noexcept { return g_pluginReload.Functions(); }
+const PluginReloadTable& PluginReload() noexcept { return g_pluginReload.functions; }
 
 bool LoadPluginReload(const char* folder) noexcept {
-  SiblingSearch search = g_pluginReload.Search(__func__);
-  return g_pluginReload.Load(folder, search);
+  if (g_pluginReload.functions.KE_ReloadPlugins) return true;
+  SiblingSearch search(__func__, kPluginReloadFile);
+  return g_pluginReload.Bind(folder, search);
 }
 
 void FreePluginReload() noexcept { g_pluginReload.Free(); }

@@ -4,29 +4,19 @@
 
 #include "siblings/binder.h"
 #include "siblings/settings_file.h"
-#include "text/paths.h"
 #include "trace/trace.h"
 #include "win/module.h"
-#include "win/owner.h"
 
 namespace siblings {
 
 namespace {
 
-constexpr BoundName kNames[] = {
-    KE_BOUND_NAME(PluginTable, KE_Initialize, kRequired),
-    KE_BOUND_NAME(PluginTable, KE_Finalize, kOptional),
-    KE_BOUND_NAME(PluginTable, KECONF_SetInfo, kOptional),
-    KE_BOUND_NAME(PluginTable, KEINSTALL_SetInfo, kOptional),
-    KE_BOUND_NAME(PluginTable, KEINSTALL_GetInetConfig, kOptional),
-};
-
-// A plug-in is told the current version of its interface first, then the first version.
+// Versions of the plug-in interface, in the order in which they are offered to a plug-in.
 constexpr std::int32_t kModes[] = {6, 1};
 
-// The path of the plug-in as the list has it; empty, and traced, when the list has none.
+// The plug-in's path from the list; empty, and traced, when it is missing.
 std::string PathOf(const PluginPlace& place, const char* function) {
-  const std::string list = text::SiblingFolder(win::GetModuleDirectory(), place.folder) + place.listFile;
+  const std::string list = win::FolderOf(place.folder).value_or("") + place.listFile;
   std::string path = GetMyConfigIniValue("PLUGINS", place.key, list.c_str());
   if (path.empty()) {
     Trace(trace::kAlways, function, "Could not load the plug-in %s: %s has no path of it", place.key, list.c_str());
@@ -54,10 +44,10 @@ struct FinaliseAtEnd {
 KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context) {
   const std::string path = PathOf(place, function);
   if (path.empty()) return place.unusable;
-  SiblingSearch search(function, path.c_str(), kNames);
-  win::ModuleHandle module;
-  PluginTable plugin{};
-  if (!search.Bind("", module, &plugin)) return place.unusable;
+  SiblingSearch search(function, path.c_str());
+  BoundModule<PluginTable> bound;
+  const PluginTable& plugin = bound.functions;
+  if (!bound.Bind("", search)) return place.unusable;
   if (!Initialise(plugin)) {
     Trace(trace::kDetail, function, "Could not initialise the plug-in %s", path.c_str());
     return place.unusable;
@@ -65,7 +55,7 @@ KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse us
   const FinaliseAtEnd finalise{plugin};
   const auto result = use(plugin, context);
   if (result && plugin.KE_Finalize) return *result;
-  TraceMissingFunction(function, module.Get());
+  TraceMissingFunction(function, bound.module.Get());
   return place.unusable;
 }
 

@@ -5,10 +5,10 @@
 
 #include "KEAction.h"
 #include "siblings/binder.h"
+#include "siblings/sibling_table.h"
 #include "text/paths.h"
 #include "trace/trace.h"
 #include "win/module.h"
-#include "win/owner.h"
 #include "win/process.h"
 
 namespace siblings {
@@ -89,19 +89,17 @@ namespace {
 
 constexpr char kFunction[] = "ExecuteLocalProcessAction";
 
-struct ActionTable {
-  decltype(&::Do) Do;
-};
-
-constexpr BoundName kNames[] = {KE_BOUND_NAME(ActionTable, Do, kRequired)};
+#define KE_ACTION_FUNCTIONS(ROW_CALLED, ROW_UNCALLED) ROW_CALLED(Do, kRequired)
+KE_FUNCTION_TABLE(ActionTable, KE_ACTION_FUNCTIONS);
 
 KE_RESULT Execute(const char* name, std::uint32_t first, std::uint32_t second) {
   if (name == nullptr) return KE_OUT_OF_RANGE;
-  const std::string folder = text::SiblingFolder(win::GetModuleDirectory(), name), file = std::string(name) + ".dll";
-  SiblingSearch search(kFunction, file.c_str(), kNames);
-  win::ModuleHandle module;
-  ActionTable action{};
-  return search.Bind(folder.c_str(), module, &action) ? action.Do(first, second) : KE_RESULT{KE_MODULE_NOT_LOADED};
+  const auto folder = win::FolderOf(name);
+  const std::string file = std::string(name) + ".dll";
+  SiblingSearch search(kFunction, file.c_str());
+  BoundModule<ActionTable> action;
+  if (!action.Bind(folder ? folder->c_str() : nullptr, search)) return KE_MODULE_NOT_LOADED;
+  return action.functions.Do(first, second);
 }
 
 }  // namespace
@@ -119,10 +117,11 @@ std::string QuotedCommand(const std::string& program, const std::string& argumen
 
 KE_RESULT LaunchInstallHelper() noexcept {
   return trace::ExportCall("LaunchKEPWinst", [](trace::Export& self) -> KE_RESULT {
-    const std::string directory = win::GetModuleDirectory();
-    const auto commandIn = [](const std::string& folder) { return QuotedCommand(folder + "KepWInst.exe", "-FORCE"); };
-    const bool started = static_cast<bool>(StartInBackground(
-        self.name, {commandIn(text::SiblingFolder(directory, "KepWInst")), commandIn(text::OwnFolder(directory))}));
+    const auto commandIn = [](const char* folder) {
+      return QuotedCommand(win::FolderOf(folder).value_or("") + kInstallHelper.file, "-FORCE");
+    };
+    const bool started = static_cast<bool>(
+        StartInBackground(self.name, {commandIn(kInstallHelper.folder), commandIn(kInstallHelper.fallback)}));
     return started ? KE_SUCCESS : KE_INSTALL_HELPER_NOT_STARTED;
   });
 }

@@ -5,7 +5,6 @@
 #include "text/paths.h"
 #include "text/text.h"
 #include "trace/trace.h"
-#include "win/code_page.h"
 #include "win/module.h"
 #include "win/profile.h"
 
@@ -17,11 +16,11 @@ constexpr std::size_t kValueSize = 4100;  // with the terminating zero
 
 // None when the module directory is unknown.
 std::optional<std::string> PathOf(const char* file) {
-  const auto directory = win::KeptModuleDirectory();
-  if (directory.empty()) return std::nullopt;
-  if (text::IsBlank(file)) return text::FileIn(directory, text::kSettingsFile);
+  const auto folder = win::FolderOf("");
+  if (!folder) return std::nullopt;
+  if (text::IsBlank(file)) return *folder + text::kSettingsFile;
   const bool isPath = text::LastBackslash(file, win::IsLeadByte) != std::string_view::npos;
-  return isPath ? std::string(file) : text::FileIn(directory, file);
+  return isPath ? std::string(file) : *folder + file;
 }
 
 KE_RESULT Write(const char* section, const char* key, const char* value, const char* file) {

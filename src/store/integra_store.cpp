@@ -7,9 +7,9 @@
 #include <string>
 #include <utility>
 
+#include "siblings/sibling_table.h"
 #include "store/codec.h"
 #include "store/store_lock.h"
-#include "text/paths.h"
 #include "trace/trace.h"
 #include "win/file.h"
 #include "win/module.h"
@@ -39,30 +39,22 @@ win::FileStatus IntegraFileStatus;
 // Whether the cached store was damaged when it was last read, before any change.
 bool g_readDamaged = false;
 
-// The files of the store and its crypto module, named when they are needed: a read that keeps the cached store asks for
-// two.
-class StorePaths {
- public:
-  explicit StorePaths(std::string_view directory) noexcept : directory_(directory) {}
+// The folders and files of the store.
+struct StorePaths {
+  std::string agentFolder;
+  std::string cryptoFolder;
 
-  std::string CryptoFolder() const { return text::OwnFolder(directory_); }
-  std::string Live() const { return InAgentFolder("INTEGRA.DAT"); }
-  std::string Backup() const { return InAgentFolder("INTEGRA.BAK"); }
-  std::string Start() const { return InAgentFolder("INTEGRA.START"); }
-  std::string Policies() const { return text::SiblingFolder(directory_, "KELSysCf") + "KelSysCf.dat"; }
-
- private:
-  std::string InAgentFolder(const char* file) const { return text::SiblingFolder(directory_, "KESAgent") + file; }
-
-  std::string_view directory_;
+  std::string Live() const { return agentFolder + "INTEGRA.DAT"; }
+  std::string Backup() const { return agentFolder + "INTEGRA.BAK"; }
+  std::string Start() const { return agentFolder + "INTEGRA.START"; }
 };
 
 void ReplaceStore(std::unique_ptr<IniStore> store) noexcept { delete std::exchange(IntegraStore, store.release()); }
 
 bool IsDamaged(const IniStore& store) noexcept { return store.sections.size() < kFewestSections; }
 
-void ResetPolicies(const StorePaths& paths) {
-  const std::string policies = paths.Policies();
+void ResetPolicies() {
+  const std::string policies = win::FolderOf("KELSysCf").value_or("") + "KelSysCf.dat";
   for (const char* key : {"POLICY_101", "POLICY_200"}) {
     win::WriteProfile(policies, "POLICIES", key, "{00000000-0000-0000-0000-000000000000}");
   }
@@ -79,7 +71,7 @@ KE_RESULT RepairFromStart(const StorePaths& paths) {
     Trace(kDetail, kReading, "Error copying from Integra.start");
     return KE_STORE_UNUSABLE;
   }
-  ResetPolicies(paths);
+  ResetPolicies();
   return KE_SUCCESS;
 }
 
@@ -102,20 +94,11 @@ KE_RESULT OpenBackup(const StorePaths& paths, win::FileHandle& backup) {
 
 // Replaces the cached store by the content of an open file, whose status becomes the stamp.
 KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const StorePaths& paths) {
-  auto content = ReadContent(file);
-  if (!content) return KE_STORE_UNUSABLE;
-  file.Reset();
-  switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
-    case Deciphering::kCryptoNotLoaded:
-      return KE_CRYPTO_NOT_LOADED;
-    case Deciphering::kFailed:
-      return KE_CRYPTO_FAILED;
-    case Deciphering::kDone:
-      break;
-  }
-  auto store = std::make_unique<IniStore>();
-  ParseIni(*content, *store);
-  ReplaceStore(std::move(store));
+  ExaminedFile examined = ExamineFile(std::move(file), paths.cryptoFolder.c_str());
+  if (examined.state == FileState::kCryptoNotLoaded) return KE_CRYPTO_NOT_LOADED;
+  if (examined.state == FileState::kDecryptionFailed) return KE_CRYPTO_FAILED;
+  if (!examined.HasText()) return KE_STORE_UNUSABLE;
+  ReplaceStore(std::make_unique<IniStore>(std::move(examined.store)));
   IntegraFileStatus = status;
   return KE_SUCCESS;
 }
@@ -192,31 +175,10 @@ Reading ReadIntegraDat(const StorePaths& paths, Repair repair) {
   return reading;
 }
 
-// What a file of the store holds. Undecipherable: it is encrypted, and there is no crypto module.
-enum class FileState { kMissing, kUnreadable, kUndecipherable, kDamaged, kComplete };
-
-FileState StateOfFile(const std::string& path, const StorePaths& paths) {
-  const win::FileHandle file = win::OpenForReading(path);
-  if (!file) return win::LastErrorIsNotFound() ? FileState::kMissing : FileState::kUnreadable;
-  auto content = ReadContent(file);
-  if (!content) return FileState::kUnreadable;
-  switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
-    case Deciphering::kCryptoNotLoaded:
-      return FileState::kUndecipherable;
-    case Deciphering::kFailed:
-      return FileState::kDamaged;
-    case Deciphering::kDone:
-      break;
-  }
-  IniStore store;
-  ParseIni(*content, store);
-  return IsDamaged(store) ? FileState::kDamaged : FileState::kComplete;
-}
-
 // True for a file that no damaged store may replace.
 bool MayBeLastGoodCopy(const std::string& path, const StorePaths& paths) {
-  const FileState state = StateOfFile(path, paths);
-  return state == FileState::kComplete || state == FileState::kUnreadable || state == FileState::kUndecipherable;
+  const FileState state = ExamineFile(path, paths.cryptoFolder.c_str()).state;
+  return state == FileState::kComplete || state == FileState::kUnreadable || state == FileState::kCryptoNotLoaded;
 }
 
 // Once in a process: leftovers are of processes that were killed, and so there are few.
@@ -232,7 +194,7 @@ KE_RESULT WriteUnderLock(const StorePaths& paths) {
   // Everything that may throw comes before the file is touched.
   const std::string live = paths.Live();
   const std::string backup = paths.Backup();
-  const PreparedContent content = PrepareContent(std::move(text), paths.CryptoFolder().c_str(), kWriting);
+  const PreparedContent content = PrepareContent(std::move(text), paths.cryptoFolder.c_str(), kWriting);
   // Sections are never taken out of a store. A store that has too few, while its backup has them all, has lost them by
   // damage: the backup is then the last good copy.
   const bool keepBackup = g_readDamaged && MayBeLastGoodCopy(backup, paths);
@@ -254,10 +216,10 @@ KE_RESULT WriteUnderLock(const StorePaths& paths) {
 // Runs `operation(paths)` with IntegraLock held; an exception is traced and passed on.
 template <typename Operation>
 auto WithIntegraLock(const char* function, Operation operation) -> decltype(operation(std::declval<StorePaths>())) {
-  const auto directory = win::KeptModuleDirectory();
-  if (directory.empty()) return {KE_NO_MODULE_DIRECTORY};
   try {
-    const StorePaths paths(directory);
+    const auto agent = win::FolderOf("KESAgent"), crypto = win::FolderOf(siblings::kCryptoModule.folder);
+    if (!agent || !crypto) return {KE_NO_MODULE_DIRECTORY};
+    const StorePaths paths{*agent, *crypto};
     const win::LockGuard hold(win::IntegraLock);
     return operation(paths);
   } catch (...) {
@@ -315,7 +277,7 @@ StoreOrCode RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start)
 KE_RESULT KeepAsStartCopy(const char* function) {
   const StoreLock lock;
   return WithIntegraLock(function, [&](const StorePaths& paths) -> KE_RESULT {
-    if (StateOfFile(paths.Live(), paths) == FileState::kComplete) {
+    if (ExamineFile(paths.Live(), paths.cryptoFolder.c_str()).state == FileState::kComplete) {
       return ReplaceByCopy(paths.Live(), paths.Start(), function) ? KE_SUCCESS : KE_STORE_UNUSABLE;
     }
     Trace(kDetail, function, "Integra.start kept: integra.dat has fewer than %u sections or cannot be read",

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "siblings/modules.h"
+#include "siblings/sibling_table.h"
 #include "store/codec.h"
 #include "store/ini_store.h"
 #include "text/base64.h"
-#include "text/paths.h"
 #include "trace/trace.h"
 #include "win/module.h"
 #include "win/owner.h"
@@ -26,10 +26,9 @@ constexpr std::size_t kCharacterLimit = 254;  // a setting of so many characters
 constexpr std::size_t kUtf8Limit = 254;       // bytes; a longer UTF-8 form is not taken
 constexpr std::size_t kLargestBlock = PaddedLength(kUtf8Limit + 1);
 
-// The modules of the library's own directory; without a directory nothing is searched.
 bool LoadSettingCrypto() {
-  const auto directory = win::KeptModuleDirectory();
-  return siblings::LoadCrypto(directory.empty() ? nullptr : text::OwnFolder(directory).c_str());
+  const auto folder = win::FolderOf(siblings::kCryptoModule.folder);
+  return siblings::LoadCrypto(folder ? folder->c_str() : nullptr);
 }
 
 bool LoadSettingCryptoTraced(const char* function) {

@@ -1,11 +1,6 @@
 // The lock between the processes that use one store.
 #pragma once
 
-#include <optional>
-
-#include "win/interprocess_lock.h"
-#include "win/owner.h"
-
 namespace store {
 
 /// Keeps other processes, and other threads of this one, from changing the store's files for the scope. Always acquired
@@ -21,11 +16,6 @@ class StoreLock {
   ~StoreLock();
   StoreLock(const StoreLock&) = delete;
   StoreLock& operator=(const StoreLock&) = delete;
-
- private:
-  void Acquire();
-
-  std::optional<win::InterprocessLock> lock_;
 };
 
 }  // namespace store

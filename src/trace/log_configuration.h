@@ -10,7 +10,10 @@
 
 namespace trace {
 
-/// What the trace front end runs with. A record whose size field is not its own size is not accepted.
+/// The trace library; looked for in the folder Common, then in the normal search order of Windows.
+inline constexpr char kTraceLibrary[] = "TvLogSys.dll";
+
+/// The configuration of the trace front end. A record whose size field is not its own size is not accepted.
 struct LogConfiguration {
   std::uint32_t recordSize;
   std::uint32_t fileOutput;      // 1: lines go to the log file

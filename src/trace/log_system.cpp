@@ -6,7 +6,7 @@
 
 #include "text/text.h"
 #include "trace/trace.h"
-#include "win/code_page.h"
+#include "win/module.h"
 #include "win/owner.h"
 #include "win/profile.h"
 
@@ -15,8 +15,6 @@ namespace trace {
 namespace {
 
 CL_LOG_SYSTEM g_logSystem;
-
-constexpr char kLibraryName[] = "TvLogSys.dll";
 
 // A text of the section LOG; `fallback` when the file or the key is missing.
 struct SettingText {
@@ -78,19 +76,16 @@ bool CL_LOG_SYSTEM::LoadDependences(bool* counted) noexcept {
 }
 
 bool CL_LOG_SYSTEM::LoadLibraryAndBind() noexcept {
-#define KE_ROW(name, presence) KE_BOUND_NAME(EntryPoints, name, presence),
-  constexpr win::BoundName kNames[] = {KE_TRACE_FUNCTIONS(KE_ROW, KE_ROW)};
-#undef KE_ROW
-  char path[sizeof configuration_.libraryDirectory + sizeof kLibraryName];
+  char path[sizeof configuration_.libraryDirectory + sizeof kTraceLibrary];
   const char* directory = configuration_.libraryDirectory;
   const bool separated = text::EndsInBackslash(directory, win::IsLeadByte);
-  snprintf(path, sizeof path, "%s%s%s", directory, separated ? "" : "\\", kLibraryName);
+  snprintf(path, sizeof path, "%s%s%s", directory, separated ? "" : "\\", kTraceLibrary);
 
   library_.Reset(LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-  if (!library_) library_.Reset(LoadLibraryExA(kLibraryName, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  if (!library_) library_.Reset(LoadLibraryExA(kTraceLibrary, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!library_) return false;
   EntryPoints found{};
-  if (!win::BindNames(library_.Get(), &found, kNames)) {
+  if (!win::BindNames(library_.Get(), &found, EntryPoints::Names())) {
     library_.Reset();
     references_ = 0;
     DebugMessage("Log System LD LL X - %s - %d", configuration_.moduleName, references_);

@@ -5,7 +5,7 @@
 
 #include "TvLogSys.h"
 #include "trace/log_configuration.h"
-#include "win/function_table.h"
+#include "win/module.h"
 #include "win/owner.h"
 
 // The functions of TvLogSys.dll, in lookup order; all are required.
@@ -49,9 +49,7 @@ class CL_LOG_SYSTEM {
   int References() const noexcept { return references_; }
 
  private:
-  struct EntryPoints {
-    KE_TRACE_FUNCTIONS(KE_CALLED_MEMBER, KE_UNCALLED_MEMBER)
-  };
+  KE_FUNCTION_TABLE(EntryPoints, KE_TRACE_FUNCTIONS);
 
   bool LoadDependences(bool* counted) noexcept;
   bool LoadLibraryAndBind() noexcept;

@@ -14,7 +14,6 @@
 #include "text/paths.h"
 #include "trace/trace.h"
 #include "upgrade/settings.h"
-#include "win/code_page.h"
 #include "win/module.h"
 #include "win/process.h"
 #include "win/profile.h"

@@ -2,15 +2,29 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
+#include <type_traits>
+
+#include "text/text.h"
 
 namespace win {
 
 namespace {
 
-constexpr ACCESS_MASK kWrites =
-    FILE_WRITE_DATA | GENERIC_WRITE | GENERIC_ALL;  // FILE_ADD_FILE of a folder is the same bit
+// The form of a call of Windows for paths of this type.
+template <typename Path, typename Narrow, typename Wide>
+constexpr auto For(Narrow narrow, Wide wide) noexcept {
+  if constexpr (std::is_same_v<Path, std::string>) {
+    return narrow;
+  } else {
+    return wide;
+  }
+}
 
-// Makes one entry that of a writer. False when it is none, or has no meaning for the object itself.
+constexpr ACCESS_MASK kWrites =
+    FILE_WRITE_DATA | GENERIC_WRITE | GENERIC_ALL;  // the first is FILE_ADD_FILE of a folder
+
+// Makes an entry that of a writer. False for an entry that lets or keeps nobody from writing the object itself.
 bool MakeWriters(ACCESS_ALLOWED_ACE& entry) noexcept {
   const BYTE type = entry.Header.AceType;
   if (type != ACCESS_ALLOWED_ACE_TYPE && type != ACCESS_DENIED_ACE_TYPE) return false;
@@ -23,8 +37,9 @@ bool MakeWriters(ACCESS_ALLOWED_ACE& entry) noexcept {
 
 }  // namespace
 
-template <typename Function, typename Path>
-bool AccessRights::ReadWith(Function function, const Path& path) noexcept {
+template <typename Path>
+bool AccessRights::ReadOf(const Path& path) noexcept {
+  const auto function = For<Path>(GetFileSecurityA, GetFileSecurityW);
   DWORD size = 0;
   function(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
   if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) return false;
@@ -38,14 +53,14 @@ bool AccessRights::ReadWith(Function function, const Path& path) noexcept {
   return false;
 }
 
-bool AccessRights::Read(const std::string& path) noexcept { return ReadWith(GetFileSecurityA, path); }
-bool AccessRights::Read(const std::wstring& path) noexcept { return ReadWith(GetFileSecurityW, path); }
+bool AccessRights::Read(const std::string& path) noexcept { return ReadOf(path); }
+bool AccessRights::Read(const std::wstring& path) noexcept { return ReadOf(path); }
 
 bool AccessRights::KeepWriters() noexcept {
   BOOL present = FALSE, defaulted = FALSE;
   ACL* list = nullptr;
   if (!GetSecurityDescriptorDacl(block_.get(), &present, &list, &defaulted)) return false;
-  if (!present || list == nullptr) return true;  // everyone may do everything
+  if (!present || list == nullptr) return true;  // no restrictions
   for (DWORD i = list->AceCount; i-- > 0;) {
     void* entry = nullptr;
     if (!GetAce(list, i, &entry)) return false;
@@ -79,7 +94,7 @@ bool Passes(FileCall call) noexcept {
   return Passes(call, none);
 }
 
-// One call moves at most this many bytes; larger blocks go in several calls.
+// Bytes of one call at most; larger blocks take several calls.
 constexpr std::size_t kLargestTransfer = 64 * 1024 * 1024;
 
 std::uint64_t ToInteger(const FILETIME& time) noexcept {
@@ -93,77 +108,20 @@ FILETIME ToTime(std::uint64_t time) noexcept {
 constexpr DWORD kUpdate = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// The calls of the platform for both kinds of paths.
-struct Narrow {
-  using Path = std::string;
-  using Found = WIN32_FIND_DATAA;
-  template <typename... Arguments>
-  static auto Create(Arguments... arguments) noexcept {
-    return CreateFileA(arguments...);
-  }
-  template <typename... Arguments>
-  static auto Attributes(Arguments... arguments) noexcept {
-    return GetFileAttributesExA(arguments...);
-  }
-  template <typename... Arguments>
-  static auto Move(Arguments... arguments) noexcept {
-    return MoveFileExA(arguments...);
-  }
-  template <typename... Arguments>
-  static auto Delete(Arguments... arguments) noexcept {
-    return DeleteFileA(arguments...);
-  }
-  template <typename... Arguments>
-  static auto FindFirst(Arguments... arguments) noexcept {
-    return FindFirstFileA(arguments...);
-  }
-  template <typename... Arguments>
-  static auto FindNext(Arguments... arguments) noexcept {
-    return FindNextFileA(arguments...);
-  }
-};
-
-struct Wide {
-  using Path = std::wstring;
-  using Found = WIN32_FIND_DATAW;
-  template <typename... Arguments>
-  static auto Create(Arguments... arguments) noexcept {
-    return CreateFileW(arguments...);
-  }
-  template <typename... Arguments>
-  static auto Attributes(Arguments... arguments) noexcept {
-    return GetFileAttributesExW(arguments...);
-  }
-  template <typename... Arguments>
-  static auto Move(Arguments... arguments) noexcept {
-    return MoveFileExW(arguments...);
-  }
-  template <typename... Arguments>
-  static auto Delete(Arguments... arguments) noexcept {
-    return DeleteFileW(arguments...);
-  }
-  template <typename... Arguments>
-  static auto FindFirst(Arguments... arguments) noexcept {
-    return FindFirstFileW(arguments...);
-  }
-  template <typename... Arguments>
-  static auto FindNext(Arguments... arguments) noexcept {
-    return FindNextFileW(arguments...);
-  }
-};
-
-template <typename Calls>
-FileHandle Open(const typename Calls::Path& path, DWORD access, DWORD disposition,
-                DWORD attributes = FILE_ATTRIBUTE_NORMAL, SECURITY_ATTRIBUTES* security = nullptr,
-                DWORD share = kShareAll) noexcept {
+template <typename Path>
+FileHandle Open(const Path& path, DWORD access, DWORD disposition, DWORD attributes = FILE_ATTRIBUTE_NORMAL,
+                SECURITY_ATTRIBUTES* security = nullptr, DWORD share = kShareAll) noexcept {
   if (!Passes(FileCall::kOpen)) return FileHandle();
-  return FileHandle(Calls::Create(path.c_str(), access, share, security, disposition, attributes, nullptr));
+  return FileHandle(
+      For<Path>(CreateFileA, CreateFileW)(path.c_str(), access, share, security, disposition, attributes, nullptr));
 }
 
-template <typename Calls>
-FileStatus StatusOfPath(const typename Calls::Path& path) noexcept {
+template <typename Path>
+FileStatus StatusOfPath(const Path& path) noexcept {
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  if (!Passes(FileCall::kStatus) || !Calls::Attributes(path.c_str(), GetFileExInfoStandard, &data)) return {};
+  if (!Passes(FileCall::kStatus) ||
+      !For<Path>(GetFileAttributesExA, GetFileAttributesExW)(path.c_str(), GetFileExInfoStandard, &data))
+    return {};
   return {.exists = true,
           .attributes = data.dwFileAttributes,
           .size = (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
@@ -172,16 +130,15 @@ FileStatus StatusOfPath(const typename Calls::Path& path) noexcept {
           .written = ToInteger(data.ftLastWriteTime)};
 }
 
-template <typename Calls>
-FileHandle CreateReplacementOf(const typename Calls::Path& path, const typename Calls::Path& target,
-                               DWORD attributes) noexcept {
+template <typename Path>
+FileHandle CreateReplacementOf(const Path& path, const Path& target, DWORD attributes) noexcept {
   // Attributes that a file can be created with. A read-only target is never replaced.
   constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                           FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
   const DWORD kept = (attributes & kKept) != 0 ? attributes & kKept : DWORD{FILE_ATTRIBUTE_NORMAL};
   AccessRights rights;
   if (!Passes(FileCall::kRights) || (!rights.Read(target) && !LastErrorIsNotFound())) return FileHandle();
-  FileHandle file = Open<Calls>(path, kUpdate | WRITE_DAC, CREATE_NEW, kept, rights.ForNewFile());
+  FileHandle file = Open(path, kUpdate | WRITE_DAC, CREATE_NEW, kept, rights.ForNewFile());
   if (!file || rights.RestoreInheritance(file)) return file;
   const DWORD error = GetLastError();
   file.Reset();
@@ -190,43 +147,43 @@ FileHandle CreateReplacementOf(const typename Calls::Path& path, const typename 
   return file;
 }
 
-template <typename Calls>
-bool RenamePathOver(const typename Calls::Path& path, const typename Calls::Path& target) noexcept {
+template <typename Path>
+bool RenamePathOver(const Path& path, const Path& target) noexcept {
   return Passes(FileCall::kMove) &&
-         Calls::Move(path.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+         For<Path>(MoveFileExA, MoveFileExW)(path.c_str(), target.c_str(),
+                                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
 
-template <typename Calls>
-void RemovePath(const typename Calls::Path& path) noexcept {
-  if (Passes(FileCall::kDelete)) Calls::Delete(path.c_str());
+template <typename Path>
+void RemovePath(const Path& path) noexcept {
+  if (Passes(FileCall::kDelete)) For<Path>(DeleteFileA, DeleteFileW)(path.c_str());
 }
 
-template <typename Calls>
-void RemoveUnusedFiles(const typename Calls::Path& prefix, std::size_t digits) noexcept {
-  using Path = typename Calls::Path;
-  const auto lower = [](auto c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; };
+template <typename Path>
+void RemoveUnusedFiles(const Path& prefix, std::size_t digits) noexcept {
+  using View = std::basic_string_view<typename Path::value_type>;
   const auto isDigit = [](auto c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
   try {
-    typename Calls::Found found{};
-    const FindHandle search(Calls::FindFirst((prefix + Path(1, '*')).c_str(), &found));
+    std::conditional_t<std::is_same_v<Path, std::string>, WIN32_FIND_DATAA, WIN32_FIND_DATAW> found{};
+    const FindHandle search(For<Path>(FindFirstFileA, FindFirstFileW)((prefix + Path(1, '*')).c_str(), &found));
     if (!search) return;
     const Path folder(prefix, 0, prefix.find_last_of(Path{'\\', '/'}) + 1), start(prefix, folder.size());
     do {
       const Path name(found.cFileName);
       // The search also finds short names.
       if (name.size() != start.size() + digits || !std::ranges::all_of(name.substr(start.size()), isDigit) ||
-          !std::ranges::equal(name.substr(0, start.size()), start, {}, lower, lower)) {
+          !text::SameName(View(name).substr(0, start.size()), View(start))) {
         continue;
       }
-      // Fails while anyone has the file open; the end of the handle deletes it.
-      Open<Calls>(folder + name, DELETE, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr, 0);
-    } while (Calls::FindNext(search.Get(), &found));
+      // Fails while a process has the file open; closing the handle deletes it.
+      Open(folder + name, DELETE, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr, 0);
+    } while (For<Path>(FindNextFileA, FindNextFileW)(search.Get(), &found));
   } catch (...) {
-    // Without memory for a name the files stay for the next time.
+    // Out of memory for a name: the files stay until the next call.
   }
 }
 
-// Reads or writes in bounded steps until all is moved, nothing more moves or a step fails.
+// Reads or writes in bounded steps until everything is moved, or a step fails or moves nothing.
 template <typename Byte, typename Step>
 std::size_t Transfer(FileCall call, Byte* data, std::size_t size, Step step) noexcept {
   std::size_t done = 0;
@@ -241,8 +198,8 @@ std::size_t Transfer(FileCall call, Byte* data, std::size_t size, Step step) noe
 
 }  // namespace
 
-FileStatus StatusOf(const std::string& path) noexcept { return StatusOfPath<Narrow>(path); }
-FileStatus StatusOf(const std::wstring& path) noexcept { return StatusOfPath<Wide>(path); }
+FileStatus StatusOf(const std::string& path) noexcept { return StatusOfPath(path); }
+FileStatus StatusOf(const std::wstring& path) noexcept { return StatusOfPath(path); }
 
 bool LastErrorIsNotFound() noexcept {
   const DWORD error = GetLastError();
@@ -261,7 +218,7 @@ bool Exists(const std::string& path) noexcept {
 
 void MakeFolder(const std::string& path) noexcept { CreateDirectoryA(path.c_str(), nullptr); }
 
-FileHandle OpenForUpdate(const std::string& path) noexcept { return Open<Narrow>(path, kUpdate, OPEN_EXISTING); }
+FileHandle OpenForUpdate(const std::string& path) noexcept { return Open(path, kUpdate, OPEN_EXISTING); }
 
 FileHandle CreateForUpdate(const std::string& path) noexcept {
   FileHandle file = OpenOrCreate(path);
@@ -269,19 +226,19 @@ FileHandle CreateForUpdate(const std::string& path) noexcept {
   return file;
 }
 
-FileHandle OpenForReading(const std::string& path) noexcept { return Open<Narrow>(path, GENERIC_READ, OPEN_EXISTING); }
-FileHandle OpenForReading(const std::wstring& path) noexcept { return Open<Wide>(path, GENERIC_READ, OPEN_EXISTING); }
+FileHandle OpenForReading(const std::string& path) noexcept { return Open(path, GENERIC_READ, OPEN_EXISTING); }
+FileHandle OpenForReading(const std::wstring& path) noexcept { return Open(path, GENERIC_READ, OPEN_EXISTING); }
 
 FileHandle OpenOrCreate(const std::string& path, SECURITY_ATTRIBUTES* security) noexcept {
-  return Open<Narrow>(path, kUpdate, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, security);
+  return Open(path, kUpdate, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, security);
 }
-FileHandle OpenOrCreate(const std::wstring& path) noexcept { return Open<Wide>(path, kUpdate, OPEN_ALWAYS); }
+FileHandle OpenOrCreate(const std::wstring& path) noexcept { return Open(path, kUpdate, OPEN_ALWAYS); }
 
 FileHandle CreateReplacement(const std::string& path, const std::string& target, unsigned long attributes) noexcept {
-  return CreateReplacementOf<Narrow>(path, target, attributes);
+  return CreateReplacementOf(path, target, attributes);
 }
 FileHandle CreateReplacement(const std::wstring& path, const std::wstring& target, unsigned long attributes) noexcept {
-  return CreateReplacementOf<Wide>(path, target, attributes);
+  return CreateReplacementOf(path, target, attributes);
 }
 
 bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(OpenOrCreate(path)); }
@@ -319,17 +276,13 @@ bool SetWritten(const FileHandle& file, std::uint64_t time) noexcept {
   return Passes(FileCall::kTime) && SetFileTime(file.Get(), nullptr, nullptr, &written);
 }
 
-bool RenameOver(const std::string& path, const std::string& target) noexcept {
-  return RenamePathOver<Narrow>(path, target);
-}
-bool RenameOver(const std::wstring& path, const std::wstring& target) noexcept {
-  return RenamePathOver<Wide>(path, target);
-}
+bool RenameOver(const std::string& path, const std::string& target) noexcept { return RenamePathOver(path, target); }
+bool RenameOver(const std::wstring& path, const std::wstring& target) noexcept { return RenamePathOver(path, target); }
 
-void Remove(const std::string& path) noexcept { RemovePath<Narrow>(path); }
-void Remove(const std::wstring& path) noexcept { RemovePath<Wide>(path); }
+void Remove(const std::string& path) noexcept { RemovePath(path); }
+void Remove(const std::wstring& path) noexcept { RemovePath(path); }
 
-void RemoveUnused(const std::string& prefix, std::size_t digits) noexcept { RemoveUnusedFiles<Narrow>(prefix, digits); }
-void RemoveUnused(const std::wstring& prefix, std::size_t digits) noexcept { RemoveUnusedFiles<Wide>(prefix, digits); }
+void RemoveUnused(const std::string& prefix, std::size_t digits) noexcept { RemoveUnusedFiles(prefix, digits); }
+void RemoveUnused(const std::wstring& prefix, std::size_t digits) noexcept { RemoveUnusedFiles(prefix, digits); }
 
 }  // namespace win

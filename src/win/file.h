@@ -1,4 +1,4 @@
-// The access rights of a file, to be given to another one.
+// Files: their content, status and access rights.
 #pragma once
 
 #include <windows.h>
@@ -24,8 +24,8 @@ class AccessRights {
   bool Read(const std::string& path) noexcept;
   bool Read(const std::wstring& path) noexcept;
 
-  /// Leaves the rights only to those who may write the file, or create files in the folder: they may read and write,
-  /// and nobody else may open it. False, with the last-error value set, when that fails.
+  /// Restricts the rights to accounts that may write the file, or create files in the folder: they may read and write,
+  /// no other account may open it. False, with the last-error value set, on failure.
   bool KeepWriters() noexcept;
 
   /// The attributes for the creation of a file with these rights; null, for the rights that its folder gives it, when
@@ -37,8 +37,8 @@ class AccessRights {
   bool RestoreInheritance(const FileHandle& file) noexcept;
 
  private:
-  template <typename Function, typename Path>
-  bool ReadWith(Function function, const Path& path) noexcept;
+  template <typename Path>
+  bool ReadOf(const Path& path) noexcept;
   SECURITY_DESCRIPTOR_CONTROL& Control() noexcept {
     return reinterpret_cast<SECURITY_DESCRIPTOR_RELATIVE*>(block_.get())->Control;
   }
@@ -55,16 +55,15 @@ class AccessRights {
 /// The kinds of file calls, as a gate sees them.
 enum class FileCall { kStatus, kRights, kOpen, kSize, kResize, kRead, kWrite, kFlush, kTime, kMove, kDelete };
 
-/// Asked before each file call of this header, on the calling thread. False keeps the call from the platform and makes
-/// it fail, with the last-error value that the gate has set. `bytes` is what one step of reading or writing moves; the
-/// gate may make it less.
+/// Called before each file call of this header, on the calling thread. False makes the call fail without reaching
+/// Windows, with the last-error value that the gate has set. `bytes` is the size of one step of reading or writing; the
+/// gate may reduce it.
 using FileGate = bool (*)(FileCall call, unsigned long& bytes);
 
-/// Null in the product. Tests put a gate of their own here, to count, to fail or to end the process at any call;
-/// nothing else changes it.
+/// Null in the product. Tests set a gate that counts calls, makes them fail or ends the process.
 extern FileGate g_fileGate;
 
-/// Attributes, size and times of a file; times in the platform's 100-nanosecond units since 1601. All zero when the
+/// Attributes, size and times of a file; times in Windows' 100-nanosecond units since 1601. All zero when the
 /// file is missing.
 struct FileStatus {
   bool exists = false;
@@ -87,7 +86,7 @@ std::uint64_t Now() noexcept;
 /// True when a file or folder of that name exists.
 bool Exists(const std::string& path) noexcept;
 
-/// Creates a folder in an existing one. One that exists, and one that cannot be created, changes nothing.
+/// Creates a folder in an existing one. Errors are ignored.
 void MakeFolder(const std::string& path) noexcept;
 
 /// Opens an existing file for reading and writing, as the C mode "r+b" does. Others may read, write, replace and delete
@@ -102,43 +101,43 @@ FileHandle OpenForReading(const std::wstring& path) noexcept;
 /// hidden files too, and keeps their attributes.
 FileHandle CreateForUpdate(const std::string& path) noexcept;
 
-/// Opens a file as it is for reading and writing, creating it empty, with the rights of `security`, when it is missing.
-/// After a success the last-error value is ERROR_ALREADY_EXISTS for one that was there.
+/// Opens a file for reading and writing, creating it empty, with the rights of `security`, when it is missing. After a
+/// success the last-error value is ERROR_ALREADY_EXISTS if the file existed.
 FileHandle OpenOrCreate(const std::string& path, SECURITY_ATTRIBUTES* security = nullptr) noexcept;
 FileHandle OpenOrCreate(const std::wstring& path) noexcept;
 
 /// Creates the empty file `path`, which is to replace `target`, with the given attributes and the access rights of the
-/// target: nobody can open it who could not open the target. Without a target it gets the rights of its folder. Fails
-/// with ERROR_FILE_EXISTS when `path` exists, and when the target's rights cannot be read or set.
+/// target, or of its folder when the target is missing. Fails with ERROR_FILE_EXISTS when `path` exists, and when the
+/// target's rights cannot be read or set.
 ///
-/// Others may open, rename and delete the file while the handle is open; `RemoveUnused` leaves it alone as long.
+/// Others may open, rename and delete the file while the handle is open; `RemoveUnused` skips it.
 FileHandle CreateReplacement(const std::string& path, const std::string& target, unsigned long attributes) noexcept;
 FileHandle CreateReplacement(const std::wstring& path, const std::wstring& target, unsigned long attributes) noexcept;
 
-/// Creates the file empty when it is missing, and never touches one that exists meanwhile; true when there is a file
-/// that can be opened for update.
+/// Creates the file empty when it is missing; never changes an existing file. True when the file can be opened for
+/// update.
 bool CreateMissing(const std::string& path) noexcept;
 
-/// Size in bytes, or none when it cannot be told.
+/// Size in bytes; none on failure.
 std::optional<std::uint64_t> SizeOf(const FileHandle& file) noexcept;
 
-/// Reads up to `size` bytes from the file's position and returns how many came.
+/// Reads up to `size` bytes from the file's position; returns the number of bytes read.
 std::size_t Read(const FileHandle& file, void* data, std::size_t size) noexcept;
 
-/// Writes `size` bytes at the file's position and returns how many went out.
+/// Writes `size` bytes at the file's position; returns the number of bytes written.
 std::size_t Write(const FileHandle& file, const void* data, std::size_t size) noexcept;
 
-/// Hands what was written to the disk; true on success.
+/// Flushes the file to the disk; true on success.
 bool Flush(const FileHandle& file) noexcept;
 
-/// Cuts the file, or grows it by zero bytes, and goes back to its beginning; true on success.
+/// Truncates the file, or extends it with zero bytes, and seeks to its beginning; true on success.
 bool Resize(const FileHandle& file, std::uint64_t size) noexcept;
 
 /// Sets the last-write time; true on success.
 bool SetWritten(const FileHandle& file, std::uint64_t time) noexcept;
 
-/// Renames a file to `target` atomically, replacing the file of that name: whoever opens `target` gets the old file or
-/// the new one. Returns when the rename is on the disk. Fails while another process holds `target` open.
+/// Renames a file to `target` atomically, replacing the file of that name, and flushes the rename to the disk. Fails
+/// while another process holds `target` open.
 bool RenameOver(const std::string& path, const std::string& target) noexcept;
 bool RenameOver(const std::wstring& path, const std::wstring& target) noexcept;
 

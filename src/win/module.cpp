@@ -2,11 +2,13 @@
 
 #include <windows.h>
 
+#include <cstring>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "win/code_page.h"
+#include "text/paths.h"
 #include "win/registry.h"
 
 namespace win {
@@ -18,6 +20,21 @@ HMODULE g_module = nullptr;
 // Null until the directory is known. Owned here, but by a plain pointer: it is given up at detach, never by a
 // destructor that would also run while a process is being torn down.
 std::string* g_directory = nullptr;
+
+// The 8-bit form of a path. None when it would stand for another path: when the code page lacks a character, and for
+// characters other than ASCII in a process whose file functions are set to the OEM code page.
+std::optional<std::string> ToCodePage(std::wstring_view path) {
+  const int length = static_cast<int>(path.size());
+  std::string narrow(WideCharToMultiByte(CP_ACP, 0, path.data(), length, nullptr, 0, nullptr, nullptr), '\0');
+  const int size = static_cast<int>(narrow.size());
+  WideCharToMultiByte(CP_ACP, 0, path.data(), length, narrow.data(), size, nullptr, nullptr);
+  // A missing character becomes a similar one or "?". Only the way back shows that in every code page.
+  const UINT fileCodePage = AreFileApisANSI() ? CP_ACP : CP_OEMCP;
+  std::wstring back(narrow.size(), L'\0');
+  back.resize(MultiByteToWideChar(fileCodePage, 0, narrow.data(), size, back.data(), size));
+  if (back != path) return std::nullopt;
+  return narrow;
+}
 
 }  // namespace
 
@@ -45,7 +62,21 @@ std::string GetModuleDirectory() {
   return ToCodePage(path.substr(0, end)).value_or("");
 }
 
+std::optional<std::string> FolderOf(std::string_view component) {
+  if (g_directory == nullptr) return std::nullopt;
+  return component.empty() ? text::OwnFolder(*g_directory) : text::SiblingFolder(*g_directory, component);
+}
+
 std::string_view KeptModuleDirectory() noexcept { return g_directory ? *g_directory : std::string_view(); }
+
+bool BindNames(HMODULE module, void* table, std::span<const BoundName> names) noexcept {
+  for (const BoundName& row : names) {
+    const FARPROC function = GetProcAddress(module, row.name);
+    if (function == nullptr && row.presence == kRequired) return false;
+    std::memcpy(static_cast<char*>(table) + row.offset, &function, sizeof function);
+  }
+  return true;
+}
 
 }  // namespace win
 

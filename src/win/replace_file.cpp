@@ -14,23 +14,23 @@ namespace {
 constexpr DWORD kPauses[] = {1,  5,   10,  20, 40,
                              80, 160, 320, 364};  // milliseconds between two attempts; a second in all
 
-// File systems and clocks may give two writes closer than this the same time, 50 milliseconds in units of 100
-// nanoseconds: the clock ticks every 16 milliseconds, and other programs round.
+// 50 milliseconds in units of 100 nanoseconds: two writes closer than this may get the same time. The clock ticks every
+// 16 milliseconds, and other programs round.
 constexpr std::uint64_t kTimestampSlack = 500000;
 
 constexpr std::string_view kTemporary = ".KE~";
 constexpr std::size_t kTemporaryDigits = 12;
-constexpr int kNames = 16;  // that are tried for a temporary file
+constexpr int kNames = 16;  // tried for a temporary file
 
-// Makes the last-write time of new content differ from that of the old content: other processes detect a change by it.
+// Gives new content another last-write time than the old content had: other processes detect a change by it.
 class DistinctWriteTime {
  public:
-  /// To be made before anything is written, with the time of the old content.
+  /// To construct before anything is written, with the time of the old content.
   explicit DistinctWriteTime(std::uint64_t before) noexcept : before_(before) {
     const std::uint64_t now = Now();
     close_ = now + kTimestampSlack > before && now < before + kTimestampSlack;
   }
-  /// To be called after the last change of the file.
+  /// To call after the last change of the file.
   void Set(const FileHandle& file) const noexcept {
     if (close_) SetWritten(file, std::max(Now(), before_ + 1));
   }
@@ -51,7 +51,7 @@ Path TemporaryPrefix(const Path& path) {
   return path + Path(kTemporary.begin(), kTemporary.end());
 }
 
-// A name that no other process uses, and this one not for its next 65,535 files.
+// A name that no other process uses, and that this process does not repeat for its next 65,535 files.
 template <typename Path>
 Path TemporaryName(const Path& path) {
   static std::atomic<unsigned> s_next{0};
@@ -73,7 +73,7 @@ bool RenameWithRetries(const Path& temporary, const Path& path) noexcept {
   return RenameOver(temporary, path);
 }
 
-// False, with the last-error value set, when the file is as it was.
+// False, with the last-error value set, when the file is unchanged.
 template <typename Path>
 bool ReplaceAtomically(const Path& path, std::string_view content, const FileStatus& like) {
   Path temporary;
@@ -87,7 +87,7 @@ bool ReplaceAtomically(const Path& path, std::string_view content, const FileSta
   const DistinctWriteTime time(like.written);
   bool done = Write(file, content.data(), content.size()) == content.size();
   if (done) time.Set(file);
-  // The file stays open until it has its name: open files are no leftovers.
+  // The file stays open until it is renamed: `RemoveLeftovers` skips open files.
   done = done && Flush(file) && RenameWithRetries(temporary, path);
   if (done) return true;
   const DWORD error = GetLastError();
@@ -148,7 +148,7 @@ void RemoveLeftoversOf(const Path& path) noexcept {
   try {
     RemoveUnused(TemporaryPrefix(path), kTemporaryDigits);
   } catch (...) {
-    // Without memory for the name they stay for the next time.
+    // Out of memory for the name: they stay until the next call.
   }
 }
 

@@ -15,7 +15,7 @@ struct Replaced {
   std::size_t written = 0;  // bytes written
   bool complete = false;    // the new content is in place and flushed
   bool inPlace = false;     // the file was overwritten, because it could not be replaced atomically
-  DWORD error = 0;          // why it was not replaced atomically; the platform's
+  DWORD error = 0;          // of Windows, why it was not replaced atomically
 };
 
 /// Replaces the content of a file atomically: writes it to a temporary file in the same folder, flushes that, and
@@ -29,6 +29,11 @@ struct Replaced {
 /// Temporary files are named `<path>.KE~` and twelve hexadecimal digits; no two processes share one.
 Replaced ReplaceContent(const std::string& path, std::string_view content, const FileStatus& like) noexcept;
 Replaced ReplaceContent(const std::wstring& path, std::string_view content, const FileStatus& like) noexcept;
+
+/// The same with the present status of the file.
+inline Replaced ReplaceContent(const std::string& path, std::string_view content) noexcept {
+  return ReplaceContent(path, content, StatusOf(path));
+}
 
 /// Removes the temporary files that killed processes have left for `path`. Those of running processes stay.
 void RemoveLeftovers(const std::string& path) noexcept;

@@ -33,10 +33,8 @@ struct AgentTree {
 TEST_CASE("binding: a module that lacks any one required name is not bound; optional names may be missing") {
   support::ProductTree tree;
   const std::string folder = tree.Path("Common").string() + "\\";
-  siblings::EventApiTable events{};
   // An incomplete event module stays loaded; it is taken away so that the next copy can be put in its place.
-  const auto freeEvents = [&] {
-    siblings::FreeEventApi(events);
+  const auto freeEvents = [] {
     while (const HMODULE left = GetModuleHandleA("TvEvAPI.dll")) FreeLibrary(left);
   };
   const auto check = [&](const std::string& file, std::vector<std::string> names, size_t optional, auto load,
@@ -63,7 +61,7 @@ TEST_CASE("binding: a module that lacks any one required name is not bound; opti
   check("KERegister.dll", {KE_PLUGIN_RELOAD_FUNCTIONS(NAME, NAME)}, 0, siblings::LoadPluginReload,
         siblings::FreePluginReload);
   check("KELMNAPI.dll", {KE_LAUNCHER_FUNCTIONS(NAME, NAME)}, 0, siblings::LoadLauncher, siblings::FreeLauncher);
-  const auto loadEvents = [&](const char* from) { return siblings::LoadEventApi(from, events); };
+  const auto loadEvents = [](const char* from) { return static_cast<bool>(siblings::EventApiScope(from)); };
   check("TvEvAPI.dll", {KE_EVENT_API_FUNCTIONS(NAME, NAME)}, 0, loadEvents, freeEvents);
 }
 
@@ -71,7 +69,7 @@ TEST_CASE("agent module: nested uses are counted, and the last one finalises") {
   AgentTree agent;
   agent.tree.AddFake("FakeKELAGAPI", "Common/KELAGAPI.dll");
   const LoadedDll fake(agent.tree.Path("Common/KELAGAPI.dll"));
-  CHECK(siblings::OpenAgentApi() == 0);
+  CHECK(siblings::OpenAgentApi() == KE_SUCCESS);
   CHECK(siblings::CheckAgentProxyApi() == KE_SUCCESS);
   CHECK(siblings::FreeAgentApi());
   CHECK(CALL(fake, FakeCalls)("KE_AGAPI_Finalize") == 0);
@@ -107,7 +105,7 @@ TEST_CASE("agent and launcher module: from the Common folder, else from the modu
   agent.tree.AddFake("FakeKERegister", "Common/KELMNAPI.dll");  // loads, but has no launcher function
   agent.tree.AddFake("FakeKELMNAPI", "KELUtils/KELMNAPI.dll");
   agent.tree.AddFake("FakeKELAGAPI", "KELUtils/KELAGAPI.dll");
-  CHECK(siblings::OpenAgentApi() == 0);
+  CHECK(siblings::OpenAgentApi() == KE_SUCCESS);
   CHECK(siblings::OpenLauncher() == KE_SUCCESS);
   siblings::FreeLauncher();
 }

@@ -1,6 +1,6 @@
 // The crypto module stays bound once it is, so the cases without it come first; this is the only file of its test
 // program that needs it unbound, and cases of one file run in their order.
-#include "store/value_file.h"
+#include "store/encrypted_file.h"
 
 #include <doctest/doctest.h>
 

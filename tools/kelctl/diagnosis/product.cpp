@@ -10,7 +10,7 @@
 #include "text/paths.h"
 #include "text/text.h"
 #include "upgrade/settings.h"
-#include "win/code_page.h"
+#include "win/module.h"
 #include "win/file.h"
 
 namespace kelctl {

@@ -11,7 +11,6 @@
 #include "siblings/plugins.h"
 #include "text/paths.h"
 #include "trace/log_system.h"
-#include "win/code_page.h"
 #include "win/file.h"
 #include "win/module.h"
 #include "win/owner.h"
