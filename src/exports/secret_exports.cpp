@@ -7,8 +7,8 @@
 
 #include "KELUtils.h"
 #include "store/accessors.h"
-#include "store/setting_codec.h"
 #include "store/encrypted_file.h"
+#include "store/setting_codec.h"
 #include "text/text.h"
 #include "trace/trace.h"
 #include "win/owner.h"

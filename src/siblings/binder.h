@@ -27,7 +27,7 @@ class SiblingSearch {
   SiblingSearch(const SiblingSearch&) = delete;
   SiblingSearch& operator=(const SiblingSearch&) = delete;
 
-  /// Frees `module`, then loads the module from `folder`, which ends in a backslash, and binds `names` into `table`. The
+  /// Frees `module`, then loads the module from `folder`, which ends in a backslash, and binds `names` to `table`. The
   /// altered search path is used: the module's own dependencies come from its folder. "/" counts as "\".
   ///
   /// False when the module cannot be loaded, or lacks a required name; it is then loaded all the same, and the caller

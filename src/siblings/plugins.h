@@ -25,8 +25,8 @@ KE_FUNCTION_TABLE(PluginTable, KE_PLUGIN_FUNCTIONS);
 using PluginUse = std::optional<KE_RESULT> (*)(const PluginTable& plugin, void* context);
 
 /// Loads and initialises the plug-in, calls `use(functions, context)`, finalises and frees the plug-in. The result of
-/// `use`; the place's code when the plug-in has no full path, cannot be loaded, fails to initialise, or lacks a function,
-/// KE_Finalize included. Each of these is traced under `function`.
+/// `use`; the place's code when the plug-in has no full path, cannot be loaded, fails to initialise, or lacks a
+/// function, KE_Finalize included. Each of these is traced under `function`.
 KE_RESULT UsePlugin(const PluginPlace& place, const char* function, PluginUse use, void* context);
 
 /// The same for one function of the plug-in, with which `use` is called.

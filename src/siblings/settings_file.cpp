@@ -23,14 +23,6 @@ std::optional<std::string> PathOf(const char* file) {
   return isPath ? std::string(file) : *folder + file;
 }
 
-KE_RESULT Write(const char* section, const char* key, const char* value, const char* file) {
-  if (section == nullptr) return KE_MISSING_ARGUMENT;
-  const auto path = PathOf(file);
-  if (!path) return KE_NOT_CREATED;
-  win::WriteProfile(*path, section, key, value);
-  return KE_SUCCESS;
-}
-
 }  // namespace
 
 std::string GetMyConfigIniValue(const char* section, const char* key, const char* file) {
@@ -41,7 +33,9 @@ std::string GetMyConfigIniValue(const char* section, const char* key, const char
 
 KE_RESULT SetMyConfigIniValue(const char* section, const char* key, const char* value, const char* file) {
   trace::Trace(trace::kInfo, __func__, "Function start");
-  const KE_RESULT result = Write(section, key, value, file);
+  const auto path = section ? PathOf(file) : std::nullopt;
+  if (path) win::WriteProfile(*path, section, key, value);
+  const KE_RESULT result = path ? KE_SUCCESS : section ? KE_NOT_CREATED : KE_MISSING_ARGUMENT;
   trace::Trace(trace::kInfo, __func__, "Function end. Return code (%i)", static_cast<int>(result));
   return result;
 }

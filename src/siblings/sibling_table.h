@@ -6,8 +6,8 @@
 
 namespace siblings {
 
-/// A sibling's file, and the folders in which it is looked for, in this order. A folder is next to the module directory;
-/// "" is the module directory itself; null is no second folder.
+/// A sibling's file, and the folders in which it is looked for, in this order. A folder is next to the module
+/// directory; "" is the module directory itself; null is no second folder.
 struct Sibling {
   const char* file;
   const char* folder;

@@ -41,34 +41,21 @@ KE_RESULT ReadOrRestore(const TextGetter& row, const Export& self, char* buffer,
   };
   const KE_RESULT result = ReadStore(copy);
   if (!missing) return result;
-  // Only now the store's lock is waited for; another process may have set the value meanwhile.
+  // Getters wait for the store's lock only here. Another process may have set the value meanwhile.
   return UpdateStore([&](const IniStore& store) {
     const KE_RESULT again = copy(store);
     return missing ? CopyRestored(row, self, buffer, size) : again;
   });
 }
 
-// The answer of a getter that finds no value.
-KE_RESULT AnswerMissing(TextRead read, char* buffer, std::int32_t size) noexcept {
-  switch (read) {
-    case TextRead::kRestored:
-      return KE_STORE_UNUSABLE;
-    case TextRead::kRequired:
-      buffer[0] = '\0';
-      return KE_STORE_UNUSABLE;
-    case TextRead::kOptional:
-    case TextRead::kOptionalSized:
-      return CopyOut({}, buffer, size);
-  }
-  return KE_EXCEPTION;
-}
-
 KE_RESULT ReadText(const TextGetter& row, const Export& self, char* buffer, std::int32_t size) {
   if (row.read == TextRead::kRequired && size <= 0) return KE_BUFFER_TOO_SMALL;
   if (row.read == TextRead::kRestored) return ReadOrRestore(row, self, buffer, size);
-  return ReadStore([&](const IniStore& store) {
+  return ReadStore([&](const IniStore& store) -> KE_RESULT {
     const auto value = FindValue(store, row.section, row.key);
-    return value ? CopyOut(*value, buffer, size) : AnswerMissing(row.read, buffer, size);
+    if (value || row.read != TextRead::kRequired) return CopyOut(value.value_or(""), buffer, size);
+    buffer[0] = '\0';
+    return KE_STORE_UNUSABLE;
   });
 }
 
@@ -94,16 +81,21 @@ KE_RESULT CheckAndUpdate(Work work) {
 }
 
 bool IsRefused(const char* text, TextRefused refused) noexcept {
-  switch (refused) {
-    case TextRefused::kNullOrEmpty:
-      return text::IsBlank(text);
-    case TextRefused::kNull:
-      return text == nullptr;
-    case TextRefused::kNone:
-      return false;
-  }
-  return true;
+  return refused == TextRefused::kNullOrEmpty ? text::IsBlank(text) : refused == TextRefused::kNull && text == nullptr;
 }
+
+// Integration date: characters, with the terminating zero; a longer date is cut.
+constexpr std::size_t kDateSize = 40;
+constexpr std::int64_t kFirstYear = 1900;
+
+// Empties a value and writes the store. KE_SUCCESS, with nothing written, when the value is missing.
+KE_RESULT ClearValue(IniStore& store, const char* section, const char* key) {
+  return FindValue(store, section, key) ? SetAndSave(store, section, key, {}) : KE_RESULT{KE_SUCCESS};
+}
+
+static_assert(sizeof(KE_TIME) == 24 && offsetof(KE_TIME, seconds) == 0 && offsetof(KE_TIME, minutes) == 4 &&
+              offsetof(KE_TIME, hours) == 8 && offsetof(KE_TIME, day) == 12 && offsetof(KE_TIME, month) == 16 &&
+              offsetof(KE_TIME, year) == 20);
 
 }  // namespace
 
@@ -183,25 +175,6 @@ bool IsComputerIntegrated() noexcept {
   std::int32_t integrated = 0;
   return IsIntegrated(&integrated) == KE_SUCCESS && integrated != 0;
 }
-
-}  // namespace store
-
-static_assert(sizeof(KE_TIME) == 24 && offsetof(KE_TIME, seconds) == 0 && offsetof(KE_TIME, minutes) == 4 &&
-              offsetof(KE_TIME, hours) == 8 && offsetof(KE_TIME, day) == 12 && offsetof(KE_TIME, month) == 16 &&
-              offsetof(KE_TIME, year) == 20);
-namespace store {
-
-namespace {
-
-constexpr std::size_t kDateSize = 40;  // characters, with the terminating zero; a longer date is cut
-constexpr std::int64_t kFirstYear = 1900;
-
-// Empties a value and writes the store. KE_SUCCESS, with nothing written, when there is none.
-KE_RESULT ClearValue(IniStore& store, const char* section, const char* key) {
-  return FindValue(store, section, key) ? SetAndSave(store, section, key, {}) : KE_RESULT{KE_SUCCESS};
-}
-
-}  // namespace
 
 KE_RESULT Integrate(const KE_TIME& time) {
   char date[kDateSize] = {};

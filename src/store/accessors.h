@@ -1,5 +1,5 @@
 // The engines of the accessor exports. Each runs in the shape of an export, unless it says otherwise, and checks its
-// arguments before anything is touched.
+// arguments first.
 #pragma once
 
 #include <cstdint>
@@ -45,8 +45,8 @@ KE_RESULT SetAndSave(IniStore& store, const char* section, const char* key, std:
 /// Copies a value with its terminating zero; KE_BUFFER_TOO_SMALL, with the buffer left alone, when it does not fit.
 KE_RESULT CopyOut(std::string_view value, char* buffer, std::int32_t size) noexcept;
 
-// The integration into the management console, and the stored passwords. Every function holds the lock of the store
-// from the reading of the file to its own end.
+// The integration into the management console, and the stored passwords. Every function holds win::IntegraLock from the
+// reading of the file to its own end.
 
 /// Stores the integration date and writes the store, after the integrity check.
 KE_RESULT Integrate(const KE_TIME& time);
@@ -55,7 +55,7 @@ KE_RESULT Integrate(const KE_TIME& time);
 /// KE_SUCCESS; codes of the reading.
 KE_RESULT DeIntegrate();
 
-/// Copies the remote-control password, deciphered. A missing one empties the buffer and is KE_STORE_UNUSABLE.
+/// Copies the remote-control password, decrypted. A missing one empties the buffer and is KE_STORE_UNUSABLE.
 KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size);
 
 /// How a stored password is copied: `CopyOut` as it stands, `CopyDeciphered` in plain.

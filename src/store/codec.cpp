@@ -15,6 +15,8 @@ namespace store {
 
 namespace {
 
+using trace::kDetail;
+using trace::Trace;
 using CipherFunction = decltype(siblings::CryptoTable::APIcr_EncryptBuffer);
 
 std::int32_t RunInPlace(CipherFunction function, char* data, std::size_t length, const char* keyBlob) {
@@ -39,9 +41,6 @@ std::int32_t EncryptBufferInPlace(char* data, std::size_t length, const char* ke
   const auto* crypto = siblings::Crypto();
   return crypto ? RunInPlace(crypto->APIcr_EncryptBuffer, data, length, keyBlob) : kEncryptionUnavailable;
 }
-
-using trace::kDetail;
-using trace::Trace;
 
 namespace {
 
@@ -124,8 +123,8 @@ PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const
   }
   std::string content;
   std::int32_t error = Encrypt(text, content);
-  // Readers take an encrypted text that begins with a zero byte for plain text. An empty line, which means nothing,
-  // gives another one.
+  // Readers take encrypted text that begins with a zero byte for plain text. An empty line before the text, which
+  // readers skip, changes the encrypted text.
   std::string shifted = text;
   for (int i = 0; error == 0 && !IsReadable(content); ++i) {
     if (i == kMostShifts) error = kNeverReadable;

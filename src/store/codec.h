@@ -25,8 +25,8 @@ inline constexpr std::int32_t kDecryptionUnavailable = 4;
 inline constexpr std::int32_t kEncryptionUnavailable = 99999999;
 
 /// Decrypts `length` bytes in place, as whole blocks padded with zero bytes. 0, the crypto module's error, or
-/// kDecryptionUnavailable when the module is not bound; the data is unchanged unless the result is 0. Throws when memory
-/// runs out.
+/// kDecryptionUnavailable when the module is not bound; the data is unchanged unless the result is 0. Throws when
+/// memory runs out.
 std::int32_t DecryptBufferInPlace(char* data, std::size_t length, const char* keyBlob);
 
 /// Encrypts in the same way; kEncryptionUnavailable when the module is not bound.
@@ -52,9 +52,9 @@ struct ExaminedFile {
   bool HasText() const noexcept { return state >= FileState::kDamaged; }
 };
 
-/// Examines a file, and changes nothing. Marked content is decrypted with the file key blob, after the crypto module was
-/// bound from `cryptoFolder`; other content is the text itself. The text ends at its first zero byte. Throws when memory
-/// runs out.
+/// Examines a file, and changes nothing. Marked content is decrypted with the file key blob, after the crypto module
+/// was bound from `cryptoFolder`; other content is the text itself. The text ends at its first zero byte. Throws when
+/// memory runs out.
 ExaminedFile ExamineFile(const std::string& path, const char* cryptoFolder);
 
 /// The same for an open file, which is closed before it is decrypted.

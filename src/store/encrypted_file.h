@@ -24,8 +24,8 @@ enum FileResult : std::int32_t {
 FileResult ReadEncryptedFile(const char* path, IniStore* store);
 
 /// Replaces the file at `path` atomically (`ReplaceContent`) by the text of the store: encrypted, or plain when the
-/// crypto module cannot be loaded. A full disk is kFileDone too, and leaves the old content. When memory runs out during
-/// encryption, the file is left empty and the result is kFileDone.
+/// crypto module cannot be loaded. A full disk is kFileDone too, and leaves the old content. When memory runs out
+/// during encryption, the file is left empty and the result is kFileDone.
 FileResult WriteEncryptedFile(const char* path, const IniStore* store);
 
 /// The bodies of KE_GetEncryptedFileValue and KE_SetEncryptedFileValue, with their codes. Section and key are cut at

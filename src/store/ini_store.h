@@ -39,8 +39,8 @@ const IniEntry* LookupEntry(const IniStore& store, const char* section, const ch
 /// an empty value.
 IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create);
 
-/// Changes the value of the entry that `LookupEntry` finds or creates; `value` may be part of the old one. Frees what an
-/// older change kept. False, with nothing changed, when a name is null.
+/// Changes the value of the entry that `LookupEntry` finds or creates; `value` may be part of the old one. Frees the
+/// text of an older change. False, with nothing changed, when a name is null.
 bool SetValue(IniStore& store, const char* section, const char* key, std::string_view value);
 
 /// The text form: "[name]" and "key=value" lines that end in CR LF. CR and LF inside names and values are left out: a

@@ -22,18 +22,15 @@ namespace store {
 namespace {
 
 constexpr std::uint32_t kTextFlags = 0;       // padding and line breaks
-constexpr std::size_t kCharacterLimit = 254;  // a setting of so many characters is not taken any more
-constexpr std::size_t kUtf8Limit = 254;       // bytes; a longer UTF-8 form is not taken
+constexpr std::size_t kCharacterLimit = 254;  // a setting has fewer characters
+constexpr std::size_t kUtf8Limit = 254;       // bytes of its UTF-8 form at most
 constexpr std::size_t kLargestBlock = PaddedLength(kUtf8Limit + 1);
 
-bool LoadSettingCrypto() {
+// Binds the crypto module; a failure is traced under `function` unless that is null.
+bool LoadSettingCrypto(const char* function) {
   const auto folder = win::FolderOf(siblings::kCryptoModule.folder);
-  return siblings::LoadCrypto(folder ? folder->c_str() : nullptr);
-}
-
-bool LoadSettingCryptoTraced(const char* function) {
-  const bool loaded = LoadSettingCrypto();
-  if (!loaded) Trace(trace::kAlways, function, "Could not load ApiCrFunctions");
+  const bool loaded = siblings::LoadCrypto(folder ? folder->c_str() : nullptr);
+  if (!loaded && function) Trace(trace::kAlways, function, "Could not load ApiCrFunctions");
   return loaded;
 }
 
@@ -46,13 +43,14 @@ std::size_t PutUtf8(const char* text, std::int32_t textLength, char (&block)[kLa
   const win::WipeAtEnd wipe(wide, sizeof wide);
   const int units = MultiByteToWideChar(CP_ACP, 0, text, length, wide, kCharacterLimit);
   const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide, units, block, kUtf8Limit, nullptr, nullptr);
-  if (bytes == 0) SecureZeroMemory(block, sizeof block);  // a form that did not fit leaves its beginning
+  if (bytes == 0)
+    SecureZeroMemory(block, sizeof block);  // the conversion leaves the beginning of a form that is too long
   return static_cast<std::size_t>(bytes);
 }
 
 enum class Failure { kReported, kIgnored };
 
-// Decodes and deciphers a setting text into `buffer`; an error of the crypto module is the result, or is ignored.
+// Decodes and decrypts a setting text into `buffer`; an error of the crypto module is the result, or is ignored.
 KE_RESULT Decipher(std::string_view text, Failure failure, char* buffer, std::int32_t size) {
   const auto textLength = static_cast<std::int32_t>(text.size());
   std::int32_t length = 0;
@@ -75,7 +73,7 @@ KE_RESULT Decipher(std::string_view text, Failure failure, char* buffer, std::in
 }  // namespace
 
 KE_RESULT EncryptSetting(const char* text, std::int32_t textLength, char* output, std::int32_t* outputSize) {
-  if (!LoadSettingCryptoTraced("KE_EncryptSetting")) return KE_CRYPTO_NOT_LOADED;
+  if (!LoadSettingCrypto("KE_EncryptSetting")) return KE_CRYPTO_NOT_LOADED;
   if (text == nullptr || outputSize == nullptr) return KE_MISSING_ARGUMENT;
   char block[kLargestBlock] = {};
   const win::WipeAtEnd wipe(block, sizeof block);
@@ -95,14 +93,14 @@ KE_RESULT EncryptSetting(const char* text, std::int32_t textLength, char* output
 
 KE_RESULT DecryptSetting(char* buffer, std::int32_t size) noexcept {
   return trace::ExportCall("KE_DecryptSetting", [&](trace::Export&) -> KE_RESULT {
-    if (!LoadSettingCryptoTraced("KE_DecryptSetting")) return KE_CRYPTO_NOT_LOADED;
+    if (!LoadSettingCrypto("KE_DecryptSetting")) return KE_CRYPTO_NOT_LOADED;
     if (buffer == nullptr) return KE_MISSING_ARGUMENT;
     return Decipher(buffer, Failure::kReported, buffer, size);
   });
 }
 
 KE_RESULT CopyDeciphered(std::string_view stored, char* buffer, std::int32_t size) {
-  LoadSettingCrypto();
+  LoadSettingCrypto(nullptr);
   return Decipher(stored, Failure::kIgnored, buffer, size);
 }
 

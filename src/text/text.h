@@ -18,7 +18,7 @@ inline bool IsBlank(const char* text) noexcept { return text == nullptr || *text
 /// `text` for a trace line.
 inline const char* OrNullText(const char* text) noexcept { return text ? text : "(null)"; }
 
-/// Copies a text into a buffer of `size` bytes, which is not 0, cut to the length that fits before its terminating zero.
+/// Copies a text into a buffer of `size` bytes, which is not 0, cut to fit before its terminating zero.
 inline void CopyCut(std::string_view text, char* buffer, std::size_t size) noexcept {
   buffer[text.copy(buffer, size - 1)] = '\0';
 }

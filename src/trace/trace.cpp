@@ -51,7 +51,7 @@ TraceScope::TraceScope() noexcept {
   try {
     const std::string directory(win::KeptModuleDirectory());
     CL_LOG_SYSTEM::Instance().Configure(kModuleName, text::FileIn(directory, text::kSettingsFile).c_str(),
-                                        text::CommonDirectory(directory).c_str(), directory.c_str(), &counted_);
+                                        (directory + "\\..\\Common").c_str(), directory.c_str(), &counted_);
   } catch (...) {
     // Without memory for three paths there is no trace of this call.
   }

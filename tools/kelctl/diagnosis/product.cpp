@@ -10,8 +10,8 @@
 #include "text/paths.h"
 #include "text/text.h"
 #include "upgrade/settings.h"
-#include "win/module.h"
 #include "win/file.h"
+#include "win/module.h"
 
 namespace kelctl {
 namespace {
