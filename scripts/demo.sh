@@ -8,24 +8,8 @@ for part in show identity jobs installation services support; do source "$root/s
 
 lay_out_product() {
   rm -rf "$product"
-  mkdir -p "$product"/{KELUtils,Common,KESAgent,KELSysCf,Scheduler,KesLpmng,KepWInst,KelConf,KelUpg,KELUPD,KELREPORT,KELTVEVT}
+  "$root/scripts/agent.sh" tree "$product"
   cd "$product"
-  cp "$built/bin/KELUtils.dll" "$built/bin/kelctl.exe" "$built/devkit/ApiCr.dll" KELUtils/
-  local devkit=$built/devkit
-  cp "$devkit"/{TvLogSys,ApiCr,KELMNAPI,KELAGAPI}.dll Common/
-  cp "$devkit/zumat.exe" Scheduler/
-  cp "$devkit/TvEvAPI.dll" KELTVEVT/
-  cp "$devkit/KePIRes.exe" KESAgent/
-  cp "$devkit/KEPLPMNG.exe" KesLpmng/
-  cp "$devkit/KepWInst.exe" KepWInst/
-  cp "$devkit/KELRCM.dll" KelConf/
-  cp "$devkit"/{KEC,KELUPG}.dll KelUpg/
-  cp "$devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe           # stands in for the update
-  cp "$devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe     # and for the report
-  local here="Z:${product//\//\\}"
-  printf '[PLUGINS]\r\nRCM=%s\\KelConf\\KELRCM.dll\r\n' "$here" > KelConf/Kelconf.ini
-  printf '[PLUGINS]\r\nKEC=%s\\KelUpg\\KEC.dll\r\n' "$here" > KelUpg/KelUpg.ini
-  printf '[LOG]\r\nLEVELLOG=20\r\n' > KELUtils/KELUTILS.INI
   find . -mindepth 1 | LC_ALL=C sort | sed 's/^\.\//  /'
 }
 
@@ -53,6 +37,8 @@ heading "The computer is integrated into the console, and its agent guarded by a
 integrate_and_guard
 heading "The agent's jobs, on a computer that is not integrated and on one that is"
 schedule_jobs
+heading "The scheduler starts a job at its minute"
+start_a_job
 heading "Plug-ins and launcher are told and put to work"
 tell_the_others
 heading "The installation is registered with its other programs"
