@@ -10,19 +10,8 @@ for part in show identity jobs installation services support; do source "$root/s
 
 lay_out_product() {
   rm -rf "$product"
-  mkdir -p "$product"/{KELUtils,Common,KESAgent,KELSysCf,Scheduler,KesLpmng,KepWInst,KelConf,KelUpg,KELUPD,KELREPORT,KELTVEVT}
+  "$root/scripts/agent.sh" tree "$product"
   cd "$product"
-  local devkit=$built/devkit here="Z:${product//\//\\}"
-  cp "$built/bin/KELUtils.dll" "$built/bin/kelctl.exe" KELUtils/
-  for file in KELUtils/ApiCr.dll Common/{TvLogSys,ApiCr,KELMNAPI,KELAGAPI}.dll Scheduler/zumat.exe KELTVEVT/TvEvAPI.dll \
-    KESAgent/KePIRes.exe KesLpmng/KEPLPMNG.exe KepWInst/KepWInst.exe KelConf/KELRCM.dll KelUpg/{KEC,KELUPG}.dll; do
-    cp "$devkit/${file#*/}" "$file"
-  done
-  cp "$devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe           # stands in for the update
-  cp "$devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe     # and for the report
-  printf '[PLUGINS]\r\nRCM=%s\\KelConf\\KELRCM.dll\r\n' "$here" > KelConf/Kelconf.ini
-  printf '[PLUGINS]\r\nKEC=%s\\KelUpg\\KEC.dll\r\n' "$here" > KelUpg/KelUpg.ini
-  printf '[LOG]\r\nLEVELLOG=20\r\n' > KELUtils/KELUTILS.INI
   find . -mindepth 1 | LC_ALL=C sort | sed 's/^\.\//  /'
 }
 
@@ -41,6 +30,7 @@ step "both are lost: the library returns to the start copy, policies are reset" 
 step "single settings and other files are encrypted too" encrypt_settings
 step "the computer is integrated, and its agent protected by a password" integrate_and_guard
 step "the agent's jobs, before and after integration" schedule_jobs
+step "the scheduler starts a job at its minute" start_a_job
 step "plug-ins and launcher are notified and run" tell_the_others
 step "the installation is registered, twice without a change" register_the_installation
 step "an older installation is migrated, twice without a change" migrate_an_older_tree

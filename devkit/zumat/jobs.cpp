@@ -9,8 +9,8 @@ Jobs::iterator PlaceOf(int id, Jobs& jobs) { return std::ranges::lower_bound(job
 
 std::string Named(int id) { return "job " + std::to_string(id); }
 
-/// The ID of a job that came without one: that of the same job when it waits for its boot already. Asking twice does not
-/// run it twice.
+/// The ID of a job that came without one: that of the same job when it waits for its boot. Asking twice does not run it
+/// twice.
 int OwnId(const Command& command, const Jobs& jobs) {
   int free = kFirstOwnId;
   for (const Job& job : jobs) {

@@ -53,146 +53,151 @@ class Runner {
  public:
   Runner(const std::string& folder, std::chrono::seconds offset) : folder_(folder), offset_(offset), boot_(Now()) {}
 
-  /// Takes over the processes that an earlier scheduler has started, and arms the jobs of this boot.
-  Outcome Begin() {
-    return Update([this](const JobFile&) {
-      for (Job& job : jobs_) Adopt(job);
-      ArmForBoot(jobs_);
-      return Outcome();
-    });
-  }
-
-  /// Notes the processes that have ended, and starts the jobs whose time has come.
-  Outcome Tick() {
-    if (!HasWork()) return {};
-    return Update([this](const JobFile& file) {
-      NoteEnds();
-      return StartDueJobs(file);
-    });
-  }
+  /// Notes the processes that have ended, and starts the jobs whose time has come. The first time it takes over the
+  /// processes of an earlier scheduler, and arms the jobs of this boot.
+  Outcome Tick();
 
  private:
   Second Now() const noexcept { return LocalTime() + offset_; }
-
   win::FileStatus FileStatus() const noexcept { return win::StatusOf(folder_ + "\\jobs.json"); }
-
   bool IsRunning(const Job& job) const { return running_.contains(job.id); }
-
-  bool HasWork() const {
-    const win::FileStatus status = FileStatus();
-    if (status.written != seen_.written || status.size != seen_.size) return true;
-    for (const auto& [id, process] : running_) {
-      if (process.Wait(0) == WAIT_OBJECT_0) return true;
-    }
-    return std::ranges::any_of(
-        jobs_, [&](const Job& job) { return StepOf(job, IsRunning(job), boot_, Now()) != Step::kWait; });
-  }
-
-  /// Reads the jobs, does `work` on them, and writes them when they have changed. A file that other processes keep
-  /// locked is tried again at the next tick.
+  bool HasWork() const;
   template <typename Work>
-  Outcome Update(Work work) {
-    const JobFile file(folder_, 1000);
-    Outcome outcome = file.Read(jobs_);
-    if (outcome.result == kBusy) return Report(outcome.message), Outcome();
-    if (!outcome.Succeeded()) return outcome;
-    const Jobs before = jobs_;
-    outcome = work(file);
-    if (outcome.Succeeded() && jobs_ != before) outcome = file.Write(jobs_);
-    seen_ = FileStatus();
-    return outcome;
-  }
-
-  void Adopt(Job& job) {
-    if (job.process == 0) return;
-    win::Process process({OpenById(job.process).Release(), nullptr, job.process, 0});
-    if (process && CreationTime(job.process) == job.created) {
-      running_[job.id] = std::move(process);
-      return;
-    }
-    job.process = 0;
-    job.error = kUnknownEnd;
-  }
-
-  void NoteEnds() {
-    std::erase_if(running_, [this](const auto& entry) {
-      const auto& [id, process] = entry;
-      if (process.Wait(0) != WAIT_OBJECT_0) return false;
-      const auto code = process.ExitCode();
-      Report("job " + std::to_string(id) + " ended with " + (code ? std::to_string(*code) : "an unknown exit code"));
-      Job* const job = FindJob(id, jobs_);
-      if (job == nullptr || job->process != process.Id()) return true;  // deleted, or another one by now
-      job->process = 0;
-      job->exitCode = code;
-      job->error = code ? "" : kUnknownEnd;
-      if (job->clauses.recurrence == Recurrence::kNextBoot)
-        std::erase_if(jobs_, [id](const Job& done) { return done.id == id; });
-      return true;
-    });
-  }
-
-  /// First writes which jobs are about to start, then starts them: a scheduler that is killed in between may lose a
-  /// start, but never repeats one.
-  Outcome StartDueJobs(const JobFile& file) {
-    const Second now = Now();
-    Jobs before = jobs_;
-    std::vector<int> due;
-    for (Job& job : jobs_) {
-      const Step step = StepOf(job, IsRunning(job), boot_, now);
-      if (step == Step::kWait) continue;
-      job.handled = now;
-      job.armed = false;
-      if (step == Step::kSkip) {
-        Report("job " + std::to_string(job.id) + " skipped: it still runs, or has run within its window");
-        continue;
-      }
-      due.push_back(job.id);
-      job.lastStart = now;
-      job.exitCode.reset();
-      job.error = kInterrupted;
-    }
-    if (due.empty()) return {};
-    if (const Outcome written = file.Write(jobs_); !written.Succeeded()) {
-      jobs_ = before;
-      return written;
-    }
-    for (const int id : due) Start(*FindJob(id, jobs_), *FindJob(id, before));
-    return {};
-  }
-
-  void Start(Job& job, const Job& before) {
-    const auto tokens = devkit::ReadShared(folder_ + "\\tokens.tok", kLongestTokens);
-    const std::string path = FindProgram(tokens.value_or(""), job.program);
-    win::Process process;
-    if (!path.empty()) {
-      process = win::StartProcess(L"\"" + Widen(CP_ACP, path) + L"\" " + Widen(CP_UTF8, job.command),
-                                  DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP);
-    }
-    if (process) {
-      job.error.clear();
-      job.process = process.Id();
-      job.created = CreationTime(process.Id());
-      running_[job.id] = std::move(process);
-    } else {
-      job.lastStart = before.lastStart;
-      job.error = path.empty() ? "tokens.tok does not name the program " + job.program
-                               : FileFailure(path + " cannot be started").message;
-      job.error = devkit::OneLine(job.error.c_str(), kMaximumError - 3);
-    }
-    Report("job " + std::to_string(job.id) + (job.error.empty() ? " started" : ": " + job.error));
-  }
+  Outcome Update(Work work);
+  void Adopt(Job& job);
+  void NoteEnds();
+  Outcome StartDueJobs(const JobFile& file);
+  void Start(Job& job, const Job& before);
 
   const std::string folder_;
   const std::chrono::seconds offset_;  // of the clock that -now has set
   const Second boot_;
+  bool begun_ = false;
   Jobs jobs_;                            // as they were read or written last
   win::FileStatus seen_;                 // of the file then
   std::map<int, win::Process> running_;  // by the job's task ID
 };
 
+Outcome Runner::Tick() {
+  if (!HasWork()) return {};
+  return Update([this](const JobFile& file) {
+    if (!begun_) {
+      for (Job& job : jobs_) Adopt(job);
+      ArmForBoot(jobs_);
+      begun_ = true;
+    }
+    NoteEnds();
+    return StartDueJobs(file);
+  });
+}
+
+bool Runner::HasWork() const {
+  const win::FileStatus status = FileStatus();
+  if (!begun_ || status.written != seen_.written || status.size != seen_.size) return true;
+  for (const auto& [id, process] : running_) {
+    if (process.Wait(0) == WAIT_OBJECT_0) return true;
+  }
+  return std::ranges::any_of(jobs_,
+                             [&](const Job& job) { return StepOf(job, IsRunning(job), boot_, Now()) != Step::kWait; });
+}
+
+/// Reads the jobs, does `work` on them, and writes them when they have changed. A file that other processes keep
+/// locked is tried again at the next tick.
+template <typename Work>
+Outcome Runner::Update(Work work) {
+  const JobFile file(folder_, 1000);
+  Outcome outcome = file.Read(jobs_);
+  if (outcome.result == kBusy) return Report(outcome.message), Outcome();
+  if (!outcome.Succeeded()) return outcome;
+  const Jobs before = jobs_;
+  outcome = work(file);
+  if (outcome.Succeeded() && jobs_ != before) outcome = file.Write(jobs_);
+  seen_ = FileStatus();
+  return outcome;
+}
+
+void Runner::Adopt(Job& job) {
+  if (job.process == 0) return;
+  win::Process process({OpenById(job.process).Release(), nullptr, job.process, 0});
+  if (process && CreationTime(job.process) == job.created) {
+    running_[job.id] = std::move(process);
+    return;
+  }
+  job.process = 0;
+  job.error = kUnknownEnd;
+}
+
+void Runner::NoteEnds() {
+  std::erase_if(running_, [this](const auto& entry) {
+    const auto& [id, process] = entry;
+    if (process.Wait(0) != WAIT_OBJECT_0) return false;
+    const auto code = process.ExitCode();
+    Report("job " + std::to_string(id) + " ended with " + (code ? std::to_string(*code) : "an unknown exit code"));
+    Job* const job = FindJob(id, jobs_);
+    if (job == nullptr || job->process != process.Id()) return true;  // deleted, or another one by now
+    job->process = 0;
+    job->exitCode = code;
+    job->error = code ? "" : kUnknownEnd;
+    if (job->clauses.recurrence == Recurrence::kNextBoot)
+      std::erase_if(jobs_, [id](const Job& done) { return done.id == id; });
+    return true;
+  });
+}
+
+/// First writes which jobs are about to start, then starts them: a scheduler that is killed in between may lose a
+/// start, but never repeats one.
+Outcome Runner::StartDueJobs(const JobFile& file) {
+  const Second now = Now();
+  Jobs before = jobs_;
+  std::vector<int> due;
+  for (Job& job : jobs_) {
+    const Step step = StepOf(job, IsRunning(job), boot_, now);
+    if (step == Step::kWait) continue;
+    job.handled = now;
+    job.armed = false;
+    if (step == Step::kSkip) {
+      Report("job " + std::to_string(job.id) + " skipped: it still runs, or has run within its window");
+      continue;
+    }
+    due.push_back(job.id);
+    job.lastStart = now;
+    job.exitCode.reset();
+    job.error = kInterrupted;
+  }
+  if (due.empty()) return {};
+  if (const Outcome written = file.Write(jobs_); !written.Succeeded()) {
+    jobs_ = before;
+    return written;
+  }
+  for (const int id : due) Start(*FindJob(id, jobs_), *FindJob(id, before));
+  return {};
+}
+
+void Runner::Start(Job& job, const Job& before) {
+  const auto tokens = devkit::ReadShared(folder_ + "\\tokens.tok", kLongestTokens);
+  const std::string path = FindProgram(tokens.value_or(""), job.program);
+  win::Process process;
+  if (!path.empty()) {
+    process = win::StartProcess(L"\"" + Widen(CP_ACP, path) + L"\" " + Widen(CP_UTF8, job.command),
+                                DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP);
+  }
+  if (process) {
+    job.error.clear();
+    job.process = process.Id();
+    job.created = CreationTime(process.Id());
+    running_[job.id] = std::move(process);
+  } else {
+    job.lastStart = before.lastStart;
+    job.error = path.empty() ? "tokens.tok does not name the program " + job.program
+                             : FileFailure(path + " cannot be started").message;
+    job.error = devkit::OneLine(job.error.c_str(), kMaximumError - 3);
+  }
+  Report("job " + std::to_string(job.id) + (job.error.empty() ? " started" : ": " + job.error));
+}
+
 Outcome RunUntilStopped(Runner& runner, HANDLE stop, std::optional<int> seconds) {
   const ULONGLONG begin = GetTickCount64();
-  Outcome outcome = runner.Begin();
+  Outcome outcome;
   while (outcome.Succeeded()) {
     outcome = runner.Tick();
     if (!outcome.Succeeded()) break;

@@ -64,8 +64,8 @@ std::optional<Minute> NextOfAny(const Job& job, Day first, Minute now) {
 /// The planned start after the one that was handled last.
 std::optional<Second> PlannedStart(const Job& job, Second boot, Second now) {
   // A clock that was set back by up to two hours, as at the end of summer time, starts nothing twice. After more, jobs
-  // must not wait until it has caught up.
-  const Second handled = job.handled > now + std::chrono::hours(2) ? now : job.handled;
+  // must not wait until it has caught up: the starts of the present minute count.
+  const Second handled = job.handled > now + std::chrono::hours(2) ? now - minutes(1) : job.handled;
   if (!job.clauses.IsBoot()) return NextStart(job, floor<minutes>(handled));
   const Second afterBoot = boot + std::chrono::seconds(job.clauses.count);
   const bool isOpen = job.clauses.recurrence == Recurrence::kNextBoot ? job.armed : afterBoot > handled;

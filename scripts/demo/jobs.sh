@@ -22,6 +22,23 @@ schedule_jobs() {
   check "twelve jobs are scheduled and one for the next boot" test "$(grep -c '"id":' <<<"$output")" = 13
 }
 
+# Waits until a file has a line, for at most 90 seconds: a job comes at the full minute.
+await_line() { for _ in {1..450}; do ! grep -q -- "$1" "$2" || return 0; sleep 0.2; done; return 1; }
+
+start_a_job() {
+  local minute
+  run "$root/scripts/agent.sh" up "$product"
+  minute=$(date -d '+70 seconds' '+%d/%m/%Y %H:%M')
+  kelctl jobs set 71 ${minute/ */} ${minute/* /} KELSCAN -- -now
+  check "the scheduler starts it" await_line 'KELSCAN -now' KesLpmng/KEPLPMNG.log
+  check "at its minute" grep -q "^$(date -d "${minute:6:4}-${minute:3:2}-${minute:0:2}" +%Y/%m/%d) ${minute/* /}:.*KELSCAN -now" KesLpmng/KEPLPMNG.log
+  check "and notes its end" await_line 'job 71 ended with 0' scheduler.txt
+  kelctl jobs list
+  check "which the list shows" has_job "^71 .* none +$minute +0\$"
+  run "$root/scripts/agent.sh" down "$product"
+  check "the scheduler has ended" grep -q 'the scheduler has ended' scheduler.txt
+}
+
 tell_the_others() {
   kelctl notify all
   run tail -n 3 KelConf/KELRCM.log | tr -d '\r' | sed '2,$s/^/  /'
