@@ -1,9 +1,7 @@
 // Runs any text as a list of commands, one a line, and reads it as a jobs file. What the commands make of the jobs must
 // read as it was written.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
 
+#include "fuzzer.h"
 #include "zumat/changes.h"
 #include "zumat/jobs_text.h"
 #include "zumat/listing.h"
@@ -13,10 +11,6 @@
 using namespace zumat;
 
 namespace {
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 /// The program's texts come from the platform as good UTF-8; others are replaced when they are written.
 bool IsAscii(std::string_view text) {
