@@ -7,9 +7,6 @@
 #include <map>
 #include <regex>
 
-#include "KELUtils.h"
-#include "support/product_tree.h"
-
 namespace endurance {
 namespace {
 
