@@ -1,19 +1,13 @@
 // Decodes any bytes, also as a decoder does that looks at one character at a time, and encodes and decodes again what
 // came out. The buffers are exact, so that AddressSanitizer sees every step past them.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
 #include <string_view>
 
+#include "fuzzer.h"
 #include "text/base64.h"
 
 using namespace text;
 
 namespace {
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 std::int32_t Size(const std::string& text) { return static_cast<std::int32_t>(text.size()); }
 

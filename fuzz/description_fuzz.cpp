@@ -1,19 +1,13 @@
 // Any bytes as a resource text and its insert, parted by the first zero byte: the description is the one that is read
 // off the text character by character, and its copy ends inside its buffer.
-#include "agent/texts.h"
-
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <vector>
 
+#include "agent/texts.h"
+#include "fuzzer.h"
 #include "text/text.h"
 
 namespace {
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 // The same by another way: one character at a time, with what the one before it leaves open.
 std::string Expected(const std::string& resource, const std::string& insert) {

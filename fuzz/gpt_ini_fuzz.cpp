@@ -1,18 +1,11 @@
 // Any bytes as gpt.ini: a step of the version changes the text once more each time in the same way, and lists the
 // extension once.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzzer.h"
 #include "policy/policy_texts.h"
 
 using namespace policy;
 
 namespace {
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 std::size_t Count(const std::string& text, const std::string& part) {
   std::size_t count = 0;

@@ -1,22 +1,16 @@
 // Parses any bytes as a store, also line by line in the plainest way. What is written of it must read as the same store
 // again; and a value that is changed must be the one that is found.
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <span>
-#include <string>
 #include <vector>
 
+#include "fuzzer.h"
 #include "store/ini_store.h"
 #include "text/text.h"
 
 using namespace store;
 
 namespace {
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 // The text form of what is understood of a text, which has no line breaks within its lines.
 std::string Expected(const std::string& text) {

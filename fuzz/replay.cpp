@@ -1,12 +1,10 @@
 // Runs a fuzzer's function over the files of folders: a fuzzer without its engine, for compilers that have none.
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+#include "fuzzer.h"
 
 /// Ends with exit code 1 when a folder has no file; an input that breaks something ends the program where it does, and
 /// is the last one named.

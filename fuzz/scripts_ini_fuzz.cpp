@@ -1,11 +1,9 @@
 // Any bytes as scripts.ini, as UTF-16 and as single bytes: what is understood is written back as it was, and adding and
 // taking out a script leaves all others as they were.
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <span>
-#include <string>
 
+#include "fuzzer.h"
 #include "policy/policy_texts.h"
 
 using namespace policy;
@@ -13,10 +11,6 @@ using namespace policy;
 namespace {
 
 const Script kAdded{u"fuzz added.cmd", u"\"a\" b=\"1\" "};
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 ScriptsIni Parsed(const std::u16string& text) {
   const auto ini = ParseScriptsIni(text);

@@ -1,19 +1,13 @@
 // Runs any text as a list of commands, one a line, and reads it as a jobs file. What the commands make of the jobs must
 // read as it was written.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
 
+#include "fuzzer.h"
 #include "zumat/jobs_text.h"
 #include "zumat/schedule.h"
 
 using namespace zumat;
 
 namespace {
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 /// The program's texts come from the platform as good UTF-8; others are replaced when they are written.
 bool IsAscii(std::string_view text) {

@@ -5,15 +5,14 @@
 
 #include "KELUtils.h"
 #include "agent/uuid.h"
-#include "support/agent_tree.h"
+#include "support/inner_module.h"
 #include "trace/trace.h"
 
 namespace {
 
 enum Step { kSecurity, kBlanket, kInit, kCreate, kConnect, kQuery, kNext, kGet, kException };
 
-/// COM and management instrumentation in the test's hands, by their binary interface, in which every argument is a
-/// word.
+/// A fake of COM and management instrumentation, by their binary interface: every argument is a word.
 struct FakeCom {
   static inline int failing, held;  // the step that fails; how much was taken and not given back
   static inline HRESULT failure;

@@ -1,6 +1,8 @@
 // Every export against every bad argument, and in the long form against every two of them: a documented result, nothing
 // read or written outside of what was handed over, and the arguments taken off the stack, whatever its alignment.
-#include "endurance/busy_tree.h"
+#include <map>
+
+#include "endurance/exported_functions.h"
 #include "support/tally.h"
 
 namespace {
@@ -91,4 +93,46 @@ TEST_CASE("bad arguments: a documented result, and nothing beyond the arguments 
 TEST_CASE("bad arguments: the same without siblings") {
   Matrix without(false);
   for (const ExportedFunction& function : endurance::ExportedFunctions()) without.Run(function);
+}
+
+TEST_CASE("tracing: every export writes its start and end under its name, and between them one line for a failure") {
+  const std::map<std::string, std::string> names = {{"KE_GetLastErrorParam", "KE_GetLastInstallErrorEx"},
+                                                    {"KE_GetPasswordRCMDec", "KE_GetPasswordRCM"},
+                                                    {"KE_AddPlugin", "KE_UTIL_AddPlugin"},
+                                                    {"KE_SetVersion", "KE_UTIL_SetVersion"},
+                                                    {"KE_GetInetConfig", "KE_INSTALL_GetInetConfig"},
+                                                    {"KE_AplyLocalRCMCfg", "KE_AplyLocalCfg"},
+                                                    {"KE_LaunchKEPWInst", "LaunchKEPWinst"}};
+  const endurance::BusyTree tree(false);
+  tree.TurnLogOn();
+  const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+  const auto count = [](const std::string& text, const std::string& part) {
+    int found = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; ++at) ++found;
+    return found;
+  };
+  for (const ExportedFunction& function : endurance::ExportedFunctions()) {
+    CAPTURE(function.name);
+    const auto values = tree.Values(function);
+    std::vector<const Value*> nothing;
+    for (const auto& value : values) nothing.push_back(&value[1]);
+    tree.Reset();
+    std::filesystem::remove(tree.Path("KELUtils/KELUtils.log"));
+    const std::uint32_t result = endurance::Call(dll.Handle(), function, nothing, 0).result;
+    const auto named = names.find(function.name);
+    const std::string name = named == names.end() ? function.name : named->second, lines = tree.Log(),
+                      who = ";KELUtils;" + name + ";\"", code = std::to_string(result);
+    if (function.name == "KE_SetURLSecureServer") CHECK(lines.empty());
+    if (function.name == "KE_SetURLSecureServer") continue;
+    CHECK(lines.find(";10" + who + "Function start\"") != lines.npos);
+    if (function.results.contains(1)) {  // yes or no
+      CHECK(lines.find(";10" + who + "Function end. Return code (") != lines.npos);
+      continue;
+    }
+    const bool wrong = result == 1777 || result == 1778 || result == 1789;
+    CHECK(lines.find(";10" + who + "Function end. Return code (" + code + ")\"") != lines.npos);
+    CHECK(count(lines, ";20" + who + "Wrong parameters\"") == (wrong ? 1 : 0));
+    CHECK(count(lines, ";20" + who + "Error (" + code + ") return by function (" + name + ")\"") ==
+          (result != 0 && !wrong ? 1 : 0));
+  }
 }

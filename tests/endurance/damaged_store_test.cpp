@@ -1,6 +1,6 @@
 // INTEGRA.DAT cut at every length and with every bit flipped (in the short form some of them), before every export that
 // reads it: a documented result each time, and a setter that succeeds leaves a store that holds the value.
-#include "endurance/busy_tree.h"
+#include "endurance/exported_functions.h"
 #include "support/tally.h"
 
 namespace {

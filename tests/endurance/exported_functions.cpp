@@ -7,9 +7,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "KELUtils.h"
-#include "support/product_tree.h"
-
 namespace endurance {
 namespace {
 

@@ -1,10 +1,9 @@
 // Calls and loads, over and over: what the process holds stays as it was.
 #include <windows.h>
 
-#include <psapi.h>
 #include <tlhelp32.h>
 
-#include "endurance/busy_tree.h"
+#include "endurance/exported_functions.h"
 #include "support/handles.h"
 #include "support/tally.h"
 
@@ -26,6 +25,14 @@ DWORD Threads() {
   }
   CloseHandle(snapshot);
   return count;
+}
+
+// How many slots of thread-local or fiber-local storage are free, negative.
+long long UsedSlots(DWORD(WINAPI* take)(), BOOL(WINAPI* free)(DWORD)) {
+  std::vector<DWORD> slots;
+  for (DWORD slot; (slot = take()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
+  for (const DWORD slot : slots) free(slot);
+  return -static_cast<long long>(slots.size());
 }
 
 DWORD WINAPI TakeFiberSlot() { return FlsAlloc(nullptr); }
@@ -58,18 +65,12 @@ long long PrivateBytes() {
 }
 
 std::vector<Holding> Holdings() {
-  PROCESS_MEMORY_COUNTERS_EX memory{};
-  GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
-  DWORD handles = 0;
-  GetProcessHandleCount(GetCurrentProcess(), &handles);
   return {{"handles", support::OpenHandles(), 0},
-          {"handles by the platform's count", handles, 0},
           {"threads", Threads(), 0},
-          {"TLS slots", -static_cast<long long>(support::FreeSlots()), 0},
-          {"FLS slots", -static_cast<long long>(support::FreeSlots(TakeFiberSlot, FlsFree)), 0},
+          {"TLS slots", UsedSlots(TlsAlloc, TlsFree), 0},
+          {"FLS slots", UsedSlots(TakeFiberSlot, FlsFree), 0},
           {"heap bytes", HeapBytes(), 400},
-          {"private bytes", PrivateBytes(), 1 << 20},
-          {"private bytes by the platform's count", static_cast<long long>(memory.PrivateUsage), 1 << 20}};
+          {"private bytes", PrivateBytes(), 1 << 20}};
 }
 
 // Runs `work` `warmUp` times and then `times` times, between which nothing may be left behind.
@@ -88,15 +89,21 @@ void Repeat(support::Tally& tally, const std::string& name, int warmUp, int time
 
 }  // namespace
 
-TEST_CASE("leaks: loading, using and unloading") {
+TEST_CASE("leaks: loading, using and unloading, also with exceptions inside") {
   const endurance::BusyTree tree(true);
+  const support::ProductTree large;
+  support::WriteFile(large.Store("INTEGRA.DAT"), "");
+  std::filesystem::resize_file(large.Store("INTEGRA.DAT"), 3LL << 30);  // more than there is memory for
   support::Tally tally("loading, using and unloading");
   const int times = support::IsLong() ? 10000 : 300;
-  Repeat(tally, "load", 20, times, [&] {
-    const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+  const auto cycle = [](const support::ProductTree& in, KE_RESULT expected) {
+    const support::LoadedDll dll(in.Path("KELUtils/KELUtils.dll"));
     char buffer[64];
-    CHECK(CALL(dll, KE_GetAgentID)(buffer, sizeof buffer) == KE_SUCCESS);
-  });
+    CHECK(CALL(dll, KE_GetAgentID)(buffer, sizeof buffer) == expected);
+  };
+  Repeat(tally, "load", 20, times, [&] { cycle(tree, KE_SUCCESS); });
+  Repeat(tally, "load, with an exception", 10, times / 3, [&] { cycle(large, KE_EXCEPTION); });
+  CHECK(GetModuleHandleA("KELUtils.dll") == nullptr);
   tally.note = ", " + std::to_string(times) + " cycles";
 }
 

@@ -1,67 +1,17 @@
 #include <doctest/doctest.h>
 
-#include <algorithm>
-#include <atomic>
 #include <cstdlib>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "exports/store_tree.h"
-#include "support/handles.h"
 
 using support::LoadedDll;
-
-namespace {
-
-// How far the process's handles reach: new handles fill the gaps first, so the last of a few grows with every leak.
-// (Wine does not count a process's handles.)
-size_t HighestHandle() {
-  size_t highest = 0;
-  std::vector<HANDLE> events(16);
-  for (HANDLE& event : events) event = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-  for (const HANDLE event : events) {
-    highest = std::max(highest, reinterpret_cast<size_t>(event));
-    CloseHandle(event);
-  }
-  return highest;
-}
-
-DWORD WINAPI RunThread(void* work) {
-  (*static_cast<std::function<void()>*>(work))();
-  return 0;
-}
-
-HANDLE StartThread(std::function<void()>& work) { return CreateThread(nullptr, 0, RunThread, &work, 0, nullptr); }
-
-}  // namespace
-
-TEST_CASE(
-    "life cycle: loading, using and unloading leave no handle and no TLS slot behind, even with exceptions inside") {
-  const support::ProductTree tree, large;
-  tree.AddDevkit("TvLogSys.dll", "Common");
-  support::WriteFile(tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=10\r\n");
-  support::WriteFile(large.Store("INTEGRA.DAT"), "");
-  std::filesystem::resize_file(large.Store("INTEGRA.DAT"), 3LL << 30);  // more than there is memory for
-  const auto cycle = [](const support::ProductTree& in, KE_RESULT expected) {
-    const LoadedDll dll(in.Path("KELUtils/KELUtils.dll"));
-    char buffer[64];
-    CHECK(CALL(dll, KE_GetContainer)(buffer, sizeof buffer) == expected);
-  };
-  for (int i = 0; i < 10; ++i) cycle(tree, KE_SUCCESS);
-  const size_t handles = HighestHandle(), slots = support::FreeSlots();
-  for (int i = 0; i < 1000; ++i) cycle(tree, KE_SUCCESS);
-  for (int i = 0; i < 100; ++i) cycle(large, KE_EXCEPTION);
-  CHECK(HighestHandle() <= handles + 64);
-  CHECK(support::FreeSlots() == slots);
-  CHECK(GetModuleHandleA("KELUtils.dll") == nullptr);
-}
 
 TEST_CASE("module directory: one that has no name in the code page is unknown, and nothing is used in its place") {
   const StoreTree tree;
   tree.Put("INTEGRA.DAT", WholeStore("agent"));
-  tree.tree.AddDevkit("TvLogSys.dll", "Common");
-  support::WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
+  tree.tree.TurnLogOn();
   const struct {
     const wchar_t* folder;
     bool known;
@@ -81,6 +31,9 @@ TEST_CASE("module directory: one that has no name in the code page is unknown, a
         // What a letter like this one is replaced by names the first folder, which stays as it is.
         CHECK(CALL(dll, KE_SetAgentID)("other") == KE_NO_MODULE_DIRECTORY);
         CHECK(CALL(dll, KE_AddPlugin)("K", "KELUtils", "v") == KE_NO_MODULE_DIRECTORY);
+        for (const char* edit :
+             {"KE_RemovePlugin", "KE_SetVersion", "KE_AddPolicyTypeSuscription", "KE_RemovePolicyTypeSuscription"})
+          CHECK(dll.Get<decltype(&KE_SetVersion)>(edit)("KEC", "KELUtils") == KE_NO_MODULE_DIRECTORY);
         CHECK(CALL(dll, KE_SetURLSecureServer)("https://s") == KE_NO_MODULE_DIRECTORY);
         CHECK(CALL(dll, KE_SetURLServer)("https://s") == KE_AGENT_NOT_LOADED);
         CHECK(CALL(dll, KE_LaunchKEPWInst)() == KE_INSTALL_HELPER_NOT_STARTED);
@@ -108,27 +61,6 @@ TEST_CASE("random numbers: the host's own are left alone by loading the library 
   CHECK(std::rand() == first);
 }
 
-TEST_CASE("threads: getting and setting at once never shows a torn value") {
-  const support::ProductTree tree;
-  const LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
-  const std::string values[] = {std::string(3, 'a'), std::string(40, 'b'), std::string(500, 'c')};
-  REQUIRE(CALL(dll, KE_SetContainer)(values[0].c_str()) == KE_SUCCESS);
-  std::atomic<int> failures = 0;
-  std::function<void()> work = [&] {
-    for (int i = 0; i < 50; ++i) {
-      failures += CALL(dll, KE_SetContainer)(values[i % 3].c_str()) != KE_SUCCESS;
-      char buffer[600];
-      const bool read = CALL(dll, KE_GetContainer)(buffer, sizeof buffer) == KE_SUCCESS;
-      failures += !read || std::find(values, values + 3, buffer) == values + 3;
-    }
-  };
-  HANDLE threads[6];
-  for (HANDLE& thread : threads) thread = StartThread(work);
-  CHECK(WaitForMultipleObjects(6, threads, TRUE, 120000) == WAIT_OBJECT_0);
-  for (const HANDLE thread : threads) CloseHandle(thread);
-  CHECK(failures == 0);
-}
-
 TEST_CASE(
     "end of the process: a host that ends without freeing the library, with a thread inside a call, ends at once") {
   // Runs in a child: this program, told to run the case below.
@@ -141,12 +73,32 @@ TEST_CASE(
         77);
 }
 
+static DWORD WINAPI SetForEver(void* dll) {
+  for (;;) CALL(*static_cast<LoadedDll*>(dll), KE_SetAgentID)("agent");
+}
+
 TEST_CASE("child: ends inside a call" * doctest::skip()) {
   static LoadedDll dll(std::getenv("KELUTILS_TEST_DLL"));
-  static std::function<void()> work = [] {
-    for (;;) CALL(dll, KE_SetAgentID)("agent");
-  };
-  CloseHandle(StartThread(work));
+  CloseHandle(CreateThread(nullptr, 0, SetForEver, &dll, 0, nullptr));
   Sleep(200);
   ExitProcess(77);
+}
+
+TEST_CASE("version resource: a version other than the build's, or a name that is missing") {
+  const std::string path = (support::BuildFolder() / "bin/KELUtils.dll").string();
+  std::vector<char> resource(GetFileVersionInfoSizeA(path.c_str(), nullptr));
+  REQUIRE(GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()));
+  void* data = nullptr;
+  UINT size = 0;
+  REQUIRE(VerQueryValueA(resource.data(), "\\", &data, &size));
+  const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(data);
+  constexpr DWORD high = VERSION_MAJOR << 16 | VERSION_MINOR, low = VERSION_PATCH << 16;
+  CHECK((fixed.dwFileVersionMS == high && fixed.dwFileVersionLS == low && fixed.dwProductVersionMS == high));
+  const std::string own = std::to_string(VERSION_MAJOR) + "." + std::to_string(VERSION_MINOR) + ".";
+  for (const auto& [field, value] :
+       {std::pair{"FileVersion", own}, {"OriginalFilename", std::string("KELUtils.dll")}}) {
+    REQUIRE(
+        VerQueryValueA(resource.data(), (std::string("\\StringFileInfo\\040904E4\\") + field).c_str(), &data, &size));
+    CHECK(std::string(static_cast<const char*>(data)).starts_with(value));
+  }
 }

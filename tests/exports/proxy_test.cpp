@@ -16,11 +16,8 @@ namespace {
 
 struct ProxyTree : support::ProductTree {
   ProxyTree() {
-    for (const char* file : {"TvLogSys.dll", "KELAGAPI.dll"}) AddDevkit(file, "Common");
-    support::WriteFile(Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
-  }
-  bool Traced(const string& line) const {
-    return support::ReadFile(Path("KELUtils/KELUtils.log")).find(";KELUtils;" + line + "]\"\r\n") != string::npos;
+    TurnLogOn();
+    AddDevkit("KELAGAPI.dll", "Common");
   }
   // A record as the development module keeps it, behind the header of its file.
   string Record(const char* file) const { return support::ReadFile(Path("Common") / file).substr(32); }
@@ -65,8 +62,8 @@ TEST_CASE("agent and static proxy: the records at every offset, texts at and pas
     CHECK((CALL(dll, KE_GetConfiguratedProxy)(&proxy) == KE_SUCCESS && proxy.hasCredentials == (row.flags > 3)));
     CHECK(Shown(proxy) == row.shown);
   }
-  for (const string line : {"Server:   [h", "Port:     [3128", "User:     [", "Password: ["})
-    CHECK(tree.Traced("KE_SetAgentProxyInfo;\"Parameter " + line));
+  for (const string line : {"Server:   [h]", "Port:     [3128]", "User:     []", "Password: []"})
+    CHECK(tree.Traced("KE_SetAgentProxyInfo;\"Parameter " + line + "\""));
 
   const size_t lengths[][3] = {{2, 0, 96}, {0, 3, 160}, {0, 0, 32}, {255, 319, 224}, {256, 320, 224}};
   for (const auto& [host, ips, flags] : lengths) {
@@ -76,8 +73,21 @@ TEST_CASE("agent and static proxy: the records at every offset, texts at and pas
     Put(expected, 281, X(ips), 320);
     CHECK(tree.Record("KELAGAPI-1-10.rec") == expected);
   }
-  for (const string line : {"Host:   [(null)", "IPs:    [xxx"})
-    CHECK(tree.Traced("KE_SetStaticProxyInfo;\"Parameter psz" + line));
+}
+
+TEST_CASE("agent server: the record keeps everything but the address, which is cut to its field") {
+  const ProxyTree tree;
+  const LoadedDll dll(tree.library), agent(tree.Path("Common/KELAGAPI.dll"));
+  string record = X(2564);
+  CALL(agent, KE_AGAPI_Initialize)();
+  CHECK(CALL(agent, KE_AGAPI_SetConfig)(1, 6, record.data(), 2564) == 0);
+  CHECK(CALL(dll, KE_SetURLServer)(nullptr) == KE_MISSING_ARGUMENT);
+  for (const string& server : {string(600, 's'), string(511, 's'), string("https://s"), string()}) {
+    CHECK(CALL(dll, KE_SetURLServer)(server.c_str()) == KE_SUCCESS);
+    const string written = tree.Record("KELAGAPI-1-6.rec");
+    CHECK((written.substr(0, 1028) == X(1028) && written.c_str() + 1028 == server.substr(0, 511)));
+    CHECK(written.substr(1540) == X(1024));
+  }
 }
 
 TEST_CASE("proxy exports: each failure has its code, stores nothing and gives the agent module back") {
@@ -92,11 +102,12 @@ TEST_CASE("proxy exports: each failure has its code, stores nothing and gives th
     return CALL(dll, KE_SetAgentProxyInfo)(server, "1", user.c_str(), password.c_str());
   };
   const auto setStatic = [&] { return CALL(dll, KE_SetStaticProxyInfo)("h", nullptr); };
+  const auto setServer = [&] { return CALL(dll, KE_SetURLServer)("https://s"); };
   // No module, one that loads but lacks the functions in the second folder, and one in the first.
   for (const char* folder : {"", "KELUtils", "Common"}) {
     if (*folder) tree.AddFake("FakeKERegister", string(folder) + "/KELAGAPI.dll");
     const KE_RESULT expected = string(folder) == "Common" ? KE_AGENT_INCOMPLETE : KE_AGENT_NOT_LOADED;
-    CHECK(CALL(dll, KE_SetURLServer)("s") == KE_AGENT_NOT_LOADED);
+    CHECK(setServer() == KE_AGENT_NOT_LOADED);
     for (const KE_RESULT result : {configured(), internet(), set(), setStatic()}) {
       CHECK_MESSAGE(result == expected, folder);
       CHECK(GetModuleHandleA("KELAGAPI.dll") == nullptr);
@@ -115,10 +126,11 @@ TEST_CASE("proxy exports: each failure has its code, stores nothing and gives th
   fail("KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "kept", internet);
   fail("KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "", configured);
   fail("KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "", configured);
+  fail("KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "kept", setServer);
+  fail("KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setServer);
   fail("KE_AGAPI_SetConfig", KE_REGISTRY_UNUSABLE, "kept", set);
   fail("KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setStatic);
-  CHECK(tree.Traced("KE_SetAgentProxyInfo;\"Error during proxy configuration: [-9"));
-  CHECK(tree.Traced("KE_SetStaticProxyInfo;\"Error during StaticKeProxy configuration: [-9"));
+  CHECK(tree.Traced("KE_SetAgentProxyInfo;\"Error during proxy configuration: [-9]\""));
 
   const string good = Setting(dll, "u"), longest = good + string(1023 - good.size(), ' ');
   CALL(crypto, FakeCipher)()->error = 9;

@@ -42,8 +42,7 @@ TEST_CASE("settings: lengths of block and text, the way back, texts with foreign
   for (const auto& [length, taken, enciphered, block, plain] : rows) {
     CAPTURE(length);
     const std::string setting(static_cast<size_t>(length), 'x'), text = Encrypted(dll, setting, taken);
-    CHECK(text.size() == static_cast<size_t>(enciphered));
-    CHECK(Decrypted(dll, text, block + 1) == "(1778)");
+    CHECK((text.size() == static_cast<size_t>(enciphered) && Decrypted(dll, text, block + 1) == "(1778)"));
     CHECK(Decrypted(dll, text, block + 2) == std::string(static_cast<size_t>(plain), 'x'));
   }
   REQUIRE(GetACP() == 1252);
@@ -57,15 +56,12 @@ TEST_CASE("settings: lengths of block and text, the way back, texts with foreign
 
 TEST_CASE("stored passwords: missing, in plain, as stored, compared; none stays in memory or reaches the log") {
   const StoreTree tree;
-  tree.tree.AddDevkit("TvLogSys.dll", "Common");
-  support::WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
+  tree.tree.TurnLogOn();
   const LoadedDll dll = tree.Load();
   const auto check = CALL(dll, KE_CheckInstallationPassw);
   char buffer[99] = "kept";
-  CHECK(CALL(dll, KE_GetUninstallPass)(buffer, 99) == KE_STORE_UNUSABLE);
-  CHECK(std::string(buffer) == "kept");
-  CHECK(CALL(dll, KE_GetPasswordRCMDec)(buffer, 99) == KE_STORE_UNUSABLE);
-  CHECK(std::string(buffer).empty());
+  CHECK((CALL(dll, KE_GetUninstallPass)(buffer, 99) == KE_STORE_UNUSABLE && std::string(buffer) == "kept"));
+  CHECK((CALL(dll, KE_GetPasswordRCMDec)(buffer, 99) == KE_STORE_UNUSABLE && std::string(buffer).empty()));
   for (const int32_t length : {12, 60}) {  // inside a string object, and outside of it
     std::string secret, masked;
     for (int i = 0; i < length; ++i) masked += static_cast<char>(('!' + i * 7 % 90) ^ kFakeCipherMask);
@@ -75,23 +71,21 @@ TEST_CASE("stored passwords: missing, in plain, as stored, compared; none stays 
     CHECK(CALL(dll, KE_SetPasswordRCM)(text.c_str()) == KE_SUCCESS);
     const int32_t enough = (length + 16) / 16 * 16 + 2;
     CHECK(CALL(dll, KE_GetPasswordRCMDec)(buffer, enough - 1) == KE_BUFFER_TOO_SMALL);
-    CHECK(CALL(dll, KE_GetPasswordRCMDec)(buffer, enough) == KE_SUCCESS);
-    CHECK(buffer == secret);
+    CHECK((CALL(dll, KE_GetPasswordRCMDec)(buffer, enough) == KE_SUCCESS && buffer == secret));
     CHECK(check(secret.c_str(), 0) == 1);
     CHECK(check(text.c_str(), 2) == (length == 12 ? 1 : 0));  // the store keeps no line breaks
     CHECK(check((text + "x").c_str(), 2) == 0);
     for (const auto& other : {"a" + secret.substr(1), secret.substr(1), text}) CHECK(check(other.c_str(), 0) == 0);
     const std::string path = tree.tree.Path("values.dat").string();
     for (const char* key : {"1", "2", "3"}) CALL(dll, KE_SetEncryptedFileValue)("S", key, secret.c_str(), path.c_str());
-    const std::string log = support::ReadFile(tree.tree.Path("KELUtils/KELUtils.log"));
+    const std::string log = tree.tree.Log();
     CHECK((log.find("The password is correct!") < log.size() && log.find(secret) == std::string::npos));
     CHECK(IsInMemory(masked));  // the search works
     SecureZeroMemory(secret.data(), secret.size());
     SecureZeroMemory(buffer, sizeof buffer);
     CHECK_FALSE(IsInMemory(masked));
   }
-  CHECK(CALL(dll, KE_SetUninstallPass)("", 0) == KE_SUCCESS);
-  CHECK(CALL(dll, KE_IsNeededInstallationPassw)() == 0);
+  CHECK((CALL(dll, KE_SetUninstallPass)("", 0) == KE_SUCCESS && CALL(dll, KE_IsNeededInstallationPassw)() == 0));
 }
 
 TEST_CASE("integration: date and identifier, stored and emptied; a single failed write does not count") {
@@ -99,8 +93,7 @@ TEST_CASE("integration: date and identifier, stored and emptied; a single failed
   const KE_TIME time{9, 8, 7, 5, 2, 124};
   for (const char* device : {"d", ""}) {
     const LoadedDll dll = tree.Load();
-    CHECK(CALL(dll, KE_SetDeviceID)(device) == KE_SUCCESS);
-    CHECK(CALL(dll, KE_Integrate)(&time) == KE_SUCCESS);
+    CHECK((CALL(dll, KE_SetDeviceID)(device) == KE_SUCCESS && CALL(dll, KE_Integrate)(&time) == KE_SUCCESS));
     CHECK(tree.Text("INTEGRA.DAT").find("\r\nDate=2024-03-05 07:08:09\r\n") != std::string::npos);
     std::optional<LockedFile> readable(std::in_place, tree.tree.Store("INTEGRA.DAT"), FILE_SHARE_READ);
     CHECK(CALL(dll, KE_DeIntegrate)() == (*device ? KE_STORE_UNUSABLE : KE_SUCCESS));
@@ -112,13 +105,24 @@ TEST_CASE("integration: date and identifier, stored and emptied; a single failed
 
 TEST_CASE("value files: states of the file, a failing cipher, names that are cut") {
   const StoreTree tree;
+  const std::string path = tree.tree.Path("values.dat").string();
+  {
+    const LoadedDll plain = tree.Load();  // without an install path it finds no crypto module
+    char buffer[8];
+    CHECK(CALL(plain, KE_SetEncryptedFileValue)("A", "k", "v", path.c_str()) == KE_SUCCESS);
+    CHECK(support::ReadFile(path) == "[A]\r\nk=v\r\n");
+    CHECK(
+        (CALL(plain, KE_GetEncryptedFileValue)("A", "k", buffer, 8, path.c_str()) == 0 && std::string(buffer) == "v"));
+    support::WriteFile(path, "TVKE0123456789abcdef");
+    CHECK(CALL(plain, KE_SetEncryptedFileValue)("A", "k", "v", path.c_str()) == KE_CRYPTO_FAILED);
+    CHECK(support::ReadFile(path) == "TVKE0123456789abcdef");
+  }
   const LoadedDll crypto(tree.tree.Path("KELUtils/ApiCr.dll")), dll = tree.Load();
   CALL(crypto, FakeCipher)()->error = 9;
   CHECK(Decrypted(dll, "QUJD", 99) == "(9)");  // binds the fake for all exports
   CALL(crypto, FakeCipher)()->error = 0;
   const auto get = CALL(dll, KE_GetEncryptedFileValue);
   const auto set = CALL(dll, KE_SetEncryptedFileValue);
-  const std::string path = tree.tree.Path("values.dat").string();
   const std::pair<std::string, KE_RESULT> files[] = {
       {"TVKE\xA7=", 1782}, {"", 1782}, {"[S]\nK=", 1782}, {"[S]\nK=1234", 1778}, {FakeEnciphered("[s]\nk=v=w"), 0}};
   for (const auto& [content, result] : files) {

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "policy/local_policy.h"
+#include "policy/log_sink.h"
 #include "policy/os_identification.h"
 #include "support/product_tree.h"
 
@@ -39,6 +40,21 @@ inline std::set<std::string> Lines(HKEY root, const std::string& path, const std
   RegCloseKey(key);
   return lines;
 }
+
+/// A log sink that keeps its lines: the level and the text; of an error also its result and the code of Windows.
+struct RecordingSink : policy::ILogSink {
+  std::uint32_t KE_API FirstSlot() override { return 0; }
+  std::uint32_t KE_API GetLevel(std::uint32_t* wanted) override { return *wanted = level, failure; }
+  void KE_API Write(std::uint32_t at, std::uint32_t, const wchar_t*, const wchar_t* text) override {
+    lines += std::to_wstring(at) + L" " + text + L"\n";
+  }
+  void KE_API WriteError(std::uint32_t at, std::uint32_t, const wchar_t*, std::uint32_t result, std::uint32_t error,
+                         const wchar_t* text) override {
+    Write(at, 1, L"", (text + (L" <" + std::to_wstring(result)) + L" " + std::to_wstring(error) + L">").c_str());
+  }
+  std::uint32_t level = 50, failure = 0;
+  std::wstring lines;
+};
 
 struct TestPolicy {
   static constexpr char kPrefix[] = "Software\\KELUtils tests\\";

@@ -1,12 +1,14 @@
 #include "policy/script_registration.h"
 
+#include <aclapi.h>
 #include <doctest/doctest.h>
 
 #include <optional>
 
 #include "policy/policy_fixture.h"
-#include "support/recording_sink.h"
+#include "policy/system_files.h"
 #include "torture/torture.h"
+#include "win/registry.h"
 
 using namespace policy;
 using support::ReadFile;
@@ -24,7 +26,7 @@ KE_RESULT Remove(const TestPolicy& policy, const ScriptMatch& wanted = {u"x"}, p
 
 std::string Utf16(const std::string& text) { return EncodeUtf16(policy::Utf16(support::Wide(text))); }
 
-// The scripts a, b and c with the parameters 1, x and 3; c has run.
+// The scripts a, b and c with the parameters 1, x and 3. c has run.
 struct ThreeScripts : TestPolicy {
   ThreeScripts() {
     for (const Script& script : {Script{u"a.cmd", u"1"}, {u"b.cmd", u"x"}, {u"c.cmd", u"3"}})
@@ -111,6 +113,26 @@ std::string ObjectLines(const TestPolicy& policy, bool scriptOrder = true) {
          (scriptOrder ? "0\\PSScriptOrder=4:01000000\n" : "") + "0\\SOM-ID=1:Local\n";
 }
 
+// What the platform will delete at the next start; put back as it was at the end of the scope.
+constexpr char kKey[] = "SYSTEM\\CurrentControlSet\\Control\\Session Manager", kName[] = "PendingFileRenameOperations";
+struct PendingDeletions {
+  ~PendingDeletions() {
+    const auto size = static_cast<DWORD>(before.size());
+    if (size > 0)
+      RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, kName, REG_MULTI_SZ, before.data(), size);
+    else
+      RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKey, kName);
+  }
+  static std::string Read() {
+    std::string data(65536, '\0');
+    DWORD size = static_cast<DWORD>(data.size());
+    const auto status = RegGetValueA(HKEY_LOCAL_MACHINE, kKey, kName, RRF_RT_REG_MULTI_SZ, nullptr, data.data(), &size);
+    return data.substr(0, status == ERROR_SUCCESS ? size : 0);
+  }
+  static std::size_t Find(const std::filesystem::path& path) { return Read().find(path.string() + '\0'); }
+  const std::string before = Read();
+};
+
 }  // namespace
 
 TEST_CASE("policy scripts: registering writes the places of the release, and nothing of a bad script") {
@@ -137,12 +159,14 @@ TEST_CASE("policy scripts: registering writes the places of the release, and not
   for (const Script& script : {Script{u"a", u"x\r\n1CmdLine=b"}, {std::u16string(260, u'a'), u""}})
     CHECK(RegisterScript(nullptr, policy.places, kShutdown, script) == KE_OUT_OF_RANGE);
   CHECK(Remove(policy, {u""}) == KE_MISSING_ARGUMENT);
+  CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);
   CHECK((policy.folder.FileCount() == 0 && policy.Registry(0).empty()));
 }
 
 TEST_CASE("policy scripts: removing one of three leaves the others renumbered and whole") {
   const ThreeScripts policy;
   support::RecordingSink sink;
+  CHECK((Remove(policy, {u"x", u"another.cmd"}) == KE_SUCCESS && policy.State().ends_with("abc")));
   CHECK(Remove(policy, {u"x"}, &sink) == KE_SUCCESS);
   for (const std::size_t place : {0u, 1u}) {
     CHECK(policy.Registry(place) == "\n" + ScriptLines("0\\0\\", "a.cmd", "1", kNeverRan, place == 0) +
@@ -154,9 +178,7 @@ TEST_CASE("policy scripts: removing one of three leaves the others renumbered an
   CHECK(policy.State().ends_with("a-c"));
   CHECK((GetFileAttributesW(policy.Ini().c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
   CHECK(ReadFile(policy.Gpt()).ends_with("Version=4\r\n"));
-  CHECK(sink.lines.starts_with(L"50 Function start\n30 Parameter (kind): Shutdown\n30 Parameter (parameters): x\n"));
   CHECK(sink.lines.ends_with(L"40 Return code (0)\n50 Function end\n"));
-
   const std::string state = policy.State() + ReadFile(policy.Gpt());
   CHECK(Remove(policy) == KE_SUCCESS);  // nothing is found any more
   CHECK((policy.State() + ReadFile(policy.Gpt()) == state));
@@ -176,8 +198,7 @@ TEST_CASE("policy scripts: a removal that was interrupted anywhere is brought to
   for (int number = 0; number < snapshots.count; ++number) {
     CAPTURE(number);
     snapshots.Restore(number);
-    CHECK(Remove(policy) == KE_SUCCESS);
-    CHECK((policy.State() == expected));
+    CHECK((Remove(policy) == KE_SUCCESS && policy.State() == expected));
   }
 }
 
@@ -197,16 +218,13 @@ TEST_CASE("policy scripts: files that others hold are waited for; in vain, they 
     bool ours = true;  // which waits; else it is the replacement of files, as long as it likes
     std::string written = "";
   } rows[] = {
-      {"reading", false, 0, 6, KE_SUCCESS, x + y, y},
       {"reading in vain", false, 0, kLong, KE_STORE_UNUSABLE, x + y, ""},
       {"the check", false, kRead, 6, KE_SUCCESS, x + y, y},
       {"the check in vain", false, kRead, kLong, KE_STORE_UNUSABLE, x + y, ""},
       {"the check, and it is changed", false, kRead, 6, KE_SUCCESS, x + y, y + z, true, x + y + z},
       {"deleting", false, kWrite, 6, KE_SUCCESS, x, ""},
       {"deleting in vain", false, kWrite, kLong, KE_SUCCESS, "\r\n" + x, "\r\n", false},
-      {"replacing", false, kWrite, 6, KE_SUCCESS, x + y, y, false},
       {"replacing in vain", false, kWrite, kLong, KE_SUCCESS, x + y, y, false},
-      {"gpt.ini", true, 0, 6, KE_SUCCESS, x + y, y},
       {"gpt.ini in vain", true, 0, kLong, KE_STORE_UNUSABLE, x + y, ""},
       {"replacing gpt.ini in vain", true, kWrite, kLong, KE_SUCCESS, x + y, y, false},
   };
@@ -229,8 +247,7 @@ TEST_CASE("policy scripts: files that others hold are waited for; in vain, they 
           (row.share == kWrite && row.pauses == kLong));
     if (row.result != KE_SUCCESS) {
       CHECK((ReadFile(policy.Ini()) == Utf16(row.ini) && ReadFile(policy.Gpt()) == version));
-      CHECK(std::filesystem::exists(policy.ScriptFile("b")));
-      CHECK(Remove(policy) == KE_SUCCESS);
+      CHECK((std::filesystem::exists(policy.ScriptFile("b")) && Remove(policy) == KE_SUCCESS));
     } else {
       CHECK((ReadFile(policy.Ini()) == (row.left.empty() ? "" : Utf16(row.left))));
     }
@@ -272,8 +289,7 @@ TEST_CASE("policy scripts: whichever file call fails, each file has its old text
       const std::string ini = ReadFile(policy.Ini()), gpt = ReadFile(policy.Gpt());
       CHECK((ini == Utf16(y) || (ini == row.ini && gpt == version)));
       CHECK((gpt == stepped || gpt == version));
-      CHECK((result == KE_SUCCESS) == (gpt == stepped));
-      CHECK(Remove(policy) == KE_SUCCESS);
+      CHECK(((result == KE_SUCCESS) == (gpt == stepped) && Remove(policy) == KE_SUCCESS));
       CHECK((ReadFile(policy.Ini()) == Utf16(y)));
       for (const auto& entry : std::filesystem::recursive_directory_iterator(policy.places.folder))
         CHECK(entry.path().string().find("~") == std::string::npos);  // nothing is left of the failed call
@@ -289,6 +305,7 @@ TEST_CASE("policy scripts: other policies stay, and numbers are closed up only w
   policy.AddObject(1, "1", "LocalGPO");
   policy.AddScript(1, "1\\5", "y");
   policy.AddScript(2, "0\\0");  // without an identifier: ours
+  policy.AddScript(0, "5\\0");  // ... but not with another number
   const auto state = [&] { return policy.Registry(0) + policy.Registry(1) + policy.Registry(2); };
   const std::string before = state();
   CHECK(Remove(policy, {u"z"}) == KE_SUCCESS);
@@ -298,15 +315,15 @@ TEST_CASE("policy scripts: other policies stay, and numbers are closed up only w
     return key + "0\\Parameters=1:" + parameters + "\n" + key + "0\\Script=1:other.cmd\n" + key + "GPO-ID=1:" + id +
            "\n";
   };
-  CHECK(policy.Registry(0) == "\n" + object("0\\", "{domain}") + object("1\\", "{other}") + object("n\\", "LocalGPO"));
-  CHECK(policy.Registry(1) == "\n" + object("1\\", "LocalGPO", "y"));
-  CHECK(policy.Registry(2) == "\n");
+  CHECK(policy.Registry(0) == "\n" + object("0\\", "{domain}") +
+                                  "1\\\n1\\0\\Parameters=1:x\n1\\0\\Script=1:other.cmd\n" + object("2\\", "{other}") +
+                                  object("n\\", "LocalGPO"));
+  CHECK((policy.Registry(1) == "\n" + object("1\\", "LocalGPO", "y") && policy.Registry(2) == "\n"));
   policy.Set(policy.Key(2) + "\\0", "GPO-ID", REG_SZ, "LocalGPO");  // an empty one
-  CHECK(Remove(policy) == KE_SUCCESS);
-  CHECK(policy.Registry(2) == "\n0\\GPO-ID=1:LocalGPO\n");
+  CHECK((Remove(policy) == KE_SUCCESS && policy.Registry(2) == "\n0\\GPO-ID=1:LocalGPO\n"));
   std::vector<ListedScript> listed;
   CHECK(ListScripts(nullptr, policy.places, listed) == KE_SUCCESS);
-  CHECK((listed.size() == 3 && !listed[0].local && listed[0].script == Script{u"other.cmd", u"x"}));
+  CHECK((listed.size() == 4 && !listed[0].local && listed[0].script == Script{u"other.cmd", u"x"}));
 }
 
 TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
@@ -318,11 +335,9 @@ TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
     const char* name;
     std::string ini, gpt, iniAfter, gptAfter;
   } rows[] = {
-      {"UTF-16", Utf16(both), version, Utf16(left), stepped},
       {"the system's code page", both, version, Utf16(left), stepped},
       {"no gpt.ini", both, "", Utf16(left), ""},
       {"refused: gpt.ini is garbage", both, bad, both, bad},
-      {"no match", left, version, left, version},
       {"no section stays", "\r\n[Shutdown]\r\n0CmdLine=a\r\n0Parameters=x", version, "", stepped},
       {"refused: UTF-16 without a mark", Utf16(both).substr(2), version, Utf16(both).substr(2), version},
       {"refused: half a character", Utf16(both) + "x", version, Utf16(both) + "x", version},
@@ -340,8 +355,7 @@ TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
     CHECK(Remove(policy) == (refused ? KE_STORE_UNUSABLE : KE_SUCCESS));
     CHECK(std::filesystem::exists(policy.ScriptFile("other.cmd")) == refused);  // the text may name it
     if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"n", u"n"}) == KE_STORE_UNUSABLE);
-    CHECK((ReadFile(policy.Ini()) == row.iniAfter));
-    CHECK(ReadFile(policy.Gpt()) == row.gptAfter);
+    CHECK((ReadFile(policy.Ini()) == row.iniAfter && ReadFile(policy.Gpt()) == row.gptAfter));
     CHECK(policy.Registry(0) == "\n");
   }
 }
@@ -366,28 +380,50 @@ TEST_CASE("policy scripts: only a script file of the policy that nothing else ru
       if (text[0] == u'|') text.replace(0, 1, policy::Utf16(ScriptsFolder(policy.places, kShutdown)));
       RegisterScript(nullptr, policy.places, kShutdown, {text, parameters});
     }
-    CHECK(Remove(policy) == KE_SUCCESS);
-    CHECK(std::filesystem::exists(policy.ScriptFile(row.file)) == !row.deleted);
+    CHECK((Remove(policy) == KE_SUCCESS && std::filesystem::exists(policy.ScriptFile(row.file)) == !row.deleted));
   }
 }
 
-TEST_CASE("policy scripts: DeleteShutdownInformation on this machine's policy") {
-  if (GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr) return;  // never on a real machine
-  const auto folder = std::filesystem::path(std::getenv("SystemRoot")) / "Sysnative" / "GroupPolicy";
-  const wchar_t* const parameters = L"PROT_AGENTVOSK_UPG_SCRIPT=\"1\"";
-  const auto count = [] {
-    std::vector<ListedScript> listed;
-    CHECK(ListScripts(nullptr, MachinePlaces(), listed) == KE_SUCCESS);
-    return listed.size();
-  };
-  const size_t before = count();
-  CHECK(RegisterScript(nullptr, MachinePlaces(), kShutdown, {u"kelutils test.cmd", Utf16(parameters)}) == KE_SUCCESS);
-  const auto script = folder / "Machine\\Scripts\\Shutdown\\kelutils test.cmd";
-  TestPolicy::Put(script, "");
-  CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);
-  CHECK(DeleteShutdownInformation(nullptr, parameters, L"another.cmd", 1) == KE_SUCCESS);
-  CHECK((count() == before + 3 && std::filesystem::exists(script)));  // in the file and in two places of the registry
-  CHECK(DeleteShutdownInformation(nullptr, parameters, L"", 1) == KE_SUCCESS);
-  CHECK((std::filesystem::exists(folder / "gpt.ini") && !std::filesystem::exists(script)));
-  CHECK(count() == before);
+TEST_CASE("trees: a file in use is left to the next start, with the folders above it") {
+  const PendingDeletions restored;
+  const support::Folder folder;
+  const auto tree = folder.Path("tree"), used = tree / "used" / "file", readOnly = tree / "other" / "file";
+  for (const auto& file : {used, readOnly}) TestPolicy::Put(file, "x");
+  SetFileAttributesW(readOnly.c_str(), FILE_ATTRIBUTE_READONLY);
+  {
+    const support::LockedFile lock(used);
+    CHECK(DeleteFileNowOrAtReboot(nullptr, tree.wstring()) == KE_STORE_UNUSABLE);
+    CHECK(DeleteDirectoryTree(nullptr, tree.wstring()) == KE_SUCCESS);
+  }
+  CHECK((std::filesystem::exists(used) && !std::filesystem::exists(readOnly.parent_path())));
+  const auto last = PendingDeletions::Find(tree), middle = PendingDeletions::Find(used.parent_path());
+  CHECK((PendingDeletions::Find(used) < middle && middle < last && last != std::string::npos));
+  for (int i = 0; i < 2; ++i) CHECK(DeleteDirectoryTree(nullptr, tree.wstring()) == KE_SUCCESS);
+  CHECK(folder.FileCount() == 0);
+}
+
+TEST_CASE("policy scripts: a script file in use, and a key without rights") {
+  const PendingDeletions restored;
+  for (const bool denied : {false, true}) {
+    const TestPolicy policy;
+    const auto script = policy.ScriptFile("other.cmd");
+    TestPolicy::Put(script, "");
+    for (const std::size_t place : {0u, 1u}) policy.AddObject(place, "0", "LocalGPO");
+    win::RegistryKey key;
+    REQUIRE(win::OpenKey(HKEY_CURRENT_USER, support::Wide(policy.Key(0)), KEY_ALL_ACCESS, key) == ERROR_SUCCESS);
+    ACL nobody{};
+    InitializeAcl(&nobody, sizeof nobody, ACL_REVISION);
+    const auto allow = [&](ACL* whom) {
+      return SetSecurityInfo(key.Get(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr, nullptr, whom, nullptr);
+    };
+    if (denied) REQUIRE(allow(&nobody) == ERROR_SUCCESS);
+    const support::LockedFile lock(script);
+    support::RecordingSink sink;
+    CHECK(RemoveScripts(&sink, policy.places, kShutdown, {u"x"}, ScriptFiles::kDeleted) ==
+          (denied ? KE_REGISTRY_UNUSABLE : KE_SUCCESS));
+    CHECK((sink.lines.find(L"<1800 5>\n") != std::wstring::npos) == denied);
+    CHECK((PendingDeletions::Find(script) != std::string::npos) == !denied);  // the key may name it still
+    CHECK(policy.Registry(1) == "\n");
+    allow(nullptr);  // so that the key can be removed
+  }
 }

@@ -1,12 +1,9 @@
 #include <doctest/doctest.h>
 
-#include "registration/registration.h"
 #include "siblings/settings_file.h"
-#include "support/fake_sibling.h"
 #include "support/inner_module.h"
 
 using namespace siblings;
-using namespace registration;
 
 TEST_CASE("settings file: its place, a value's length, and the removal of keys") {
   const support::ProductTree tree;
@@ -27,25 +24,4 @@ TEST_CASE("settings file: its place, a value's length, and the removal of keys")
     CHECK(SetMyConfigIniValue("S", "K", nullptr, file) == KE_SUCCESS);
     CHECK(GetMyConfigIniValue("S", "K", file).empty());
   }
-}
-
-TEST_CASE("plug-in registration: each usable plug-in is called once and freed, whatever the others are") {
-  const support::ProductTree tree;
-  const support::InnerModule module(tree);
-  RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavrin Security");
-  CHECK(ReRegisterPluginsFromRegistry() == KE_REGISTRY_UNUSABLE);
-  for (const char* file : {"A/KERegister.dll", "Z/KERegister.dll"}) tree.AddFake("FakeKERegister", file);
-  tree.AddFake("FakeApiCr", "Incomplete/KERegister.dll");
-  for (const char* folder : {"A", "Missing", "Incomplete", "", "Z\\"}) {
-    const std::string path = (tree.Path("") / folder).string();
-    RegSetKeyValueA(HKEY_LOCAL_MACHINE, "Software\\Tavrin Security\\Orvane\\Protections", folder, REG_SZ, path.c_str(),
-                    static_cast<DWORD>(path.size()));
-  }
-  {
-    const support::LoadedDll a(tree.Path("A/KERegister.dll")), z(tree.Path("Z/KERegister.dll"));
-    CHECK(ReRegisterPluginsFromRegistry() == KE_SUCCESS);
-    CHECK(CALL(a, FakeCalls)("KE_ReloadPlugins") + 10 * CALL(z, FakeCalls)("KE_ReloadPlugins") == 11);
-  }
-  CHECK(GetModuleHandleA("KERegister.dll") == nullptr);
-  RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavrin Security");
 }

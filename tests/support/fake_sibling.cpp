@@ -1,6 +1,6 @@
-// A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS), each of which notes its calls and
-// answers 0, or what it is told to. Plain C functions: arguments are the caller's to clean up. Only the ciphers of a
-// crypto module, the configuration of an agent module and the launcher's Run look at theirs.
+// A fake sibling module: offers every name of one list of functions (FAKE_FUNCTIONS). Each records its calls and
+// returns 0, or the result that a test sets. Plain C functions: the caller removes the arguments. Only the ciphers of a
+// crypto module and the launcher's Run use theirs.
 #include "support/fake_sibling.h"
 
 #include <algorithm>
@@ -19,7 +19,6 @@ FakeCallState g_calls[] = {FAKE_FUNCTIONS(FAKE_ROW, FAKE_ROW)};
 #undef FAKE_ROW
 FakeCipherState g_cipher{};
 FakeLauncherState g_launcher{};
-FakeConfigState g_config{};
 
 FakeCallState& Find(std::string_view name) {
   for (FakeCallState& call : g_calls) {
@@ -42,19 +41,7 @@ int AnswerLauncher(std::int32_t* exitCode) {
   return g_launcher.result;
 }
 
-int AnswerConfig(bool writes, std::uint32_t cls, std::uint32_t item, char* record, std::uint32_t size) {
-  g_config.cls = cls;
-  g_config.item = item;
-  g_config.size = size;
-  if (!writes) std::memcpy(&g_config.firstWord, record, sizeof g_config.firstWord);
-  const std::uint32_t error = writes ? g_config.writeError : g_config.readError;
-  if (error != 0) return static_cast<int>(error);
-  char* const own = g_config.record;
-  std::copy_n(writes ? record : own, std::min<std::size_t>(size, sizeof g_config.record), writes ? own : record);
-  return 0;
-}
-
-int Answer(std::string_view name, void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) {
+int Answer(std::string_view name, void* first, std::uint32_t second, void* third, void* fifth) {
   FakeCallState& call = Find(name);
   ++call.count;
   call.first = first;
@@ -65,10 +52,6 @@ int Answer(std::string_view name, void* first, std::uint32_t second, void* third
   }
   if (name == "Run") std::strncpy(g_launcher.command, static_cast<char*>(first), sizeof g_launcher.command - 1);
   if (name == "Run" || name.starts_with("UpdateNow")) return AnswerLauncher(reinterpret_cast<std::int32_t*>(second));
-  if (call.answer == 0 && (name == "KE_AGAPI_GetConfig" || name == "KE_AGAPI_SetConfig")) {
-    const auto cls = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(first));
-    return AnswerConfig(name == "KE_AGAPI_SetConfig", cls, second, static_cast<char*>(third), fourth);
-  }
   return call.answer;
 }
 
@@ -76,10 +59,10 @@ int Answer(std::string_view name, void* first, std::uint32_t second, void* third
 
 // The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports
 // them all. Each takes as many words as the longest of them.
-#define FAKE_FUNCTION(name, presence)                                                                  \
-  extern "C" int Fake_##name(void*, std::uint32_t, void*, std::uint32_t, void*) asm("_" #name);        \
-  int Fake_##name(void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) { \
-    return Answer(#name, first, second, third, fourth, fifth);                                         \
+#define FAKE_FUNCTION(name, presence)                                                           \
+  extern "C" int Fake_##name(void*, std::uint32_t, void*, std::uint32_t, void*) asm("_" #name); \
+  int Fake_##name(void* first, std::uint32_t second, void* third, std::uint32_t, void* fifth) { \
+    return Answer(#name, first, second, third, fifth);                                          \
   }
 FAKE_FUNCTIONS(FAKE_FUNCTION, FAKE_FUNCTION)
 
@@ -87,4 +70,3 @@ FakeCallState* FakeCall(const char* name) { return &Find(name); }
 int FakeCalls(const char* name) { return Find(name).count; }
 FakeCipherState* FakeCipher() { return &g_cipher; }
 FakeLauncherState* FakeLauncher() { return &g_launcher; }
-FakeConfigState* FakeConfig() { return &g_config; }

@@ -21,7 +21,7 @@ struct FakeCipherState {
 struct FakeCallState {
   std::string_view name;
   int count;
-  int answer;         // what the next calls return, 0 unless set
+  int answer;         // the result of the next calls
   const void* first;  // the first two arguments of the last call
   std::uint32_t second;
 };
@@ -32,21 +32,12 @@ struct FakeLauncherState {
   std::int32_t exitCode;  // and the exit code they write; 0 writes none
 };
 
-/// The configuration of a fake agent module: one record, whatever class and item are asked for.
-struct FakeConfigState {
-  std::uint32_t cls, item, size;        // of the last call
-  std::uint32_t firstWord;              // of the record that the last reading was given
-  std::uint32_t readError, writeError;  // what the calls report, leaving the record alone
-  char record[2564];
-};
-
 extern "C" {
 FakeCallState* FakeCall(const char* name);
 /// How often the function was called.
 int FakeCalls(const char* name);
 FakeCipherState* FakeCipher();
 FakeLauncherState* FakeLauncher();
-FakeConfigState* FakeConfig();
 }
 
 /// A marked file as the fake cipher writes it.

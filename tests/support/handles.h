@@ -1,10 +1,9 @@
-// The handles and slots of the test process.
+// The handles of the test process.
 #pragma once
 
 #include <windows.h>
 
 #include <cstdint>
-#include <vector>
 
 namespace support {
 
@@ -15,14 +14,6 @@ inline DWORD OpenHandles() {
     count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0;
   }
   return count;
-}
-
-/// How many slots can still be had: of thread-local storage, or with the other two functions of fiber-local storage.
-inline std::size_t FreeSlots(DWORD(WINAPI* take)() = TlsAlloc, BOOL(WINAPI* giveBack)(DWORD) = TlsFree) {
-  std::vector<DWORD> slots;
-  for (DWORD slot; (slot = take()) != TLS_OUT_OF_INDEXES;) slots.push_back(slot);
-  for (const DWORD slot : slots) giveBack(slot);
-  return slots.size();
 }
 
 }  // namespace support

@@ -53,6 +53,11 @@ void Folder::AddDevkit(const std::string& file, const std::string& folder) const
   fs::copy_file(BuildFolder() / "devkit" / file, Path(folder) / file, fs::copy_options::overwrite_existing);
 }
 
+void ProductTree::TurnLogOn() const {
+  AddDevkit("TvLogSys.dll", "Common");
+  WriteFile(Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
+}
+
 void ProductTree::AddFake(const std::string& fake, const std::string& relative) const {
   const fs::path target = Path(relative);
   fs::create_directories(target.parent_path());

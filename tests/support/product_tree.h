@@ -9,7 +9,7 @@
 
 namespace support {
 
-/// The folder of the running test program, and the folder of the build it belongs to.
+/// The folder of the running test program, and that of its build.
 std::filesystem::path TestFolder();
 inline std::filesystem::path BuildFolder() { return TestFolder().parent_path(); }
 
@@ -17,19 +17,17 @@ inline std::filesystem::path BuildFolder() { return TestFolder().parent_path(); 
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& content);
 
+/// Starts a command line. The size in `how` is set here; handles are inherited if it has some for the output.
+PROCESS_INFORMATION StartProgram(std::string commandLine, const STARTUPINFOA& how = {});
+
 struct ProgramRun {
   unsigned long exitCode;
   std::string output;  // standard output and standard error, line ends as LF
 };
-
-/// Starts a command line; its size need not be in `how`. It inherits handles when it is given some for its output.
-PROCESS_INFORMATION StartProgram(std::string commandLine, const STARTUPINFOA& how = {});
-
-/// Runs a command line as a user does and waits for its end, for at most a minute.
+/// Runs a command line and waits for its end, for at most a minute.
 ProgramRun RunProgram(const std::string& commandLine);
 
-/// Runs the case `name` of this test program, which may be a skipped one, in so many processes at once. The exit code
-/// of the last one.
+/// Runs the case `name` of this test program, also a skipped one, in several processes at once; the last exit code.
 unsigned long RunAtOnce(int processes, const std::string& name);
 
 /// A new empty folder below the temporary folder, removed at the end of the scope.
@@ -42,7 +40,7 @@ class Folder {
 
   std::filesystem::path Path(const std::string& relative) const { return root_ / relative; }
   std::string operator/(const char* name) const { return Path(name).string(); }
-  /// Copies a file of the development kit into a folder below this one, which is made if it is missing.
+  /// Copies a file of the development kit into a folder below this one, which is created.
   void AddDevkit(const std::string& file, const std::string& folder) const;
   auto FileCount() const { return std::distance(std::filesystem::directory_iterator(root_), {}); }
 
@@ -50,14 +48,19 @@ class Folder {
   std::filesystem::path root_;
 };
 
-/// A product tree: KELUtils\KELUtils.dll, and the empty folders Common, KESAgent and KELSysCf. The crypto module of the
-/// development kit is put where the store and the file codec look for it.
+/// KELUtils\KELUtils.dll, the folders Common, KESAgent and KELSysCf, and the crypto module of the development kit.
 struct ProductTree : Folder {
   ProductTree();
 
   std::filesystem::path Store(const char* name) const { return Path("KESAgent") / name; }
 
-  /// Copies one of the fakes beside the tests into the tree.
+  /// Turns the trace log of the library on.
+  void TurnLogOn() const;
+  std::string Log() const { return ReadFile(Path("KELUtils/KELUtils.log")); }
+  /// True when the log has a line that ends in this function and description.
+  bool Traced(const std::string& line) const { return Log().find(";KELUtils;" + line + "\r\n") != std::string::npos; }
+
+  /// Copies a fake module of the tests into the tree.
   void AddFake(const std::string& fake, const std::string& relative) const;
 };
 
@@ -68,13 +71,12 @@ class LoadedDll {
   LoadedDll(LoadedDll&& other);
   ~LoadedDll();
 
-  /// Loads a copy of the DLL from beside it, under another name, and removes the copy at the end: an instance with
-  /// state of its own, as in another process.
+  /// Loads a copy of the DLL and removes it at the end: an instance with state of its own, as in another process.
   static LoadedDll Separate(const std::filesystem::path& path);
 
   HMODULE Handle() const { return module_; }
 
-  /// A function by its name; the test fails when there is none.
+  /// A function by its name; the test fails when it is missing.
   template <typename Function>
   Function Get(const char* name) const {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(Find(name)));
@@ -106,9 +108,8 @@ struct CurrentFolder {
   const std::filesystem::path before = std::filesystem::current_path();
 };
 
-/// Holds a file open for the scope, so that others can open it only as `share` allows: not at all, or for reading only,
-/// which is how a read-only file behaves. (The attribute itself would not do: an administrator under Wine may write to
-/// read-only files.)
+/// Holds a file open for the scope; others can open it only as `share` allows. For reading only, it behaves as a
+/// read-only file, whose attribute does not stop an administrator under Wine.
 struct LockedFile {
   explicit LockedFile(const std::filesystem::path& path, DWORD share = 0)
       : file(CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr)) {}

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 
 #include "support/product_tree.h"
@@ -27,15 +28,12 @@ class RecordedProgram {
     std::error_code inUse;
     std::filesystem::rename(noted, taken, inUse);
     if (inUse) return "";
-    std::string lines, line;
-    for (const char c : ReadFile(taken)) {
-      if (c == '\n') {
-        const size_t end = line.find("\" ");
-        lines += (end == std::string::npos ? line : line.substr(end + 2)) + "\n";
-        line.clear();
-      } else if (c != '\r') {
-        line += c;
-      }
+    std::istringstream content(ReadFile(taken));
+    std::string lines;
+    for (std::string line; std::getline(content, line);) {
+      if (line.ends_with('\r')) line.pop_back();
+      const size_t end = line.find("\" ");
+      lines += (end == std::string::npos ? line : line.substr(end + 2)) + "\n";
     }
     return lines;
   }

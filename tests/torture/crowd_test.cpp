@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "store/accessors.h"
-#include "support/agent_tree.h"
-#include "torture/scenes.h"
+#include "support/inner_module.h"
+#include "torture/torture.h"
 
 using torture::Child;
 using torture::Value;
@@ -110,9 +110,7 @@ TEST_CASE("child: one of a crowd" * doctest::skip()) {
   CHECK(WaitForMultipleObjects(kThreads, threads, TRUE, 600000) == WAIT_OBJECT_0);
   for (const HANDLE thread : threads) CloseHandle(thread);
   std::printf("torture:   process %d: longest operation %lu ms\n", module.first, g_longest.load());
-  CHECK(g_refused == 0);
-  CHECK(g_torn == 0);
-  CHECK(g_lost == 0);
+  CHECK((g_refused == 0 && g_torn == 0 && g_lost == 0));
 }
 
 TEST_CASE("a process that hangs inside a write holds up the others once, for five seconds, and getters not at all") {
@@ -125,21 +123,16 @@ TEST_CASE("a process that hangs inside a write holds up the others once, for fiv
   const support::InnerModule module(tree.tree);
   g_getting = true, g_longestGetter = 0;
   const HANDLE getter = CreateThread(nullptr, 0, GetMeanwhile, nullptr, 0, nullptr);
-  const std::pair<const char*, std::pair<DWORD, DWORD>> expected[] = {{"the first", {4500, 8000}},
-                                                                      {"the next", {0, 2500}}};
-  for (const auto& [name, bounds] : expected) {
-    CAPTURE(name);
+  for (const auto& [least, most] : {std::pair<DWORD, DWORD>{4500, 8000}, {0, 2500}}) {  // the first and the next
     const DWORD begin = GetTickCount();
     CHECK(torture::SetNew() == KE_SUCCESS);
     const DWORD waited = GetTickCount() - begin;
-    CHECK(waited >= bounds.first);
-    CHECK(waited < bounds.second);
+    CHECK((waited >= least && waited < most));
   }
   g_getting = false;
   CHECK(WaitForSingleObject(getter, 10000) == WAIT_OBJECT_0);
   CloseHandle(getter);
-  CHECK(g_longestGetter < 2500);
-  CHECK(AgentId(tree.Load()) == torture::kNew);
+  CHECK((g_longestGetter < 2500 && AgentId(tree.Load()) == torture::kNew));
 }
 
 TEST_CASE("child: hangs inside a write" * doctest::skip()) {
@@ -166,8 +159,7 @@ TEST_CASE("the lock of the store is for its writers: nobody else can open it, an
   BOOL present = FALSE, defaulted = FALSE;
   ACL* list = nullptr;
   REQUIRE(GetSecurityDescriptorDacl(rights, &present, &list, &defaulted));
-  REQUIRE(list != nullptr);
-  CHECK(list->AceCount > 0);
+  REQUIRE((list != nullptr && list->AceCount > 0));
   for (DWORD i = 0; i < list->AceCount; ++i) {
     void* entry = nullptr;
     REQUIRE(GetAce(list, i, &entry));

@@ -5,7 +5,7 @@
 #include <sddl.h>
 
 #include "support/handles.h"
-#include "torture/scenes.h"
+#include "torture/torture.h"
 
 using torture::Gate;
 
@@ -47,7 +47,13 @@ TEST_CASE("every file call may fail: the result is right, nothing leaks, and the
           reached = Gate::Reached();
         }
         if (handles == 0) handles = support::OpenHandles();  // the first call binds the crypto module
-        const bool whole = torture::CopiesAreWhole(tree, scene);
+        bool clean = true;                                   // a call that failed once has removed its temporary file
+        for (const auto& entry : std::filesystem::directory_iterator(tree.tree.Path("KESAgent"))) {
+          if (entry.path().string().find(".KE~") == std::string::npos) continue;
+          clean &= fault.act != Gate::kFailOnce;
+          std::filesystem::remove(entry.path());
+        }
+        const bool whole = clean && torture::CopiesAreWhole(tree, scene);
         const std::string id = AgentId(tree.Load());
         // A write that was cut short for want of room is a success, and changes nothing.
         const bool cut = fault.act == Gate::kFailWritesFromThenOn && id == scene.before;
@@ -142,8 +148,7 @@ TEST_CASE("access rights: a file is replaced with the rights it has, and in plac
                    };
     CHECK(torture::SetNew() == KE_SUCCESS);
     win::g_fileGate = nullptr;
-    CHECK(tree.Text("INTEGRA.DAT") == WholeStore(torture::kNew));
-    CHECK(rightsOf(live) == before);
+    CHECK((tree.Text("INTEGRA.DAT") == WholeStore(torture::kNew) && rightsOf(live) == before));
     CHECK((s_moves != 0) == readable);
   }
 }

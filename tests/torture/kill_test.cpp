@@ -2,7 +2,7 @@
 // finds the old identity or the new one.
 #include <windows.h>
 
-#include "torture/scenes.h"
+#include "torture/torture.h"
 
 using torture::Child;
 using torture::Gate;

@@ -17,23 +17,17 @@ using trace::TraceScope;
 namespace {
 
 struct TracedTree {
-  TracedTree() : module(tree), library(tree.Path("Common/TvLogSys.dll")) {
-    tree.AddDevkit("TvLogSys.dll", "Common");
-    support::WriteFile(tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
-  }
+  TracedTree() : module(tree), library(tree.Path("Common/TvLogSys.dll")) { tree.TurnLogOn(); }
 
-  // The lines of the log without date, process and thread; empties the log.
-  std::string TakeLog() const {
-    const auto path = tree.Path("KELUtils/KELUtils.log");
-    const std::string text = support::ReadFile(path);
-    std::filesystem::remove(path);
+  // The lines of the log without date, process and thread.
+  std::string Lines() const {
+    const std::string text = tree.Log();
     const std::string who = ";" + std::to_string(GetCurrentProcessId()) + ";" + std::to_string(GetCurrentThreadId());
     std::string lines;
     for (size_t at = 0, end; (end = text.find("\r\n", at)) != std::string::npos; at = end + 2) {
       std::string date = text.substr(at, 23);
       for (char& c : date) c = std::isdigit(static_cast<unsigned char>(c)) ? 'd' : c;
-      CHECK(date == "dddd/dd/dd dd:dd:dd.ddd");
-      CHECK(text.substr(at + 23, who.size()) == who);
+      CHECK((date == "dddd/dd/dd dd:dd:dd.ddd" && text.substr(at + 23, who.size()) == who));
       lines += text.substr(at + 23 + who.size(), end - at - 23 - who.size()) + "\n";
     }
     return lines;
@@ -56,9 +50,8 @@ TEST_CASE("trace: nested scopes load and initialise the library once, and end it
     Trace(trace::kDetail, "KE_Some", "value %s is %d", "x", -3);
     Trace(trace::kAlways, "KE_Some", "%s", std::string(10000, 'd').c_str());
   }
-  CHECK(CL_LOG_SYSTEM::Instance().References() == 0);
-  CHECK(GetModuleHandleA("TvLogSys.dll") == nullptr);
-  CHECK(traced.TakeLog() ==
+  CHECK((CL_LOG_SYSTEM::Instance().References() == 0 && GetModuleHandleA("TvLogSys.dll") == nullptr));
+  CHECK(traced.Lines() ==
         ";10;KELUtils;CL_LOG_SYSTEM::LoadDependences;\"System initialized by (KELUtils)\"\n"
         ";20;KELUtils;KE_Some;\"value x is -3\"\n"
         ";0;KELUtils;KE_Some;\"" +
@@ -76,8 +69,7 @@ TEST_CASE("trace: what goes wrong with the library never reaches the caller, not
     Trace(trace::kInfo, "KE_Some", "text");
     CHECK(GetLastError() == 4711);
   }
-  CHECK(GetLastError() == 4711);
-  CHECK(CL_LOG_SYSTEM::Instance().References() == 0);
+  CHECK((GetLastError() == 4711 && CL_LOG_SYSTEM::Instance().References() == 0));
 }
 
 TEST_CASE("trace: a scope that got no library does not release the one of another scope") {
@@ -90,19 +82,4 @@ TEST_CASE("trace: a scope that got no library does not release the one of anothe
   CHECK(CL_LOG_SYSTEM::Instance().References() == 1);
   early.reset();
   CHECK(CL_LOG_SYSTEM::Instance().References() == 1);
-}
-
-TEST_CASE("export call: start and end lines frame the body, a failure has its line, and an exception becomes a code") {
-  const TracedTree traced;
-  const TraceScope keepLoaded;
-  traced.TakeLog();
-  CHECK(trace::ExportCall("KE_Good", [](trace::Export&) -> KE_RESULT { return KE_OUT_OF_RANGE; }) == 1789);
-  CHECK(trace::ExportCall("KE_Bad", [](trace::Export&) -> KE_RESULT { throw 1; }) == 1780);
-  CHECK(traced.TakeLog() ==
-        ";10;KELUtils;KE_Good;\"Function start\"\n"
-        ";20;KELUtils;KE_Good;\"Wrong parameters\"\n"
-        ";10;KELUtils;KE_Good;\"Function end. Return code (1789)\"\n"
-        ";10;KELUtils;KE_Bad;\"Function start\"\n"
-        ";20;KELUtils;KE_Bad;\"Error (1780) return by function (KE_Bad)\"\n"
-        ";10;KELUtils;KE_Bad;\"Function end. Return code (1780)\"\n");
 }
