@@ -31,7 +31,7 @@ check() {
 
 check bin/KELUtils.dll 200 USER32.dll
 check bin/kelctl.exe 500 USER32.dll SHELL32.dll VERSION.dll
-check devkit/ApiCr.dll 10 bcrypt.dll
+check devkit/ApiCr.dll 5 bcrypt.dll
 check devkit/KePIRes.exe 10 USER32.dll
 for name in KEC.dll KELAGAPI.dll KELMNAPI.dll KELRCM.dll KELUPG.dll KERegister.dll TvEvAPI.dll TvLogSys.dll KEPLPMNG.exe KepWInst.exe zumat.exe; do
   check "devkit/$name" 5

@@ -23,7 +23,7 @@ schedule_jobs() {
 }
 
 # Waits until a file has a line, for at most 90 seconds: a job comes at the full minute.
-await_line() { for _ in {1..450}; do ! grep -q -- "$1" "$2" || return 0; sleep 0.2; done; return 1; }
+await_line() { for _ in {1..450}; do ! grep -qs -- "$1" "$2" || return 0; sleep 0.2; done; return 1; }
 
 start_a_job() {
   local minute

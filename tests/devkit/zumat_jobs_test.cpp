@@ -144,6 +144,10 @@ TEST_CASE("zumat: a job starts at its time, once for all that was missed, and ne
   CHECK(Run("-TaskID:1 -editjob:0:P:\"\" -Next:Boot:0", next).Succeeded());
   CHECK(!next[0].armed);
   next[0].lastStart = boot;
+  next[0].process = 8;
+  ArmForBoot(next);
+  CHECK(!next.at(0).armed);
+  next[0].process = 0;
   ArmForBoot(next);
   CHECK(next.empty());
 }
