@@ -49,6 +49,7 @@ class Owner {
 using FileHandle = Owner<HANDLE, &CloseHandle, -1>;
 using ProcessHandle = Owner<HANDLE, &CloseHandle, 0>;
 using EventHandle = Owner<HANDLE, &CloseHandle, 0>;
+using MutexHandle = Owner<HANDLE, &CloseHandle, 0>;
 using FindHandle = Owner<HANDLE, &FindClose, -1>;
 using RegistryKey = Owner<HKEY, &RegCloseKey, 0>;
 using ModuleHandle = Owner<HMODULE, &FreeLibrary, 0>;
