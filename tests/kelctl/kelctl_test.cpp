@@ -68,7 +68,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"prompt ask 7", kUsage + 1, "SECONDS"},
       {"prompt install --reboot-msg 4294967295", 0, ""},
       {"prompt hide", 0, ""},
-      {"upgrade start absent", kUsage, "Directory does not exist"},
+      {"upgrade start absent", kUsage, "no such folder: absent"},
       {"get property:Site", kUsage, "can only be set"},
       {"get agent", kUsage, "no value \"agent\"; the names are agent-id, "},
       {"set integrated 1", kUsage, "integrated is read only"},

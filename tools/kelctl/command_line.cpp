@@ -1,12 +1,10 @@
-#include "command_line.h"
-
+// The command line: which command it names, and how what a command throws ends the program.
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "errors.h"
-#include "rendering.h"
-#include "result_codes.h"
+#include "commands.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -17,34 +15,20 @@ constexpr char kFooter[] =
     "Example: kelctl --dll C:\\Agent\\KELUtils\\KELUtils.dll show";
 
 void AddCommands(CLI::App& kelctl, Session& session) {
-  AddShowCommand(kelctl, session);
-  AddGetCommand(kelctl, session);
-  AddSetCommand(kelctl, session);
-  AddSettingCommand(kelctl, session);
-  AddFileCommand(kelctl, session);
-  AddIntegrationCommands(kelctl, session);
-  AddPasswordCommand(kelctl, session);
-  AddProxyCommand(kelctl, session);
-  AddRegistrationCommands(kelctl, session);
-  AddJobsCommand(kelctl, session);
-  AddLauncherCommands(kelctl, session);
-  AddOsCommand(kelctl, session);
-  AddServerCommand(kelctl, session);
-  AddUpgradeCommand(kelctl, session);
-  AddEventCommand(kelctl, session);
-  AddPolicyCommand(kelctl, session);
-  AddPromptCommand(kelctl, session);
-  AddUuidCommand(kelctl, session);
-  AddStatusCommand(kelctl, session);
-  AddDoctorCommand(kelctl, session);
+  AddDiagnosisCommands(kelctl, session);
   AddRepairCommand(kelctl, session);
   AddLogCommand(kelctl, session);
-  AddDiagnosticsCommand(kelctl, session);
+  AddStoreCommands(kelctl, session);
+  AddExportCommands(kelctl, session);
+  AddJobCommands(kelctl, session);
+  AddPolicyCommand(kelctl, session);
 }
 
 void SetUp(CLI::App& kelctl, Session& session) {
   kelctl.set_version_flag("--version", "kelctl " KELCTL_VERSION);
-  kelctl.add_option("--dll", session.libraryPath, "The library to use (default: KELUtils.dll beside kelctl.exe)")
+  kelctl
+      .add_option("--dll", session.libraryPath,
+                  "The library to use (default: KELUtils.dll in the folder of kelctl.exe)")
       ->type_name("PATH");
   kelctl.add_flag("--json", session.json, "Show results, and errors, as JSON");
   kelctl.footer(kFooter);
@@ -69,6 +53,10 @@ int Fail(const Session& session, const std::exception& error, int exitCode, KE_R
 }
 
 }  // namespace
+
+void Session::Show(const std::string& text, const nlohmann::ordered_json& document) const {
+  out << (json ? DumpJson(document) : text);
+}
 
 int RunCommandLine(std::vector<std::string> arguments, Session session) {
   CLI::App kelctl("Shows and changes the state of the agent through KELUtils.dll, and examines its installation.",

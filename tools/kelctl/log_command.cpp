@@ -4,11 +4,11 @@
 #include <optional>
 #include <ostream>
 
-#include "code_page.h"
 #include "commands.h"
 #include "diagnosis/log_file.h"
 #include "diagnosis/status.h"
 #include "diagnosis/store_files.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -21,19 +21,19 @@ struct LogOptions {
   bool reveal = false;
 };
 
-/// Set by Ctrl+C and Ctrl+Break from a thread of the platform's.
+/// Set by Ctrl+C and Ctrl+Break, from a thread of Windows.
 HANDLE g_interrupted = nullptr;
 
 BOOL WINAPI OnConsoleEvent(DWORD) { return SetEvent(g_interrupted); }
 
-/// Prints records. What is followed has no end, so with --json each record is a document of one line.
+/// Prints records. A followed log has no end, so with --json each record is a document of one line.
 class RecordPrinter {
  public:
   RecordPrinter(Session& session, const Product& product, const LogOptions& options)
       : session_(session), product_(product), options_(options) {}
 
   void Print(std::vector<TraceRecord> records) const {
-    // Made anew each time: the store may have got another secret meanwhile.
+    // Made again each time: the store may hold another secret by now.
     std::optional<Redactor> redactor;
     if (!options_.reveal) redactor = MakeRedactor(product_, ReadStoreCopies(product_));
     std::string text;
@@ -85,7 +85,7 @@ void AddLogCommand(CLI::App& kelctl, Session& session) {
   command->add_option("-n", options->lines, "How many records (default: 20)")
       ->type_name("N")
       ->check(CLI::Range(0, 100000));
-  command->add_flag("-f,--follow", options->follow, "Go on with what is written, until Ctrl+C");
+  command->add_flag("-f,--follow", options->follow, "Go on with new records, until Ctrl+C");
   command->add_flag("--reveal", options->reveal, "Show secrets and the text of the store too");
   command->footer("Example: kelctl log -f -n 50");
   command->callback([&session, options] { ShowLog(session, *options); });

@@ -2,12 +2,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "code_page.h"
-#include "command_line.h"
 #include "commands.h"
 #include "diagnosis/store_files.h"
-#include "errors.h"
 #include "store/codec.h"
+#include "texts.h"
 #include "win/file.h"
 
 namespace kelctl {
@@ -85,7 +83,7 @@ void ShowPlans(Session& session, const StoreCopies& copies, const std::vector<Pl
 }
 
 [[noreturn]] void FailCopying(const std::string& what) {
-  throw CommandError(kCallFailed, "cannot copy " + what + " (Windows error " + std::to_string(GetLastError()) + ")");
+  throw CommandError(kCallFailed, "cannot copy " + what + " (" + WindowsError(GetLastError()) + ")");
 }
 
 void CarryOut(const StoreCopies& copies, const Plan& plan) {

@@ -1,5 +1,3 @@
-#include "result_codes.h"
-
 #include <algorithm>
 
 #include "errors.h"
@@ -58,6 +56,8 @@ std::string DescribeResult(KE_RESULT code) {
   const ResultCode row = FindResultCode(code);
   return std::to_string(code) + " " + row.name + ": " + row.text;
 }
+
+std::string WindowsError(unsigned long error) { return "Windows error " + std::to_string(error); }
 
 CallError::CallError(const std::string& exportName, KE_RESULT result)
     : std::runtime_error(exportName + " failed with " + DescribeResult(result)), result(result) {}

@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "code_page.h"
 #include "diagnosis/examination.h"
 #include "diagnosis/log_file.h"
 #include "diagnosis/status.h"
 #include "diagnosis/store_files.h"
 #include "diagnosis/zip_archive.h"
-#include "rendering.h"
 #include "text/text.h"
+#include "texts.h"
 #include "win/owner.h"
 
 namespace kelctl {

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-#include "diagnosis/file_checks.h"
 #include "diagnosis/siblings.h"
+#include "diagnosis/store_files.h"
 
 namespace kelctl {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "rendering.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -17,16 +17,11 @@ HealthForm FormOf(Health health) {
   return kForms[static_cast<int>(health)];
 }
 
-std::string Padded(std::string text, std::size_t width) {
-  text.resize(std::max(width, text.size()), ' ');
-  return text + "  ";
-}
-
 std::string Line(const Finding& finding, std::size_t width, bool colours) {
   const HealthForm form = FormOf(finding.health);
-  const std::string state = Padded(form.name, 4);
+  const std::string state = Padded(form.name, 6);
   std::string line = colours ? form.colour + state + "\x1b[0m" : state;
-  line += Padded(finding.subject, width) + WithoutControlCharacters(finding.detail);
+  line += Padded(finding.subject, width + 2) + WithoutControlCharacters(finding.detail);
   for (const std::string& name : finding.missing) line += " " + name;
   return line + (finding.path.empty() ? "" : "  " + finding.path) + "\n";
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cctype>
 
-#include "mask.h"
-
 namespace kelctl {
 namespace {
 

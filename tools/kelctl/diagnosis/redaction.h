@@ -9,6 +9,9 @@
 
 namespace kelctl {
 
+/// What is shown in place of a secret.
+inline constexpr char kMask[] = "********";
+
 /// True when a key, a section or an option of that name holds a secret: password, certificate, key, token and the like
 /// are in it.
 bool NamesSecret(std::string_view name);

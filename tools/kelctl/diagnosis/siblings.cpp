@@ -4,12 +4,13 @@
 
 #include <algorithm>
 
-#include "code_page.h"
+#include "errors.h"
 #include "registration/registration.h"
 #include "siblings/binder.h"
 #include "siblings/functions.h"
 #include "siblings/plugins.h"
 #include "text/paths.h"
+#include "texts.h"
 #include "trace/log_system.h"
 #include "win/code_page.h"
 #include "win/file.h"
@@ -111,7 +112,7 @@ void CheckModule(const Sibling& sibling, const std::string& path, Finding& findi
   const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
     finding.health = sibling.whenUnusable;
-    finding.detail = "cannot be loaded (Windows error " + std::to_string(GetLastError()) + ")";
+    finding.detail = "cannot be loaded (" + WindowsError(GetLastError()) + ")";
     return;
   }
   finding.detail = sibling.names.empty() ? "loaded" : "loaded, has all functions";
@@ -127,7 +128,7 @@ void CheckProgram(const Sibling& sibling, const std::string& path, Finding& find
   DWORD type = 0;
   if (GetBinaryTypeA(path.c_str(), &type)) return;
   finding.health = sibling.whenUnusable;
-  finding.detail = "is no program (Windows error " + std::to_string(GetLastError()) + ")";
+  finding.detail = "is no program (" + WindowsError(GetLastError()) + ")";
 }
 
 }  // namespace

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-#include "code_page.h"
 #include "diagnosis/log_file.h"
-#include "diagnosis/offline_values.h"
 #include "policy/os_identification.h"
-#include "result_codes.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -23,13 +21,11 @@ std::vector<NamedText> VersionsOf(const std::vector<Sibling>& siblings) {
 }
 
 std::string Row(const std::string& name, const std::string& text) {
-  std::string row = name;
-  row.resize(std::max<std::size_t>(row.size(), 24), ' ');
-  return row + "  " + WithoutControlCharacters(text) + "\n";
+  return Padded(name, 24) + "  " + WithoutControlCharacters(text) + "\n";
 }
 
-std::string ValueText(const ReadStoreValue& read) {
-  if (read.reading.result != KE_SUCCESS) return "(no value)";
+std::string ValueText(const Reading& read) {
+  if (read.result != KE_SUCCESS) return "(no value)";
   const std::string text = PlainText(read, false);
   return text.empty() ? "(empty)" : text;
 }
@@ -46,7 +42,7 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
   }
   status.values = ValuesIn(copy ? &copy->store : nullptr);
   for (auto& read : status.values) {
-    if (!read.value->secret) read.reading.text = redactor.WithoutKnown(std::move(read.reading.text));
+    if (!read.value->secret) read.text = redactor.WithoutKnown(std::move(read.text));
   }
   const std::vector<Sibling> siblings = SiblingsOf(product);
   status.versions = VersionsOf(siblings);
@@ -85,7 +81,7 @@ nlohmann::ordered_json JsonOf(const TraceRecord& record) {
 nlohmann::ordered_json JsonOf(const Status& status) {
   nlohmann::ordered_json document = {
       {"store", {{"copy", NameOf(status.choice.copy)}, {"file", status.file}, {"why", status.choice.why}}},
-      {"values", JsonOf(std::span<const ReadStoreValue>(status.values), false)},
+      {"values", JsonOf(std::span<const Reading>(status.values), false)},
       {"uninstallPassword", status.uninstallPassword},
       {"versions", nlohmann::ordered_json::object()},
       {"siblings", nlohmann::ordered_json::array()},

@@ -9,7 +9,7 @@
 #include "diagnosis/redaction.h"
 #include "diagnosis/siblings.h"
 #include "diagnosis/store_choice.h"
-#include "rendering.h"
+#include "store_values.h"
 
 namespace kelctl {
 
@@ -21,7 +21,7 @@ struct NamedText {
 struct Status {
   StoreChoice choice;
   std::string file;  // of the store's copy in use, with what is in it; empty for none
-  std::vector<ReadStoreValue> values;
+  std::vector<Reading> values;
   bool uninstallPassword = false;
   std::vector<NamedText> versions;
   std::vector<Finding> siblings;  // only looked for, not examined
