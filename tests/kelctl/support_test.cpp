@@ -31,7 +31,7 @@ struct Installation : StoreTree {
       tree.AddDevkit(file, folder);
     }
     WriteFile(tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
-    for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"}) Put(file, WholeStore(file));
+    for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"}) Put(file, WholeStore("A-1"));
   }
 
   std::string CommandLine(const std::string& arguments) const {
@@ -116,6 +116,12 @@ std::string Damaged(const std::string& content, const std::string& damage) {
   if (damage == "cut") return content.substr(0, content.size() / 2);
   if (damage == "garbage") return std::string(600, '\xA7');
   if (damage == "plain") return WholeStore("plain");
+  if (damage == "one section") return FakeEnciphered("[AGENT]\r\n");
+  if (damage == "no identity") return FakeEnciphered(WholeStore("").substr(0, WholeStore("").size() - 5));
+  if (damage == "other agent") return FakeEnciphered(WholeStore("another"));
+  if (damage == "64-bit") return std::string("MZ").append(58, '\0') + std::string("\x40\0\0\0PE\0\0\x64\x86", 10);
+  if (damage == "jobs") return R"({"version":1,"jobs":[{"id":2}]})";
+  if (damage == "tokens") return "KEPLPMNG=e\"C:\\none\\a.exe\"\r\nKEC=C:\\none\\b.dll\r\n";
   std::string other = content;  // of another key
   for (size_t i = 4; i < other.size(); ++i) other[i] = static_cast<char>(other[i] * 7 + 0x80 + i % 5);
   return other;
@@ -129,28 +135,42 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     const char* damage;  // "missing", one of Damaged, or the test library to put in its place
     const char* subject;
     const char* state;
+    const char* code;
     const char* detail;
   } rows[] = {
-      {"KESAgent/INTEGRA.DAT", "missing", "INTEGRA.DAT", "fail", "missing"},
-      {"KESAgent/INTEGRA.DAT", "empty", "INTEGRA.DAT", "fail", "damaged: 0 sections, not enciphered"},
-      {"KESAgent/INTEGRA.DAT", "cut", "INTEGRA.DAT", "fail", "damaged: 2 sections, enciphered"},
-      {"KESAgent/INTEGRA.DAT", "garbage", "INTEGRA.DAT", "fail", "damaged: 0 sections, not enciphered"},
-      {"KESAgent/INTEGRA.DAT", "other key", "INTEGRA.DAT", "fail", "damaged: "},
-      {"KESAgent/INTEGRA.DAT", "plain", "INTEGRA.DAT", "warn", "4 sections, not enciphered"},
-      {"KESAgent/INTEGRA.BAK", "missing", "INTEGRA.BAK", "warn", "missing"},
-      {"KESAgent/INTEGRA.BAK", "cut", "INTEGRA.BAK", "fail", "damaged: 2 sections, enciphered"},
-      {"KESAgent/INTEGRA.START", "garbage", "INTEGRA.START", "fail", "damaged: 0 sections, not enciphered"},
-      {"KELUtils/KELUTILS.INI", "missing", "KELUTILS.INI", "warn", "missing"},
-      {"KELUtils/KELUTILS.INI", "garbage", "KELUTILS.INI", "fail", "0 sections"},
-      {"KELUtils/KELUtils.dll", "missing", "KELUtils.dll", "fail", "missing"},
-      {"KELUtils/ApiCr.dll", "missing", "INTEGRA.DAT", "fail", "enciphered, and the crypto module cannot be loaded"},
-      {"Common/ApiCr.dll", "missing", "ApiCr.dll (files)", "fail", "missing"},
-      {"Common/KELAGAPI.dll", "garbage", "KELAGAPI.dll", "fail", "cannot be loaded (Windows error "},
-      {"KELTVEVT/TvEvAPI.dll", "FakeKELMNAPI", "TvEvAPI.dll", "fail", "loaded, lacks"},
-      {"Common/TvLogSys.dll", "missing", "TvLogSys.dll", "warn", "missing"},
-      {"Common/TvLogSys.dll", "FakeKELMNAPI", "TvLogSys.dll", "warn", "loaded, lacks"},
-      {"Scheduler/zumat.exe", "missing", "zumat.exe", "fail", "missing"},
-      {"KepWInst/KepWInst.exe", "garbage", "KepWInst.exe", "fail", "is no program (Windows error "},
+      {"KESAgent/INTEGRA.DAT", "missing", "INTEGRA.DAT", "fail", "STORE-MISSING", "missing"},
+      {"KESAgent/INTEGRA.DAT", "empty", "INTEGRA.DAT", "fail", "STORE-DAMAGED", "damaged: 0 of 4 sections"},
+      {"KESAgent/INTEGRA.DAT", "cut", "INTEGRA.DAT", "fail", "STORE-DAMAGED", "damaged: 2 of 4 sections, encrypted"},
+      {"KESAgent/INTEGRA.DAT", "garbage", "INTEGRA.DAT", "fail", "STORE-DAMAGED", "damaged: 0 of 4 sections"},
+      {"KESAgent/INTEGRA.DAT", "other key", "INTEGRA.DAT", "fail", "STORE-NOISE", "decrypts to noise: encrypted with"},
+      {"KESAgent/INTEGRA.DAT", "plain", "INTEGRA.DAT", "warn", "STORE-PLAIN", "4 sections, not encrypted"},
+      {"KESAgent/INTEGRA.DAT", "no identity", "identity", "fail", "IDENTITY-MISSING",
+       "INTEGRA.DAT has no agent-id, device-id, integrated; the agent-id is in INTEGRA.BAK and INTEGRA.START"},
+      {"KESAgent/INTEGRA.BAK", "missing", "INTEGRA.BAK", "warn", "STORE-MISSING", "missing"},
+      {"KESAgent/INTEGRA.BAK", "cut", "INTEGRA.BAK", "fail", "STORE-DAMAGED", "damaged: 2 of 4 sections, encrypted"},
+      {"KESAgent/INTEGRA.BAK", "one section", "INTEGRA.BAK", "fail", "STORE-DAMAGED", "damaged: 1 of 4"},
+      {"KESAgent/INTEGRA.BAK", "other agent", "INTEGRA.BAK", "warn", "BACKUP-OLDER", "written "},
+      {"KESAgent/INTEGRA.START", "other agent", "INTEGRA.START", "warn", "START-DIFFERS", "written "},
+      {"KESAgent/INTEGRA.START", "garbage", "INTEGRA.START", "fail", "STORE-DAMAGED", "damaged: 0 of 4 sections"},
+      {"KELUtils/KELUTILS.INI", "missing", "KELUTILS.INI", "warn", "SETTINGS-MISSING", "missing"},
+      {"KELUtils/KELUTILS.INI", "missing", "log level", "warn", "LOG-LEVEL-0",
+       "the log is at level 0: failures are not"},
+      {"KELUtils/KELUTILS.INI", "garbage", "KELUTILS.INI", "fail", "SETTINGS-INVALID", "0 sections"},
+      {"KELUtils/KELUtils.dll", "missing", "KELUtils.dll", "fail", "MODULE-MISSING", "missing"},
+      {"KELUtils/ApiCr.dll", "missing", "INTEGRA.DAT", "fail", "STORE-NO-CRYPTO", "encrypted, and the crypto module"},
+      {"Common/ApiCr.dll", "missing", "ApiCr.dll (files)", "fail", "MODULE-MISSING", "missing"},
+      {"Common/KELAGAPI.dll", "garbage", "KELAGAPI.dll", "fail", "MODULE-NOT-LOADED",
+       "cannot be loaded (Windows error "},
+      {"Common/KELAGAPI.dll", "64-bit", "KELAGAPI.dll", "fail", "MODULE-64-BIT", "is a 64-bit module, and cannot be"},
+      {"KELTVEVT/TvEvAPI.dll", "FakeKELMNAPI", "TvEvAPI.dll", "fail", "MODULE-INCOMPLETE", "loaded, lacks"},
+      {"Common/TvLogSys.dll", "missing", "TvLogSys.dll", "warn", "MODULE-MISSING", "missing"},
+      {"Common/TvLogSys.dll", "FakeKELMNAPI", "TvLogSys.dll", "warn", "MODULE-INCOMPLETE", "loaded, lacks"},
+      {"Scheduler/zumat.exe", "missing", "zumat.exe", "fail", "MODULE-MISSING", "missing"},
+      {"KepWInst/KepWInst.exe", "garbage", "KepWInst.exe", "fail", "PROGRAM-INVALID",
+       "is not a program (Windows error "},
+      {"Scheduler/Config/jobs.json", "jobs", "jobs.json", "warn", "JOBS-INCOMPLETE", "1 job, without 4 (KELQTINE)"},
+      {"Scheduler/Config/tokens.tok", "tokens", "tokens.tok", "warn", "PROGRAM-UNLISTED",
+       "2 names, whose file is missing:"},
   };
   {
     const Installation whole;
@@ -166,6 +186,7 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     const Installation tree;
     const std::string path = Path(tree, row.file), damage = row.damage, content = ReadFile(path);
     std::filesystem::remove(path);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     if (damage.starts_with("Fake")) {
       tree.tree.AddFake(damage, row.file);
     } else if (damage != "missing") {
@@ -178,13 +199,28 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     const bool failure = std::string(row.state) == "fail";
     CHECK(run.exitCode == (failure ? 3 : 0));
     CHECK(document["healthy"] == !failure);
+    bool found = false;
     for (const auto& check : document["checks"]) {
       if (check["subject"] != row.subject) continue;
+      if (check["code"] != row.code) continue;
+      found = true;
       CHECK(check["state"] == row.state);
-      CHECK(check["detail"].get<std::string>().starts_with(row.detail));
+      CHECK_MESSAGE(check["detail"].get<std::string>().starts_with(row.detail), check["detail"].get<std::string>());
+      CHECK_FALSE(check["remedy"].get<std::string>().empty());
       if (damage == "FakeKELMNAPI" && failure) CHECK(check["missing"].size() == 18);
     }
+    CHECK(found);
   }
+}
+
+TEST_CASE("doctor: a fresh store is incomplete, and no failure") {
+  StoreTree tree;
+  tree.Put("INTEGRA.DAT", "[AGENT]\r\nVERSION=1\r\n");
+  const auto run = support::RunProgram("\"" + (support::BuildFolder() / "bin" / "kelctl.exe").string() + "\" --dll \"" +
+                                       (tree.tree / "KELUtils\\KELUtils.dll") + "\" doctor");
+  INFO(run.output);
+  CHECK(run.exitCode == 0);
+  CHECK(run.output.find("incomplete: 1 of 4 sections, encrypted; nothing is lost") != std::string::npos);
 }
 
 TEST_CASE("status: the copy in use is the one whose identity the library gives next, and it changes nothing") {
@@ -230,7 +266,8 @@ TEST_CASE("repair: only a whole store is taken, and what is replaced is kept") {
   const std::string before = tree.Everything();
   for (const char* arguments : {"repair --from bak", "repair --dry-run --from bak"}) {
     CHECK(tree.Run(arguments).exitCode == 4);
-    CHECK(tree.Run(arguments).output.find("refused: INTEGRA.BAK is no whole store: 3 sections") != std::string::npos);
+    CHECK(tree.Run(arguments).output.find("refused: INTEGRA.BAK is no whole store: 3 of 4 sections") !=
+          std::string::npos);
   }
   CHECK(tree.Run("repair --from live").exitCode == 105);
   CHECK(tree.Run("repair --dry-run")
@@ -241,7 +278,7 @@ TEST_CASE("repair: only a whole store is taken, and what is replaced is kept") {
     const std::string replaced = "damaged " + std::to_string(number);
     WriteFile(live, replaced);
     CHECK(tree.Document("repair --from start")["copies"][0]["possible"] == true);
-    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("INTEGRA.START"));
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("A-1"));
     CHECK(ReadFile(live.string() + "." + std::to_string(number)) == replaced);
   }
   WriteFile(live, "damaged once more");

@@ -29,7 +29,7 @@ ResultCode FindResultCode(KE_RESULT code);
 /// "1782 KE_STORE_UNUSABLE: a store ...", for messages.
 std::string DescribeResult(KE_RESULT code);
 
-/// "Windows error 5" for messages.
+/// "Windows error 5: Access denied" for messages.
 std::string WindowsError(unsigned long error);
 
 /// The arguments do not make sense together, or a value cannot be what it should be.

@@ -1,6 +1,10 @@
+#include <windows.h>
+
 #include <algorithm>
+#include <iterator>
 
 #include "errors.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -57,7 +61,14 @@ std::string DescribeResult(KE_RESULT code) {
   return std::to_string(code) + " " + row.name + ": " + row.text;
 }
 
-std::string WindowsError(unsigned long error) { return "Windows error " + std::to_string(error); }
+std::string WindowsError(unsigned long error) {
+  wchar_t text[512];
+  DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text,
+                                static_cast<DWORD>(std::size(text)), nullptr);
+  while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) --length;
+  const std::string number = "Windows error " + std::to_string(error);
+  return length == 0 ? number : number + ": " + Utf8FromWide({text, length});
+}
 
 CallError::CallError(const std::string& exportName, KE_RESULT result)
     : std::runtime_error(exportName + " failed with " + DescribeResult(result)), result(result) {}

@@ -96,6 +96,16 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
+std::string UtcTime(std::uint64_t time) {
+  const FILETIME file{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+  SYSTEMTIME utc{};
+  FileTimeToSystemTime(&file, &utc);
+  char text[64];
+  std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02uZ", utc.wYear, utc.wMonth, utc.wDay, utc.wHour,
+                utc.wMinute, utc.wSecond);
+  return text;
+}
+
 std::string Counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }

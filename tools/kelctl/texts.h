@@ -43,6 +43,9 @@ std::string WithoutControlCharacters(const std::string& text);
 /// The text with blanks behind it, at least `width` characters long.
 std::string Padded(std::string text, std::size_t width);
 
+/// A file time, in 100-nanosecond units since 1601, as yyyy-mm-ddThh:mm:ssZ.
+std::string UtcTime(std::uint64_t time);
+
 /// "1 section", "2 sections".
 std::string Counted(std::size_t count, const std::string& noun);
 

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "diagnosis/examination.h"
 #include "diagnosis/log_file.h"
@@ -31,14 +30,8 @@ FatTime LocalFatTime() {
   return fat;
 }
 
-// UTC, as yyyy-mm-ddThh:mm:ssZ.
 std::string TimeText(const FILETIME& time) {
-  SYSTEMTIME utc{};
-  FileTimeToSystemTime(&time, &utc);
-  char text[64];
-  std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02uZ", utc.wYear, utc.wMonth, utc.wDay, utc.wHour,
-                utc.wMinute, utc.wSecond);
-  return text;
+  return UtcTime((std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime);
 }
 
 void ListFolder(const std::string& folder, nlohmann::ordered_json& list) {

@@ -3,6 +3,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 #include "errors.h"
 #include "registration/registration.h"
@@ -63,6 +65,7 @@ void SetFullPath(Sibling& sibling, const std::string& path) {
     sibling.places.push_back(path);
   } else {
     sibling.unlisted = "not a full path: " + Utf8FromCodePage(path);
+    sibling.unlistedCode = "PATH-NOT-FULL";
   }
 }
 
@@ -95,24 +98,44 @@ void AddRegistrations(std::vector<Sibling>& siblings) {
   }
 }
 
-// What is known of one that was looked for and found at `path`, or nowhere.
+// The finding for a sibling that was found at `path`, or not found.
 Finding Looked(const Sibling& sibling, const std::optional<std::string>& path) {
   const bool listed = !sibling.places.empty();
   return {.kind = sibling.kind == SiblingKind::kModule ? "module" : "program",
           .subject = Utf8FromCodePage(sibling.name),
           .path = Utf8FromCodePage(path.value_or(listed ? sibling.places.front() : "")),
           .health = path ? Health::kOk : sibling.whenUnusable,
+          .code = path     ? "OK"
+                  : listed ? "MODULE-MISSING"
+                           : sibling.unlistedCode,
           .detail = path     ? "found"
                     : listed ? "missing"
                              : sibling.unlisted};
 }
 
-// Fills in what loading the module at `path`, where it was found, shows.
+// True for a module or program of 64 bits, by its header.
+bool Is64Bit(const std::string& path) {
+  const win::FileHandle file = win::OpenForReading(path);
+  std::string head(4096, '\0');
+  head.resize(file ? win::Read(file, head.data(), head.size()) : 0);
+  IMAGE_DOS_HEADER dos;
+  if (head.size() < sizeof dos) return false;
+  std::memcpy(&dos, head.data(), sizeof dos);
+  const auto offset = static_cast<std::size_t>(dos.e_lfanew) + offsetof(IMAGE_NT_HEADERS, FileHeader.Machine);
+  WORD machine = 0;
+  if (dos.e_magic != IMAGE_DOS_SIGNATURE || dos.e_lfanew < 0 || offset + sizeof machine > head.size()) return false;
+  std::memcpy(&machine, head.data() + offset, sizeof machine);
+  return machine == IMAGE_FILE_MACHINE_AMD64 || machine == IMAGE_FILE_MACHINE_ARM64;
+}
+
+// Loads the module at `path`, where it was found.
 void CheckModule(const Sibling& sibling, const std::string& path, Finding& finding) {
   const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
     finding.health = sibling.whenUnusable;
-    finding.detail = "cannot be loaded (" + WindowsError(GetLastError()) + ")";
+    finding.code = Is64Bit(path) ? "MODULE-64-BIT" : "MODULE-NOT-LOADED";
+    finding.detail = std::string(Is64Bit(path) ? "is a 64-bit module, and " : "") + "cannot be loaded (" +
+                     WindowsError(GetLastError()) + ")";
     return;
   }
   finding.detail = sibling.names.empty() ? "loaded" : "loaded, has all functions";
@@ -120,6 +143,7 @@ void CheckModule(const Sibling& sibling, const std::string& path, Finding& findi
     if (GetProcAddress(module.Get(), name.c_str()) != nullptr) continue;
     finding.missing.push_back(name);
     finding.detail = "loaded, lacks";
+    finding.code = "MODULE-INCOMPLETE";
     finding.health = std::max(finding.health, required ? sibling.whenUnusable : Health::kWarning);
   }
 }
@@ -128,7 +152,8 @@ void CheckProgram(const Sibling& sibling, const std::string& path, Finding& find
   DWORD type = 0;
   if (GetBinaryTypeA(path.c_str(), &type)) return;
   finding.health = sibling.whenUnusable;
-  finding.detail = "is no program (" + WindowsError(GetLastError()) + ")";
+  finding.code = "PROGRAM-INVALID";
+  finding.detail = "is not a program (" + WindowsError(GetLastError()) + ")";
 }
 
 }  // namespace

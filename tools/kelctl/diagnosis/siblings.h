@@ -25,7 +25,8 @@ struct Sibling {
   std::vector<std::string> places;  // paths in the code page, in the order in which the library tries them
   std::vector<SiblingName> names;   // the functions that a module should have
   Health whenUnusable = Health::kFailure;
-  std::string unlisted = {};  // why there is no place to look in, when there is none
+  std::string unlisted = {};  // why `places` is empty
+  std::string unlistedCode = "MODULE-NOT-LISTED";
 };
 
 /// Those with a fixed place in the tree, then those that the registry and settings files name.

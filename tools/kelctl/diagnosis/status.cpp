@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "diagnosis/examination.h"
 #include "diagnosis/log_file.h"
 #include "policy/os_identification.h"
 #include "texts.h"
@@ -34,7 +35,15 @@ std::string ValueText(const Reading& read) {
 
 Status GatherStatus(const Product& product, const StoreCopies& copies, const Redactor& redactor,
                     std::size_t errorCount) {
-  Status status{.choice = ChooseCopy(copies), .file = {}, .values = {}, .versions = {}, .siblings = {}, .errors = {}};
+  Status status{.choice = ChooseCopy(copies),
+                .copies = RenderCopies(copies),
+                .copiesAsJson = JsonOf(copies),
+                .logAtLevelZero = CheckLogLevel(product).code == "LOG-LEVEL-0",
+                .file = {},
+                .values = {},
+                .versions = {},
+                .siblings = {},
+                .errors = {}};
   const StoreCopy* const copy = FileOf(copies, status.choice.copy);
   if (copy) {
     status.file = copy->file + ", " + Describe(*copy);
@@ -55,13 +64,16 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
 }
 
 std::string RenderStatus(const Status& status) {
-  std::string text = Row("store", status.file.empty() ? "none" : status.file) + Row("", status.choice.why);
+  std::string text = IsElevated() ? "" : "not elevated: some findings need an administrator\n";
+  text += Row("store", status.file.empty() ? "none" : status.file) + Row("", status.choice.why) + status.copies;
   for (const auto& read : status.values) text += Row(read.value->name, ValueText(read));
   text += Row("uninstall password", status.uninstallPassword ? "configured" : "not configured");
   for (const auto& [name, version] : status.versions) text += Row(name, "version " + version);
   for (const Finding& sibling : status.siblings)
     text += Row(sibling.subject, sibling.detail + (sibling.path.empty() ? "" : "  " + sibling.path));
-  text += status.errors.empty() ? "no errors in the trace log\n" : "last errors of the trace log:\n";
+  if (status.logAtLevelZero) text += "the log is at level 0: failures are not recorded\n";
+  if (!status.errors.empty()) text += "last errors of the log:\n";
+  if (status.errors.empty() && !status.logAtLevelZero) text += "no errors in the log\n";
   for (const TraceRecord& record : status.errors) {
     text += WithoutControlCharacters(Utf8FromCodePage(TraceLine(record))) + "\n";
   }
@@ -79,13 +91,18 @@ nlohmann::ordered_json JsonOf(const TraceRecord& record) {
 }
 
 nlohmann::ordered_json JsonOf(const Status& status) {
-  nlohmann::ordered_json document = {
-      {"store", {{"copy", NameOf(status.choice.copy)}, {"file", status.file}, {"why", status.choice.why}}},
-      {"values", JsonOf(std::span<const Reading>(status.values), false)},
-      {"uninstallPassword", status.uninstallPassword},
-      {"versions", nlohmann::ordered_json::object()},
-      {"siblings", nlohmann::ordered_json::array()},
-      {"errors", nlohmann::ordered_json::array()}};
+  nlohmann::ordered_json document = {{"store",
+                                      {{"copy", NameOf(status.choice.copy)},
+                                       {"file", status.file},
+                                       {"why", status.choice.why},
+                                       {"copies", status.copiesAsJson}}},
+                                     {"elevated", IsElevated()},
+                                     {"logAtLevelZero", status.logAtLevelZero},
+                                     {"values", JsonOf(std::span<const Reading>(status.values), false)},
+                                     {"uninstallPassword", status.uninstallPassword},
+                                     {"versions", nlohmann::ordered_json::object()},
+                                     {"siblings", nlohmann::ordered_json::array()},
+                                     {"errors", nlohmann::ordered_json::array()}};
   for (const auto& [name, version] : status.versions) document["versions"][name] = version;
   for (const Finding& sibling : status.siblings) {
     document["siblings"].push_back({{"name", sibling.subject},
