@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "store/ini_store.h"
+#include "text/text.h"
 
 using namespace store;
 
@@ -41,13 +42,16 @@ auto Some(const std::vector<Row>& rows) {
   return std::span(rows).first(std::min(rows.size(), kLookedAt));
 }
 
-// A section and an entry are found by their names, unless a zero byte is in it: such a name is looked up by its
-// beginning.
-void CheckLookups(IniStore& store) {
+// An entry is found by its names, unless a zero byte is in them: such a name is looked up by its beginning.
+void CheckLookups(const IniStore& store) {
+  const auto hasZero = [](std::string_view name) { return name.find('\0') != name.npos; };
   for (const auto& section : Some(store.sections)) {
-    Require(FindSection(store, std::string(section.name).c_str()) || section.name.find('\0') != section.name.npos);
     for (const auto& entry : Some(section.entries)) {
-      Require(FindEntry(section, std::string(entry.key).c_str()) || entry.key.find('\0') != entry.key.npos);
+      const bool first = &section == &*std::ranges::find_if(store.sections, [&](const auto& candidate) {
+        return text::SameName(candidate.name, section.name);
+      });
+      if (!first || hasZero(section.name) || hasZero(entry.key)) continue;
+      Require(LookupEntry(store, std::string(section.name).c_str(), std::string(entry.key).c_str()) != nullptr);
     }
   }
 }

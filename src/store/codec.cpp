@@ -32,12 +32,12 @@ std::int32_t RunInPlace(CipherFunction function, char* data, std::size_t length,
 
 std::int32_t DecryptBufferInPlace(char* data, std::size_t length, const char* keyBlob) {
   const auto* crypto = siblings::Crypto();
-  return crypto ? RunInPlace(crypto->APIcr_DecryptBuffer, data, length, keyBlob) : kDecipherUnavailable;
+  return crypto ? RunInPlace(crypto->APIcr_DecryptBuffer, data, length, keyBlob) : kDecryptionUnavailable;
 }
 
 std::int32_t EncryptBufferInPlace(char* data, std::size_t length, const char* keyBlob) {
   const auto* crypto = siblings::Crypto();
-  return crypto ? RunInPlace(crypto->APIcr_EncryptBuffer, data, length, keyBlob) : kEncipherUnavailable;
+  return crypto ? RunInPlace(crypto->APIcr_EncryptBuffer, data, length, keyBlob) : kEncryptionUnavailable;
 }
 
 using trace::kDetail;
@@ -71,6 +71,30 @@ std::optional<std::string> ReadContent(const win::FileHandle& file) {
   return content;
 }
 
+ExaminedFile ExamineFile(win::FileHandle file, const char* cryptoFolder) {
+  auto content = ReadContent(file);
+  if (!content) return {.state = FileState::kUnreadable, .error = ERROR_READ_FAULT, .store = {}};
+  file.Reset();
+  ExaminedFile examined{.encrypted = IsMarked(*content), .store = {}};
+  if (examined.encrypted) {
+    examined.state = FileState::kCryptoNotLoaded;
+    if (!siblings::LoadCrypto(cryptoFolder)) return examined;
+    content->erase(0, kMarker.size());
+    examined.state = FileState::kDecryptionFailed;
+    if (DecryptBufferInPlace(content->data(), content->size(), kFileKeyBlob) != 0) return examined;
+  }
+  ParseIni(UpToZero(*content), examined.store);
+  examined.state = examined.store.sections.size() < kFewestSections ? FileState::kDamaged : FileState::kComplete;
+  return examined;
+}
+
+ExaminedFile ExamineFile(const std::string& path, const char* cryptoFolder) {
+  win::FileHandle file = win::OpenForReading(path);
+  if (file) return ExamineFile(std::move(file), cryptoFolder);
+  const FileState state = win::LastErrorIsNotFound() ? FileState::kMissing : FileState::kUnreadable;
+  return {.state = state, .error = GetLastError(), .store = {}};
+}
+
 win::Replaced ReplaceContent(const std::string& path, std::string_view content, const win::FileStatus& like,
                              const char* function) {
   const win::Replaced replaced = win::ReplaceContent(path, content, like);
@@ -93,19 +117,6 @@ bool ReplaceByCopy(const std::string& source, const std::string& path, const cha
   return ReplaceContent(path, *content, like, function).complete;
 }
 
-Deciphering DecipherContent(std::string& content, const char* cryptoFolder) {
-  if (!IsMarked(content)) {
-    content.resize(UpToZero(content).size());
-    return Deciphering::kDone;
-  }
-  if (!siblings::LoadCrypto(cryptoFolder)) return Deciphering::kCryptoNotLoaded;
-  char* const blocks = content.data() + kMarker.size();
-  if (DecryptBufferInPlace(blocks, content.size() - kMarker.size(), kFileKeyBlob) != 0) return Deciphering::kFailed;
-  content.erase(0, kMarker.size());
-  content.resize(UpToZero(content).size());
-  return Deciphering::kDone;
-}
-
 PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const char* function) {
   if (!siblings::LoadCrypto(cryptoFolder)) {
     Trace(kDetail, function, "Could not load ApiCrFunctions");
@@ -126,13 +137,13 @@ PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const
     return {.bytes = std::move(text), .form = TextForm::kPlainAfterFailure};
   }
   Trace(kDetail, function, "File successfully encrypted");
-  return {.bytes = std::move(content), .form = TextForm::kEnciphered};
+  return {.bytes = std::move(content), .form = TextForm::kEncrypted};
 }
 
-void TraceWritten(const PreparedContent& content, std::size_t written, bool whole, const char* function) {
-  const bool enciphered = content.form == TextForm::kEnciphered;
-  if (!enciphered && !whole) return;
-  const std::size_t marker = enciphered ? kMarker.size() : 0;
+void TraceWritten(const PreparedContent& content, std::size_t written, bool complete, const char* function) {
+  const bool encrypted = content.form == TextForm::kEncrypted;
+  if (!encrypted && !complete) return;
+  const std::size_t marker = encrypted ? kMarker.size() : 0;
   Trace(kDetail, function, "Number of items to write: [%d]. Number of items written to file  [%d]",
         static_cast<int>(content.bytes.size() - marker), static_cast<int>(written - std::min(written, marker)));
 }

@@ -1,5 +1,7 @@
-// The key blobs of the product, opaque texts that only the crypto module understands. Supplied at configure time.
+// The files of a store: encryption with the key blobs of the product, examining, replacing.
 #pragma once
+
+#include <windows.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "store/ini_store.h"
 #include "win/file.h"
 #include "win/replace_file.h"
 
@@ -14,27 +17,50 @@ namespace store {
 
 inline constexpr std::size_t kKeyBlobLength = 188;  // base64 characters
 
-extern const char kFileKeyBlob[kKeyBlobLength + 1];     // enciphered INI files and the integration store
-extern const char kSettingKeyBlob[kKeyBlobLength + 1];  // single enciphered settings
+// Opaque texts that only the crypto module understands, supplied at configure time.
+extern const char kFileKeyBlob[kKeyBlobLength + 1];     // encrypted INI files and the integration store
+extern const char kSettingKeyBlob[kKeyBlobLength + 1];  // single encrypted settings
 
-// Enciphering in place, through the crypto module.
+inline constexpr std::int32_t kDecryptionUnavailable = 4;
+inline constexpr std::int32_t kEncryptionUnavailable = 99999999;
 
-inline constexpr std::int32_t kDecipherUnavailable = 4;
-inline constexpr std::int32_t kEncipherUnavailable = 99999999;
-
-/// Deciphers `length` bytes in place, taken as whole blocks with zero bytes behind. 0, the crypto module's error, or
-/// kDecipherUnavailable when the module is not bound; the data is unchanged unless the result is 0. Throws when memory
+/// Decrypts `length` bytes in place, as whole blocks padded with zero bytes. 0, the crypto module's error, or
+/// kDecryptionUnavailable when the module is not bound; the data is unchanged unless the result is 0. Throws when memory
 /// runs out.
 std::int32_t DecryptBufferInPlace(char* data, std::size_t length, const char* keyBlob);
 
-/// Enciphers likewise; kEncipherUnavailable when the module is not bound.
+/// Encrypts in the same way; kEncryptionUnavailable when the module is not bound.
 std::int32_t EncryptBufferInPlace(char* data, std::size_t length, const char* keyBlob);
 
-// Reading and writing the content of a store's file; what the integration store and the other enciphered INI files
-// share.
+/// The state of a store's file. The first two have no content, the next two a content that cannot be decrypted.
+enum class FileState {
+  kMissing,
+  kUnreadable,
+  kCryptoNotLoaded,
+  kDecryptionFailed,  // another key, or damage
+  kDamaged,           // fewer than `kFewestSections` sections
+  kComplete,
+};
 
-/// The whole content of an open file; none when its size cannot be told or fewer bytes arrive. Throws when memory runs
-/// out.
+/// A store's file, read, decrypted and parsed.
+struct ExaminedFile {
+  FileState state = FileState::kMissing;
+  DWORD error = 0;         // of Windows, for a file without content
+  bool encrypted = false;  // the content is marked as encrypted
+  IniStore store;          // its text, unless the content could not be read or decrypted
+
+  bool HasText() const noexcept { return state >= FileState::kDamaged; }
+};
+
+/// Examines a file, and changes nothing. Marked content is decrypted with the file key blob, after the crypto module was
+/// bound from `cryptoFolder`; other content is the text itself. The text ends at its first zero byte. Throws when memory
+/// runs out.
+ExaminedFile ExamineFile(const std::string& path, const char* cryptoFolder);
+
+/// The same for an open file, which is closed before it is decrypted.
+ExaminedFile ExamineFile(win::FileHandle file, const char* cryptoFolder);
+
+/// The whole content of an open file; none when it cannot be read completely. Throws when memory runs out.
 std::optional<std::string> ReadContent(const win::FileHandle& file);
 
 /// Replaces the content of a file (`win::ReplaceContent`). A file that cannot be opened or is overwritten in place is
@@ -46,28 +72,21 @@ win::Replaced ReplaceContent(const std::string& path, std::string_view content, 
 /// source. Throws when memory runs out, before the file was touched.
 bool ReplaceByCopy(const std::string& source, const std::string& path, const char* function);
 
-enum class Deciphering { kDone, kCryptoNotLoaded, kFailed };
-
-/// Replaces the content of a file by the text it stands for. Marked content is deciphered with the file key blob, after
-/// the crypto module was bound from `cryptoFolder`; other content is taken as the text itself. The text ends at its
-/// first zero byte. Unless the result is kDone, the content is unchanged.
-Deciphering DecipherContent(std::string& content, const char* cryptoFolder);
-
-enum class TextForm { kEnciphered, kPlainWithoutCrypto, kPlainAfterFailure };
+enum class TextForm { kEncrypted, kPlainWithoutCrypto, kPlainAfterFailure };
 
 /// The content for a store's file, ready to be written.
 struct PreparedContent {
-  std::string bytes;  // the marker and the enciphered blocks, or the plain text
+  std::string bytes;  // the marker and the encrypted blocks, or the plain text
   TextForm form;
 };
 
-/// Enciphers a text with the file key blob, after the crypto module was bound from `cryptoFolder`. When that cannot be
-/// done, the content is the plain text. An empty line before the text may be added. Traces the outcome under
-/// `function`. Throws when memory runs out.
+/// Encrypts a text with the file key blob, after the crypto module was bound from `cryptoFolder`. If that fails, the
+/// content is the plain text. An empty line before the text may be added. Traces the outcome under `function`. Throws
+/// when memory runs out.
 PreparedContent PrepareContent(std::string text, const char* cryptoFolder, const char* function);
 
-/// Traces under `function` how much of the content went out: `written` bytes of the file. Plain text is only traced
-/// when it is `whole`.
-void TraceWritten(const PreparedContent& content, std::size_t written, bool whole, const char* function);
+/// Traces under `function` how much of the content was written: `written` bytes of the file. Plain text is only traced
+/// when it is `complete`.
+void TraceWritten(const PreparedContent& content, std::size_t written, bool complete, const char* function);
 
 }  // namespace store

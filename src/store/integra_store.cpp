@@ -102,20 +102,11 @@ KE_RESULT OpenBackup(const StorePaths& paths, win::FileHandle& backup) {
 
 // Replaces the cached store by the content of an open file, whose status becomes the stamp.
 KE_RESULT LoadStore(win::FileHandle file, const win::FileStatus& status, const StorePaths& paths) {
-  auto content = ReadContent(file);
-  if (!content) return KE_STORE_UNUSABLE;
-  file.Reset();
-  switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
-    case Deciphering::kCryptoNotLoaded:
-      return KE_CRYPTO_NOT_LOADED;
-    case Deciphering::kFailed:
-      return KE_CRYPTO_FAILED;
-    case Deciphering::kDone:
-      break;
-  }
-  auto store = std::make_unique<IniStore>();
-  ParseIni(*content, *store);
-  ReplaceStore(std::move(store));
+  ExaminedFile examined = ExamineFile(std::move(file), paths.CryptoFolder().c_str());
+  if (examined.state == FileState::kCryptoNotLoaded) return KE_CRYPTO_NOT_LOADED;
+  if (examined.state == FileState::kDecryptionFailed) return KE_CRYPTO_FAILED;
+  if (!examined.HasText()) return KE_STORE_UNUSABLE;
+  ReplaceStore(std::make_unique<IniStore>(std::move(examined.store)));
   IntegraFileStatus = status;
   return KE_SUCCESS;
 }
@@ -192,31 +183,10 @@ Reading ReadIntegraDat(const StorePaths& paths, Repair repair) {
   return reading;
 }
 
-// What a file of the store holds. Undecipherable: it is encrypted, and there is no crypto module.
-enum class FileState { kMissing, kUnreadable, kUndecipherable, kDamaged, kComplete };
-
-FileState StateOfFile(const std::string& path, const StorePaths& paths) {
-  const win::FileHandle file = win::OpenForReading(path);
-  if (!file) return win::LastErrorIsNotFound() ? FileState::kMissing : FileState::kUnreadable;
-  auto content = ReadContent(file);
-  if (!content) return FileState::kUnreadable;
-  switch (DecipherContent(*content, paths.CryptoFolder().c_str())) {
-    case Deciphering::kCryptoNotLoaded:
-      return FileState::kUndecipherable;
-    case Deciphering::kFailed:
-      return FileState::kDamaged;
-    case Deciphering::kDone:
-      break;
-  }
-  IniStore store;
-  ParseIni(*content, store);
-  return IsDamaged(store) ? FileState::kDamaged : FileState::kComplete;
-}
-
 // True for a file that no damaged store may replace.
 bool MayBeLastGoodCopy(const std::string& path, const StorePaths& paths) {
-  const FileState state = StateOfFile(path, paths);
-  return state == FileState::kComplete || state == FileState::kUnreadable || state == FileState::kUndecipherable;
+  const FileState state = ExamineFile(path, paths.CryptoFolder().c_str()).state;
+  return state == FileState::kComplete || state == FileState::kUnreadable || state == FileState::kCryptoNotLoaded;
 }
 
 // Once in a process: leftovers are of processes that were killed, and so there are few.
@@ -315,7 +285,7 @@ StoreOrCode RestoreIntegraDatEx() { return Restore(__func__, &StorePaths::Start)
 KE_RESULT KeepAsStartCopy(const char* function) {
   const StoreLock lock;
   return WithIntegraLock(function, [&](const StorePaths& paths) -> KE_RESULT {
-    if (StateOfFile(paths.Live(), paths) == FileState::kComplete) {
+    if (ExamineFile(paths.Live(), paths.CryptoFolder().c_str()).state == FileState::kComplete) {
       return ReplaceByCopy(paths.Live(), paths.Start(), function) ? KE_SUCCESS : KE_STORE_UNUSABLE;
     }
     Trace(kDetail, function, "Integra.start kept: integra.dat has fewer than %u sections or cannot be read",

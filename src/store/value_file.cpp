@@ -1,6 +1,8 @@
 #include "store/value_file.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <optional>
@@ -36,23 +38,17 @@ class ProductCryptoFolder {
 FileResult Read(const char* path, IniStore& store) {
   win::FileHandle file = win::OpenOrCreate(path);
   if (!file) return kFileNotOpened;
-  std::optional<std::string> content;
+  ExaminedFile examined;
   try {
-    content = ReadContent(file);
+    examined = ExamineFile(std::move(file), ProductCryptoFolder().Get());
   } catch (const std::bad_alloc&) {
     return kFileNoMemory;
   }
-  if (!content) return kFileNotOpened;
-  file.Reset();
-  switch (DecipherContent(*content, ProductCryptoFolder().Get())) {
-    case Deciphering::kCryptoNotLoaded:
-      return kFileCryptoNotLoaded;
-    case Deciphering::kFailed:
-      return kFileCipherFailed;
-    case Deciphering::kDone:
-      break;
-  }
-  ParseIni(*content, store);
+  if (examined.state == FileState::kCryptoNotLoaded) return kFileCryptoNotLoaded;
+  if (examined.state == FileState::kDecryptionFailed) return kFileCipherFailed;
+  if (!examined.HasText()) return kFileNotOpened;
+  std::ranges::move(examined.store.texts, std::back_inserter(store.texts));
+  std::ranges::move(examined.store.sections, std::back_inserter(store.sections));
   return kFileDone;
 }
 

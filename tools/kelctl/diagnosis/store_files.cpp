@@ -121,26 +121,20 @@ StoreCopy ReadStoreCopy(const Product& product, const std::string& file) {
   copy.size = status.size;
   copy.written = status.written;
   copy.readOnly = (status.attributes & FILE_ATTRIBUTE_READONLY) != 0;
-  const win::FileHandle handle = win::OpenForReading(copy.path);
-  auto content = handle && copy.size <= kLargestFile ? store::ReadContent(handle) : std::nullopt;
-  if (!content) {
+  win::FileHandle handle = win::OpenForReading(copy.path);
+  if (!handle || copy.size > kLargestFile) {
     copy.error = handle ? ERROR_READ_FAULT : GetLastError();
     copy.state = CopyState::kUnreadable;
     return copy;
   }
-  copy.marked = store::IsMarked(*content);
-  switch (store::DecipherContent(*content, product.Folder("").c_str())) {
-    case store::Deciphering::kCryptoNotLoaded:
-      copy.state = CopyState::kCryptoNotLoaded;
-      break;
-    case store::Deciphering::kFailed:
-      copy.state = CopyState::kNotDeciphered;
-      break;
-    case store::Deciphering::kDone:
-      copy.state = CopyState::kRead;
-      store::ParseIni(*content, copy.store);
-      break;
-  }
+  store::ExaminedFile examined = store::ExamineFile(std::move(handle), product.Folder("").c_str());
+  copy.error = examined.error;
+  copy.marked = examined.encrypted;
+  copy.state = examined.HasText()                                      ? CopyState::kRead
+               : examined.state == store::FileState::kCryptoNotLoaded  ? CopyState::kCryptoNotLoaded
+               : examined.state == store::FileState::kDecryptionFailed ? CopyState::kNotDeciphered
+                                                                       : CopyState::kUnreadable;
+  copy.store = std::move(examined.store);
   return copy;
 }
 
