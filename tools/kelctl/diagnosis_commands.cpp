@@ -114,6 +114,11 @@ void AddOsCommand(CLI::App& kelctl, Session& session) {
 }  // namespace
 
 void AddDiagnosisCommands(CLI::App& kelctl, Session& session) {
+  CLI::App* const child = kelctl.add_subcommand("examine-siblings")->group("");  // hidden: the doctor runs it
+  const auto first = std::make_shared<std::size_t>();
+  child->add_option("FIRST", *first)->required();
+  child->callback(
+      [&session, first] { ExamineSiblings(Product(LibraryPath(session.libraryPath)), *first, session.out); });
   AddStatusCommand(kelctl, session);
   AddDoctorCommand(kelctl, session);
   AddDiagnosticsCommand(kelctl, session);

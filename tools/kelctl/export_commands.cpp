@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
+#include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
 
@@ -77,9 +78,18 @@ void CheckLength(const Parameter& parameter, const std::string& text) {
   throw UsageError(NameOf(parameter) + " may have " + std::to_string(parameter.longest) + " bytes");
 }
 
+// A password from standard input, which no list of processes shows. The line is UTF-8.
+std::string LineOfInput() {
+  std::string line;
+  if (!std::getline(std::cin, line)) throw UsageError("standard input has no line for the password");
+  if (line.ends_with('\r')) line.pop_back();
+  return line;
+}
+
 std::string TextArgument(const Library& library, const Parameter& parameter, const std::string& typed) {
   std::string text = typed;
   if (parameter.kind == Kind::kPassword || parameter.kind == Kind::kSecret) {
+    if (text == "-") text = LineOfInput();
     CheckLength(parameter, text);
     return parameter.kind == Kind::kSecret && !text.empty() ? EncryptSetting(library, text) : text;
   }

@@ -25,11 +25,9 @@ constexpr CommandGroup kGroups[] = {
 
 constexpr std::size_t kLongestAddress = 511;  // bytes; the library cuts a longer one
 constexpr std::size_t kPortLength = 6;        // ":65535"
-
 constexpr Parameter kBuffer{Kind::kBuffer};
 constexpr Parameter kAnswer{Kind::kAnswer};
 constexpr Parameter kZero{Kind::kZero};
-
 constexpr Parameter Argument(Kind kind, int position, const char* name, const char* help) {
   return {.kind = kind, .name = name, .help = help, .position = position};
 }
@@ -103,7 +101,9 @@ constexpr ExportCommand kCommands[] = {
      .help = "Stores the uninstall password encrypted; the empty password removes it",
      .example = "password set -",
      .call = KELCTL_CALL(KE_SetUninstallPass),
-     .parameters = {Argument(Kind::kSecret, 1, "PASSWORD", "The password in plain text"), kZero}},
+     .parameters = {Argument(Kind::kSecret, 1, "PASSWORD",
+                             "The password in plain text; - reads it from standard input"),
+                    kZero}},
     {.name = "password check",
      .help = "Says whether this is the uninstall password; exit code 1 when it is not",
      .example = "password check secret",
@@ -111,7 +111,9 @@ constexpr ExportCommand kCommands[] = {
      .shows = Shows::kYesOrNo,
      .member = "matches",
      .words = {"the password does not match", "the password matches"},
-     .parameters = {Argument(Kind::kPassword, 1, "PASSWORD", "The password in plain text"), kZero}},
+     .parameters = {Argument(Kind::kPassword, 1, "PASSWORD",
+                             "The password in plain text; - reads it from standard input"),
+                    kZero}},
     {.name = "file get",
      .help = "Shows a value",
      .example = "file get C:\\Agent\\settings.dat PROXY USER",
@@ -150,8 +152,10 @@ constexpr ExportCommand kCommands[] = {
                     Optional(Kind::kPort, 2, "PORT", "The port (default: 80)", "80"),
                     Longest(sizeof(KE_AGENT_PROXY_RECORD::user) - 1,
                             Option(Kind::kSecret, "--user", "The user in plain text", "")),
-                    Needing("--user", Longest(sizeof(KE_AGENT_PROXY_RECORD::password) - 1,
-                                              Option(Kind::kSecret, "--password", "The password in plain text", "")))}},
+                    Needing("--user",
+                            Longest(sizeof(KE_AGENT_PROXY_RECORD::password) - 1,
+                                    Option(Kind::kSecret, "--password",
+                                           "The password in plain text; - reads it from standard input", "")))}},
     {.name = "proxy static",
      .help = "Sets the static proxy; without host and addresses it is switched off",
      .example = "proxy static --host relay.example --ips 10.0.0.1,10.0.0.2",
@@ -340,20 +344,20 @@ constexpr ExportCommand kCommands[] = {
      .example = "event start",
      .call = KELCTL_CALL(KE_InitEventSystem)},
     {.name = "prompt reboot",
-     .help = "Asks whether the computer may be restarted now; shows the answer, 0, 1 or 2",
+     .help = "Asks whether the computer may be restarted now; shows the answer: yes, no or later",
      .example = "prompt reboot",
      .call = KELCTL_CALL(KE_GetCanReboot),
      .shows = Shows::kAnswer,
      .member = "answer",
-     .words = {"0", "1", "2"},
+     .words = {"yes", "no", "later"},
      .parameters = {kAnswer}},
     {.name = "prompt ask",
-     .help = "Asks a question of any kind; shows the answer, 0, 1 or 2",
+     .help = "Asks a question of any kind; shows the answer: yes, no or later",
      .example = "prompt ask 7 60",
      .call = KELCTL_CALL(KE_GetUserResponse),
      .shows = Shows::kAnswer,
      .member = "answer",
-     .words = {"0", "1", "2"},
+     .words = {"yes", "no", "later"},
      .parameters = {kAnswer, Argument(Kind::kNumber, 1, "KIND", "The number of the question"),
                     Argument(Kind::kNumber, 2, "SECONDS", "The time for it")}},
     {.name = "prompt countdown",

@@ -58,7 +58,7 @@ nlohmann::ordered_json AsJson(const std::vector<policy::ListedScript>& scripts) 
                     {"program", Utf8FromWide(listed.script.program)},
                     {"parameters", Utf8FromWide(listed.script.parameters)}});
   }
-  return list;
+  return {{"scripts", std::move(list)}};
 }
 
 std::string AsTable(const std::vector<policy::ListedScript>& scripts) {

@@ -76,6 +76,21 @@ std::string FullPath(const std::string& path) {
   return Utf8FromWide(full);
 }
 
+nlohmann::ordered_json Answer(const nlohmann::ordered_json& document) {
+  constexpr int kSchemaVersion = 1;
+  wchar_t host[MAX_COMPUTERNAME_LENGTH + 1] = L"";
+  DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
+  if (!GetComputerNameW(host, &length)) length = 0;
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  nlohmann::ordered_json answer = {
+      {"schemaVersion", kSchemaVersion},
+      {"generatedAt", UtcTime((std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime)},
+      {"host", Utf8FromWide({host, length})}};
+  answer.update(document);
+  return answer;
+}
+
 std::string DumpJson(const nlohmann::ordered_json& document) {
   return document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -34,6 +34,9 @@ inline constexpr unsigned kLongestPath = 32768;
 /// The full path of a path that starts in the current directory. Both UTF-8.
 std::string FullPath(const std::string& path);
 
+/// The document with the members that every answer begins with: schemaVersion, generatedAt and host.
+nlohmann::ordered_json Answer(const nlohmann::ordered_json& document);
+
 /// The document as it is printed: indented, with a line end. Bytes that are not UTF-8 become replacement characters.
 std::string DumpJson(const nlohmann::ordered_json& document);
 

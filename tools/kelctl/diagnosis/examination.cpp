@@ -166,7 +166,6 @@ Finding CheckLogLevel(const Product& product) {
 }
 
 Findings Examine(const Product& product, const StoreCopies& copies) {
-  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);  // no dialog about a damaged module
   Findings findings;
   if (!IsElevated()) {
     findings.push_back({.kind = "machine",
@@ -177,8 +176,7 @@ Findings Examine(const Product& product, const StoreCopies& copies) {
                         .detail = "not elevated: some findings need an administrator"});
   }
   const bool fresh = IsFresh(copies);
-  for (const Sibling& sibling : SiblingsOf(product)) {
-    Finding finding = CheckSibling(sibling);
+  for (Finding& finding : CheckSiblings(product)) {
     if (fresh && finding.code == "MODULE-MISSING") finding.health = std::min(finding.health, Health::kWarning);
     findings.push_back(std::move(finding));
   }

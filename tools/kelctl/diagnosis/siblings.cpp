@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <ostream>
 
 #include "errors.h"
 #include "registration/registration.h"
@@ -156,6 +157,54 @@ void CheckProgram(const Sibling& sibling, const std::string& path, Finding& find
   finding.detail = "is not a program (" + WindowsError(GetLastError()) + ")";
 }
 
+// The lines that a child of this program writes about the siblings from number `first` on, until it ends or is silent
+// for too long.
+std::vector<std::string> LinesOfChild(const Product& product, std::size_t first) {
+  constexpr DWORD kLongestSilence = 20000, kPause = 5;  // milliseconds
+  std::vector<std::string> lines;
+  wchar_t program[kLongestPath];
+  GetModuleFileNameW(nullptr, program, kLongestPath);
+  std::wstring words = L"\"" + std::wstring(program) + L"\" --dll \"" +
+                       WideFromUtf8(Utf8FromCodePage(product.Directory() + "\\" + product.LibraryFile())) +
+                       L"\" examine-siblings " + std::to_wstring(first);
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  HANDLE reading = nullptr, writing = nullptr;
+  if (!CreatePipe(&reading, &writing, &inherited, 0)) return lines;
+  const win::ProcessHandle output(reading);
+  win::ProcessHandle input(writing);
+  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = writing;
+  PROCESS_INFORMATION started{};
+  if (!CreateProcessW(program, words.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
+                      &started)) {
+    return lines;
+  }
+  const win::ProcessHandle process(started.hProcess), thread(started.hThread);
+  input.Reset();
+  std::string text;
+  for (DWORD since = GetTickCount(); GetTickCount() - since < kLongestSilence;) {
+    DWORD available = 0, count = 0;
+    if (!PeekNamedPipe(reading, nullptr, 0, nullptr, &available, nullptr)) break;  // the child has ended
+    if (available == 0) {
+      Sleep(kPause);
+      continue;
+    }
+    char part[4096];
+    if (!ReadFile(reading, part, std::min<DWORD>(available, sizeof part), &count, nullptr)) break;
+    text.append(part, count);
+    since = GetTickCount();
+  }
+  TerminateProcess(process.Get(), 1);
+  for (auto end = text.find('\n'); end != text.npos; end = text.find('\n')) {
+    lines.push_back(text.substr(0, end));
+    text.erase(0, end + 1);
+  }
+  return lines;
+}
+
 }  // namespace
 
 std::vector<Sibling> SiblingsOf(const Product& product) {
@@ -190,12 +239,42 @@ std::optional<std::string> FindSibling(const Sibling& sibling) {
 
 Finding LookForSibling(const Sibling& sibling) { return Looked(sibling, FindSibling(sibling)); }
 
-Finding CheckSibling(const Sibling& sibling) {
-  const auto path = FindSibling(sibling);
-  Finding finding = Looked(sibling, path);
-  const auto check = sibling.kind == SiblingKind::kModule ? CheckModule : CheckProgram;
-  if (path) check(sibling, *path, finding);
-  return finding;
+void ExamineSiblings(const Product& product, std::size_t first, std::ostream& out) {
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);  // no dialogs
+  const std::vector<Sibling> siblings = SiblingsOf(product);
+  for (std::size_t i = first; i < siblings.size(); ++i) {
+    const auto path = FindSibling(siblings[i]);
+    Finding finding = Looked(siblings[i], path);
+    const auto check = siblings[i].kind == SiblingKind::kModule ? CheckModule : CheckProgram;
+    if (path) check(siblings[i], *path, finding);
+    const nlohmann::json line = {static_cast<int>(finding.health), finding.code, finding.detail, finding.missing};
+    out << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
+  }
+}
+
+Findings CheckSiblings(const Product& product) {
+  Findings findings;
+  const std::vector<Sibling> siblings = SiblingsOf(product);
+  while (findings.size() < siblings.size()) {
+    for (const std::string& line : LinesOfChild(product, findings.size())) {
+      const auto parts = nlohmann::json::parse(line, nullptr, false);
+      if (!parts.is_array() || parts.size() != 4 || findings.size() == siblings.size()) break;
+      Finding finding = LookForSibling(siblings[findings.size()]);
+      finding.health = static_cast<Health>(parts[0].get<int>());
+      finding.code = parts[1].get<std::string>();
+      finding.detail = parts[2].get<std::string>();
+      finding.missing = parts[3].get<std::vector<std::string>>();
+      findings.push_back(std::move(finding));
+    }
+    if (findings.size() == siblings.size()) break;
+    const Sibling& sibling = siblings[findings.size()];  // the child did not come past it
+    Finding finding = LookForSibling(sibling);
+    finding.health = sibling.whenUnusable;
+    finding.code = "MODULE-TIMEOUT";
+    finding.detail = "loading it does not end, or ends the program that loads it";
+    findings.push_back(std::move(finding));
+  }
+  return findings;
 }
 
 }  // namespace kelctl

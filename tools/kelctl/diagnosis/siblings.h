@@ -38,7 +38,11 @@ std::optional<std::string> FindSibling(const Sibling& sibling);
 /// Looks for one: all is well when its file is there.
 Finding LookForSibling(const Sibling& sibling);
 
-/// Looks for one and examines it: a module is loaded and freed again, a program only looked at.
-Finding CheckSibling(const Sibling& sibling);
+/// Looks for each and examines it: a module is loaded and freed again, a program is only looked at. Loading
+/// runs code of the module: a child process does it, with a time limit for each.
+Findings CheckSiblings(const Product& product);
+
+/// The child's part: examines the siblings from number `first` on, and writes a line of JSON for each to `out`.
+void ExamineSiblings(const Product& product, std::size_t first, std::ostream& out);
 
 }  // namespace kelctl

@@ -51,7 +51,8 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
   }
   status.values = ValuesIn(copy ? &copy->store : nullptr);
   for (auto& read : status.values) {
-    if (!read.value->secret) read.text = redactor.WithoutKnown(std::move(read.text));
+    const bool free = std::string_view(read.value->name) == "last-error-param";  // any text of an installer
+    if (!read.value->secret) read.text = free ? redactor.Text(read.text) : redactor.WithoutKnown(std::move(read.text));
   }
   const std::vector<Sibling> siblings = SiblingsOf(product);
   status.versions = VersionsOf(siblings);

@@ -8,6 +8,7 @@
 #include "diagnosis/log_file.h"
 #include "diagnosis/zip_archive.h"
 #include "errors.h"
+#include "siblings/modules.h"
 #include "store/codec.h"
 #include "store/ini_store.h"
 #include "store/setting_codec.h"
@@ -145,6 +146,7 @@ StoreCopies ReadStoreCopies(const Product& product) {
 
 Redactor MakeRedactor(const Product& product, const StoreCopies& copies) {
   Redactor redactor;
+  siblings::LoadCrypto(product.Folder("").c_str());  // a plain store has encrypted settings too
   for (const StoreCopy* const copy : {&copies.live, &copies.backup, &copies.start}) AddSecrets(redactor, copy->store);
   for (const ProductFile& file : product.SettingsFiles()) {
     store::IniStore settings;
