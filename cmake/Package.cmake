@@ -12,6 +12,7 @@ if(MINGW)
 endif()
 if(TARGET kelctl)
   install(TARGETS kelctl RUNTIME DESTINATION bin)
+  install(FILES tools/kelctl/kelctl.schema.json DESTINATION share/KELUtils)
 endif()
 
 configure_file(cmake/KELUtils.pc.in ${CMAKE_BINARY_DIR}/generated/KELUtils.pc @ONLY)

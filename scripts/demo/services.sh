@@ -15,7 +15,7 @@ send_events() {
 ask_the_user() {
   printf '[AUTO]\r\nAnswer=2\r\n' > KESAgent/KePIRes.ini   # automatic mode: no window, the answer is "later"
   kelctl prompt reboot
-  check "the answer is that of the settings" grep -q 2 <<<"$output"
+  check "the answer is that of the settings" grep -q later <<<"$output"
   kelctl prompt countdown 5
   check "the countdown was asked for five seconds" grep -q -- '-MsgType:2 -CheckOS -sec:5' KESAgent/KePIRes.log
 }

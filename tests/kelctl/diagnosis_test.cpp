@@ -30,14 +30,26 @@ TEST_CASE("redaction: what is taken for a secret, and what is not") {
       {"ReRegisterOnePluginFromRegistry in C:\\Agent\\Common", "ReRegisterOnePluginFromRegistry in C:\\Agent\\Common"},
       {"{00000000-0000-0000-0000-000000000000}", "{00000000-0000-0000-0000-000000000000}"},
       {"ab", "ab"},
+      {"server https://joe:pw@h.example/x", "server https://********@h.example/x"},
+      {"proxy h.example:3128:joe:word next", "proxy h.example:3128:******** next"},
+      {"at 12:30:45 in C:\\a:b", "at 12:30:45 in C:\\a:b"},
+      {"tool -p word -q", "tool -p ******** -q"},
+      {"PIN=1234", "PIN=********"},
+      {"Clave: x", "Clave:********"},
+      {"UserPw=x", "UserPw=********"},
+      {"proxy_auth=x", "proxy_auth=********"},
+      {"Psk=x", "Psk=********"},
+      {"Mapping=x, Author=y, SPIN=2", "Mapping=x, Author=y, SPIN=2"},
+      {"finger 3f:a2:00:11:22:33:44:55:66:77:88:99", "finger ********"},
   };
   Redactor redactor;
   redactor.AddSecret("hunter2");
   redactor.AddSecret("ab");  // too short
   for (const auto& row : rows) CHECK(redactor.Text(row.text) == row.shown);
   CHECK(
-      redactor.Ini("[A]\r\nPassword=p q\r\nUser=hunter2\nEmpty_Key=\r\n[Certificates]\r\nmain=a=b\r\n[B]\r\nmain=c") ==
-      "[A]\r\nPassword=********\r\nUser=********\r\nEmpty_Key=\r\n[Certificates]\r\nmain=********\r\n[B]\r\nmain="
+      redactor.Ini(
+          "[A]\r\nPassword=p q\r\nUser=hunter2\nEmpty_Key=\r\n [Certificates]\r\nmain=a=b\r\n[TOKENS]\r\nmain=c") ==
+      "[A]\r\nPassword=********\r\nUser=********\r\nEmpty_Key=\r\n [Certificates]\r\nmain=********\r\n[TOKENS]\r\nmain="
       "c\r\n");
 }
 

@@ -31,7 +31,7 @@ struct Installation : StoreTree {
       tree.AddDevkit(file, folder);
     }
     WriteFile(tree.Path("KELUtils/KELUTILS.INI"), "[LOG]\r\nLEVELLOG=20\r\n");
-    for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"}) Put(file, WholeStore(file));
+    for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"}) Put(file, WholeStore("A-1"));
   }
 
   std::string CommandLine(const std::string& arguments) const {
@@ -101,12 +101,36 @@ int CheckHelp(const Installation& tree, const std::string& command) {
   bool listed = false, example = false;
   for (std::string line; std::getline(help, line);) {
     example = example || line.starts_with("Example: kelctl ");
+    if (line.ends_with(':')) listed = line != "Options:" && line != "Positionals:";
     if (listed && line.starts_with("  ") && line[2] != ' ')
       count += CheckHelp(tree, command + " " + line.substr(2, line.find(' ', 2) - 2));
-    if (line == "Subcommands:") listed = true;
   }
   CHECK_MESSAGE(example, command);
   return count;
+}
+
+// Checks a document against the parts of a JSON Schema that kelctl's uses.
+void CheckForm(const Json& form, const Json& schema, const Json& value, const std::string& place) {
+  CAPTURE(place);
+  if (form.contains("$ref")) {
+    return CheckForm(schema["$defs"].at(form["$ref"].get<std::string>().substr(8)), schema, value, place);
+  }
+  const std::string type = value.is_number_integer() ? "integer" : value.type_name();
+  if (form.contains("type")) {
+    CHECK((form["type"].is_array() ? form["type"] : Json::array({form["type"]})).dump().find("\"" + type + "\"") !=
+          std::string::npos);
+  }
+  if (form.contains("enum")) CHECK(form["enum"].dump().find(value.dump()) != std::string::npos);
+  const Json required = form.value("required", Json::array());
+  for (const auto& name : required) {
+    CHECK_MESSAGE(value.contains(name.get<std::string>()), name);
+  }
+  const Json members = form.value("properties", Json::object());
+  for (const auto& [name, inner] : members.items()) {
+    if (value.contains(name)) CheckForm(inner, schema, value[name], place + "/" + name);
+  }
+  if (!value.is_array() || !form.contains("items")) return;
+  for (const auto& element : value) CheckForm(form["items"], schema, element, place + "[]");
 }
 
 std::string Path(const Installation& tree, const char* relative) { return tree.tree.Path(relative).string(); }
@@ -116,6 +140,12 @@ std::string Damaged(const std::string& content, const std::string& damage) {
   if (damage == "cut") return content.substr(0, content.size() / 2);
   if (damage == "garbage") return std::string(600, '\xA7');
   if (damage == "plain") return WholeStore("plain");
+  if (damage == "one section") return FakeEnciphered("[AGENT]\r\n");
+  if (damage == "no identity") return FakeEnciphered(WholeStore("").substr(0, WholeStore("").size() - 5));
+  if (damage == "other agent") return FakeEnciphered(WholeStore("another"));
+  if (damage == "64-bit") return std::string("MZ").append(58, '\0') + std::string("\x40\0\0\0PE\0\0\x64\x86", 10);
+  if (damage == "jobs") return R"({"version":1,"jobs":[{"id":2}]})";
+  if (damage == "tokens") return "KEPLPMNG=e\"C:\\none\\a.exe\"\r\nKEC=C:\\none\\b.dll\r\n";
   std::string other = content;  // of another key
   for (size_t i = 4; i < other.size(); ++i) other[i] = static_cast<char>(other[i] * 7 + 0x80 + i % 5);
   return other;
@@ -129,28 +159,42 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     const char* damage;  // "missing", one of Damaged, or the test library to put in its place
     const char* subject;
     const char* state;
+    const char* code;
     const char* detail;
   } rows[] = {
-      {"KESAgent/INTEGRA.DAT", "missing", "INTEGRA.DAT", "fail", "missing"},
-      {"KESAgent/INTEGRA.DAT", "empty", "INTEGRA.DAT", "fail", "damaged: 0 sections, not enciphered"},
-      {"KESAgent/INTEGRA.DAT", "cut", "INTEGRA.DAT", "fail", "damaged: 2 sections, enciphered"},
-      {"KESAgent/INTEGRA.DAT", "garbage", "INTEGRA.DAT", "fail", "damaged: 0 sections, not enciphered"},
-      {"KESAgent/INTEGRA.DAT", "other key", "INTEGRA.DAT", "fail", "damaged: "},
-      {"KESAgent/INTEGRA.DAT", "plain", "INTEGRA.DAT", "warn", "4 sections, not enciphered"},
-      {"KESAgent/INTEGRA.BAK", "missing", "INTEGRA.BAK", "warn", "missing"},
-      {"KESAgent/INTEGRA.BAK", "cut", "INTEGRA.BAK", "fail", "damaged: 2 sections, enciphered"},
-      {"KESAgent/INTEGRA.START", "garbage", "INTEGRA.START", "fail", "damaged: 0 sections, not enciphered"},
-      {"KELUtils/KELUTILS.INI", "missing", "KELUTILS.INI", "warn", "missing"},
-      {"KELUtils/KELUTILS.INI", "garbage", "KELUTILS.INI", "fail", "0 sections"},
-      {"KELUtils/KELUtils.dll", "missing", "KELUtils.dll", "fail", "missing"},
-      {"KELUtils/ApiCr.dll", "missing", "INTEGRA.DAT", "fail", "enciphered, and the crypto module cannot be loaded"},
-      {"Common/ApiCr.dll", "missing", "ApiCr.dll (files)", "fail", "missing"},
-      {"Common/KELAGAPI.dll", "garbage", "KELAGAPI.dll", "fail", "cannot be loaded (Windows error "},
-      {"KELTVEVT/TvEvAPI.dll", "FakeKELMNAPI", "TvEvAPI.dll", "fail", "loaded, lacks"},
-      {"Common/TvLogSys.dll", "missing", "TvLogSys.dll", "warn", "missing"},
-      {"Common/TvLogSys.dll", "FakeKELMNAPI", "TvLogSys.dll", "warn", "loaded, lacks"},
-      {"Scheduler/zumat.exe", "missing", "zumat.exe", "fail", "missing"},
-      {"KepWInst/KepWInst.exe", "garbage", "KepWInst.exe", "fail", "is no program (Windows error "},
+      {"KESAgent/INTEGRA.DAT", "missing", "INTEGRA.DAT", "fail", "STORE-MISSING", "missing"},
+      {"KESAgent/INTEGRA.DAT", "empty", "INTEGRA.DAT", "fail", "STORE-DAMAGED", "damaged: 0 of 4 sections"},
+      {"KESAgent/INTEGRA.DAT", "cut", "INTEGRA.DAT", "fail", "STORE-DAMAGED", "damaged: 2 of 4 sections, encrypted"},
+      {"KESAgent/INTEGRA.DAT", "garbage", "INTEGRA.DAT", "fail", "STORE-DAMAGED", "damaged: 0 of 4 sections"},
+      {"KESAgent/INTEGRA.DAT", "other key", "INTEGRA.DAT", "fail", "STORE-NOISE", "decrypts to noise: encrypted with"},
+      {"KESAgent/INTEGRA.DAT", "plain", "INTEGRA.DAT", "warn", "STORE-PLAIN", "4 sections, not encrypted"},
+      {"KESAgent/INTEGRA.DAT", "no identity", "identity", "fail", "IDENTITY-MISSING",
+       "INTEGRA.DAT has no agent-id, device-id, integrated; the agent-id is in INTEGRA.BAK and INTEGRA.START"},
+      {"KESAgent/INTEGRA.BAK", "missing", "INTEGRA.BAK", "warn", "STORE-MISSING", "missing"},
+      {"KESAgent/INTEGRA.BAK", "cut", "INTEGRA.BAK", "fail", "STORE-DAMAGED", "damaged: 2 of 4 sections, encrypted"},
+      {"KESAgent/INTEGRA.BAK", "one section", "INTEGRA.BAK", "fail", "STORE-DAMAGED", "damaged: 1 of 4"},
+      {"KESAgent/INTEGRA.BAK", "other agent", "INTEGRA.BAK", "warn", "BACKUP-OLDER", "written "},
+      {"KESAgent/INTEGRA.START", "other agent", "INTEGRA.START", "warn", "START-DIFFERS", "written "},
+      {"KESAgent/INTEGRA.START", "garbage", "INTEGRA.START", "fail", "STORE-DAMAGED", "damaged: 0 of 4 sections"},
+      {"KELUtils/KELUTILS.INI", "missing", "KELUTILS.INI", "warn", "SETTINGS-MISSING", "missing"},
+      {"KELUtils/KELUTILS.INI", "missing", "log level", "warn", "LOG-LEVEL-0",
+       "the log is at level 0: failures are not"},
+      {"KELUtils/KELUTILS.INI", "garbage", "KELUTILS.INI", "fail", "SETTINGS-INVALID", "0 sections"},
+      {"KELUtils/KELUtils.dll", "missing", "KELUtils.dll", "fail", "MODULE-MISSING", "missing"},
+      {"KELUtils/ApiCr.dll", "missing", "INTEGRA.DAT", "fail", "STORE-NO-CRYPTO", "encrypted, and the crypto module"},
+      {"Common/ApiCr.dll", "missing", "ApiCr.dll (files)", "fail", "MODULE-MISSING", "missing"},
+      {"Common/KELAGAPI.dll", "garbage", "KELAGAPI.dll", "fail", "MODULE-NOT-LOADED",
+       "cannot be loaded (Windows error "},
+      {"Common/KELAGAPI.dll", "64-bit", "KELAGAPI.dll", "fail", "MODULE-64-BIT", "is a 64-bit module, and cannot be"},
+      {"KELTVEVT/TvEvAPI.dll", "FakeKELMNAPI", "TvEvAPI.dll", "fail", "MODULE-INCOMPLETE", "loaded, lacks"},
+      {"Common/TvLogSys.dll", "missing", "TvLogSys.dll", "warn", "MODULE-MISSING", "missing"},
+      {"Common/TvLogSys.dll", "FakeKELMNAPI", "TvLogSys.dll", "warn", "MODULE-INCOMPLETE", "loaded, lacks"},
+      {"Scheduler/zumat.exe", "missing", "zumat.exe", "fail", "MODULE-MISSING", "missing"},
+      {"KepWInst/KepWInst.exe", "garbage", "KepWInst.exe", "fail", "PROGRAM-INVALID",
+       "is not a program (Windows error "},
+      {"Scheduler/Config/jobs.json", "jobs", "jobs.json", "warn", "JOBS-INCOMPLETE", "1 job, without 4 (KELQTINE)"},
+      {"Scheduler/Config/tokens.tok", "tokens", "tokens.tok", "warn", "PROGRAM-UNLISTED",
+       "2 names, whose file is missing:"},
   };
   {
     const Installation whole;
@@ -166,6 +210,7 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     const Installation tree;
     const std::string path = Path(tree, row.file), damage = row.damage, content = ReadFile(path);
     std::filesystem::remove(path);
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     if (damage.starts_with("Fake")) {
       tree.tree.AddFake(damage, row.file);
     } else if (damage != "missing") {
@@ -178,13 +223,28 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     const bool failure = std::string(row.state) == "fail";
     CHECK(run.exitCode == (failure ? 3 : 0));
     CHECK(document["healthy"] == !failure);
+    bool found = false;
     for (const auto& check : document["checks"]) {
       if (check["subject"] != row.subject) continue;
+      if (check["code"] != row.code) continue;
+      found = true;
       CHECK(check["state"] == row.state);
-      CHECK(check["detail"].get<std::string>().starts_with(row.detail));
+      CHECK_MESSAGE(check["detail"].get<std::string>().starts_with(row.detail), check["detail"].get<std::string>());
+      CHECK_FALSE(check["remedy"].get<std::string>().empty());
       if (damage == "FakeKELMNAPI" && failure) CHECK(check["missing"].size() == 18);
     }
+    CHECK(found);
   }
+}
+
+TEST_CASE("doctor: a fresh store is incomplete, and no failure") {
+  StoreTree tree;
+  tree.Put("INTEGRA.DAT", "[AGENT]\r\nVERSION=1\r\n");
+  const auto run = support::RunProgram("\"" + (support::BuildFolder() / "bin" / "kelctl.exe").string() + "\" --dll \"" +
+                                       (tree.tree / "KELUtils\\KELUtils.dll") + "\" doctor");
+  INFO(run.output);
+  CHECK(run.exitCode == 0);
+  CHECK(run.output.find("incomplete: 1 of 4 sections, encrypted; nothing is lost") != std::string::npos);
 }
 
 TEST_CASE("status: the copy in use is the one whose identity the library gives next, and it changes nothing") {
@@ -230,9 +290,10 @@ TEST_CASE("repair: only a whole store is taken, and what is replaced is kept") {
   const std::string before = tree.Everything();
   for (const char* arguments : {"repair --from bak", "repair --dry-run --from bak"}) {
     CHECK(tree.Run(arguments).exitCode == 4);
-    CHECK(tree.Run(arguments).output.find("refused: INTEGRA.BAK is no whole store: 3 sections") != std::string::npos);
+    CHECK(tree.Run(arguments).output.find("refused: INTEGRA.BAK is not a complete store: 3 of 4 sections") !=
+          std::string::npos);
   }
-  CHECK(tree.Run("repair --from live").exitCode == 105);
+  CHECK(tree.Run("repair --from live").exitCode == 1);
   CHECK(tree.Run("repair --dry-run")
             .output.find("would copy INTEGRA.START over INTEGRA.DAT; the replaced file is kept as "
                          "INTEGRA.DAT.1\n") != std::string::npos);
@@ -241,14 +302,17 @@ TEST_CASE("repair: only a whole store is taken, and what is replaced is kept") {
     const std::string replaced = "damaged " + std::to_string(number);
     WriteFile(live, replaced);
     CHECK(tree.Document("repair --from start")["copies"][0]["possible"] == true);
-    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("INTEGRA.START"));
+    CHECK(tree.Text("INTEGRA.DAT") == WholeStore("A-1"));
     CHECK(ReadFile(live.string() + "." + std::to_string(number)) == replaced);
   }
+  WriteFile(live, FakeEnciphered(std::string(64, '\1')));  // noise
+  CHECK(tree.Run("repair --dry-run --from start").exitCode == 4);
+  CHECK(tree.Run("set container 1").output.find("refused: INTEGRA.DAT decrypts to noise") != std::string::npos);
   WriteFile(live, "damaged once more");
   CHECK(tree.Run("repair --from start").output.find("up to INTEGRA.DAT.9: delete those") != std::string::npos);
   CHECK(ReadFile(live) == "damaged once more");
   std::filesystem::remove(live);  // nothing to keep
-  CHECK(tree.Run("repair --from start").output == "copied INTEGRA.START over INTEGRA.DAT\n");
+  CHECK(tree.Run("repair --from start").output.ends_with("\ncopied INTEGRA.START over INTEGRA.DAT\n"));
   {
     const support::LockedFile lock(live);
     std::filesystem::remove(live.string() + ".1");
@@ -272,7 +336,9 @@ TEST_CASE("diagnostics: no secret of store, settings and log is in the archive")
                      "\"hunter2hunter, lic-4711\"\r\n");
   WriteFile(tree.tree.Path("KELUtils/KELUtils.log.old"), "cut-Certificate\r\n" + line + "\"older\"\r\n");
   WriteFile(tree.tree.Path("KELUtils/KELUTILS.INI"),
-            "[LOG]\r\nLEVELLOG=20\r\nProxyPassword=ini-word\r\nNote=ini-word!\r\n");
+            "[LOG]\r\nLEVELLOG=20\r\nProxyPassword=ini-word\r\nNote=ini-word!\r\n [Keys]\r\nx=key-word\r\n");
+  WriteFile(tree.tree.Path("Scheduler/zumat.log"), "proxy h:80:u:scheduler-word\r\njob done\r\n");
+  set("set last-error-param -- \"-p param-word\"");
   for (const char* secret : {"old-Certificate", "new-Certificate", "plain-rcm-word", "lic-4711", setting.c_str()}) {
     CHECK_MESSAGE(ReadFile(log).find(secret) != std::string::npos, secret);  // the case has something to find
   }
@@ -280,14 +346,14 @@ TEST_CASE("diagnostics: no secret of store, settings and log is in the archive")
   const Json shown = tree.Document("diagnostics \"" + (tree.tree / "..\\kelctl-test.zip") + "\"");
   CHECK(tree.Everything() == before);
   const std::string zip = ReadFile(tree.tree.Path("../kelctl-test.zip"));  // stored: what is in it is in the bytes
-  for (const char* secret :
-       {"old-Certificate", "new-Certificate", "cut-Certificate", "hunter2hunter", "plain-rcm-word", "lic-4711",
-        "throughTheWall", setting.c_str(), "word-of-a-command", "ini-word", "writing integra.dat:\n"}) {
+  for (const char* secret : {"old-Certificate", "new-Certificate", "cut-Certificate", "hunter2hunter", "plain-rcm-word",
+                             "lic-4711", "throughTheWall", setting.c_str(), "word-of-a-command", "ini-word", "key-word",
+                             "scheduler-word", "param-word", "writing integra.dat:\n"}) {
     CHECK_MESSAGE(zip.find(secret) == std::string::npos, secret);
     CHECK_MESSAGE(tree.Run("log -n 9999").output.find(secret) == std::string::npos, secret);
   }
-  for (const char* kept :
-       {"LEVELLOG=20\r\n", "ProxyPassword=********\r\n", "\"older\"", "\"agent-id\"", "\"healthy\"", "zumat.exe"}) {
+  for (const char* kept : {"LEVELLOG=20\r\n", "ProxyPassword=********\r\n", "\"older\"", "\"agent-id\"", "\"healthy\"",
+                           "zumat.exe", "job done", "\"sha256\""}) {
     CHECK_MESSAGE(zip.find(kept) != std::string::npos, kept);
   }
   for (const auto& name : shown["entries"]) CHECK(zip.find(name.get<std::string>()) != std::string::npos);
@@ -328,39 +394,39 @@ TEST_CASE("kelctl: every command has an example in its help") {
   CHECK(CheckHelp(tree, "") > 50);
 }
 
-TEST_CASE("kelctl: with --json every command that shows something shows one document, errors too") {
+TEST_CASE("kelctl: with --json every answer has the form that the schema gives it, errors too") {
   const Installation tree;
-  const struct {
-    const char* arguments;
-    const char* member;  // of the document; of its first element when it is a list
-  } rows[] = {
-      {"show", "agent-id"},
-      {"get agent-id", "value"},
-      {"get certificate", "masked"},
-      {"get device-id", "resultName"},
-      {"get nothing", "error"},
-      {"setting encrypt support", "text"},
-      {"setting decrypt x", "text"},
-      {"password check no", "matches"},
-      {"can-run other", "allowed"},
-      {"os", "is64Bit"},
-      {"update config get A B", "value"},
-      {"proxy show", "host"},
-      {"proxy inet", "hasCredentials"},
-      {"jobs list", "jobs"},
-      {"status", "siblings"},
-      {"doctor", "checks"},
-      {"repair --dry-run", "files"},
-      {"repair --from bak", "done"},
-      {"log", "records"},
-      {"jobs delete-next-boot", nullptr},
+  const Json schema = Json::parse(ReadFile(support::BuildFolder() / "bin" / "kelctl.schema.json"));
+  const auto check = [&](const std::string& arguments, const std::string& form) {
+    CAPTURE(arguments);
+    const Json document = tree.Document(arguments);
+    CheckForm(schema, schema, document, "");
+    CheckForm(schema["$defs"][form], schema, document, "");
   };
-  for (const auto& row : rows) {
-    CAPTURE(std::string(row.arguments));
-    if (row.member) CHECK(tree.Document(row.arguments).contains(row.member));
-    if (!row.member) CHECK(tree.Run(std::string(row.arguments) + " --json").output.empty());
+  for (const char* command : {"show", "status", "doctor", "log", "os", "uuid", "log level", "proxy show", "proxy inet",
+                              "policy list", "jobs list", "event list"}) {
+    check(command, command);
   }
-  CHECK(tree.Document("policy list").is_array());
+  constexpr const char* kRows[][2] = {
+      {"get certificate", "get"},
+      {"get property:x", "error"},
+      {"get device-id", "error"},
+      {"get nothing", "error"},
+      {"nothing", "error"},
+      {"set container", "error"},
+      {"jobs run 999", "error"},
+      {"setting encrypt support", "setting encrypt"},
+      {"setting decrypt x", "setting decrypt"},
+      {"password check no", "password check"},
+      {"can-run other", "can-run"},
+      {"update config get A B", "update config get"},
+      {"repair --dry-run", "repair"},
+      {"repair --from bak", "repair"},
+      {"explain DENIED", "explain"},
+      {"explain 1782", "explain"},
+  };
+  for (const auto& [arguments, form] : kRows) check(arguments, form);
+  CHECK(tree.Run("jobs delete-next-boot --json").output.empty());
   const std::string values = "\"" + (tree.tree / "values.dat") + "\" A B";
   CHECK(tree.Run("file set " + values + " \"x \\\"y\\\"\"").exitCode == 0);
   CHECK(tree.Document("file get " + values)["value"] == "x \"y\"");

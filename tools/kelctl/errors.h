@@ -1,4 +1,4 @@
-// What ends a command early. The command line turns each into its message and exit code.
+// Results and errors. The command line turns each error into its message and exit code.
 #pragma once
 
 #include <stdexcept>
@@ -7,6 +7,30 @@
 #include "KEResults.h"
 
 namespace kelctl {
+
+/// Exit codes besides 0 and those of CLI11 for a command line that cannot be parsed.
+enum ExitCode {
+  kCallFailed = 1,       // an export failed, or the answer is no
+  kLibraryUnusable = 2,  // KELUtils.dll, or its folder, is missing or cannot be used
+  kNotHealthy = 3,       // doctor found a failure
+  kRefused = 4,          // nothing was changed: something would have been lost
+};
+
+/// One result code of KELUtils: its number, its constant's name and its meaning.
+struct ResultCode {
+  KE_RESULT code;
+  const char* name;
+  const char* text;
+};
+
+/// The row of `code`; for a number that KEResults.h does not list, a row that says so.
+ResultCode FindResultCode(KE_RESULT code);
+
+/// "1782 KE_STORE_UNUSABLE: a store ...", for messages.
+std::string DescribeResult(KE_RESULT code);
+
+/// "Windows error 5: Access denied" for messages.
+std::string WindowsError(unsigned long error);
 
 /// The arguments do not make sense together, or a value cannot be what it should be.
 struct UsageError : std::runtime_error {
@@ -25,7 +49,7 @@ struct CallError : std::runtime_error {
   KE_RESULT result;
 };
 
-/// What the command was to do is not possible, for a reason of its own.
+/// The command cannot do its work, for a reason of its own.
 struct CommandError : std::runtime_error {
   CommandError(int code, const std::string& message) : std::runtime_error(message), exitCode(code) {}
 

@@ -1,183 +1,156 @@
+// The commands below jobs and event that ask the scheduler or read its and the event module's files: the library has no
+// export for them.
 #include <windows.h>
 
-#include <ostream>
-#include <string>
+#include <algorithm>
+#include <nlohmann/json.hpp>
 
-#include "KELUtils.h"
-#include "arguments.h"
-#include "calls.h"
-#include "code_page.h"
 #include "commands.h"
-#include "win/process.h"
+#include "diagnosis/log_file.h"
+#include "diagnosis/product.h"
+#include "texts.h"
+#include "win/file.h"
 
 namespace kelctl {
 namespace {
 
-struct JobOptions {
-  std::string program = "KEPLPMNG", module, arguments, day, time, start, end, recurrence, command;
-  std::int32_t taskId = 0, period = 0, delay = 0;
-  bool randomWeekday = false;
+constexpr DWORD kLongestWait = 90000;  // milliseconds, as the library waits for the scheduler
+constexpr std::uint64_t kLargestFile = 16 * 1024 * 1024;
+
+struct ProgramOutcome {
+  DWORD exitCode;
+  std::string output;
 };
 
-// Minutes since midnight of "HH:MM".
-std::int32_t MinuteOf(const std::string& time) {
-  const auto digit = [&](std::size_t at) { return time[at] >= '0' && time[at] <= '9'; };
-  if (time.size() != 5 || time[2] != ':' || !digit(0) || !digit(1) || !digit(3) || !digit(4)) {
-    throw UsageError("\"" + time + "\" is not a time of day, HH:MM");
+// Runs a program (command line in UTF-8) and reads its output, which it writes into a pipe.
+ProgramOutcome RunProgram(const std::string& commandLine) {
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  HANDLE reading = nullptr, writing = nullptr;
+  if (!CreatePipe(&reading, &writing, &inherited, 0)) {
+    throw CommandError(kCallFailed, "cannot make a pipe (" + WindowsError(GetLastError()) + ")");
   }
-  const std::int32_t hours = ParseNumber(time.substr(0, 2)), minutes = ParseNumber(time.substr(3));
-  if (hours > 23 || minutes > 59) throw UsageError(time + " is out of range: 00:00 to 23:59");
-  return hours * 60 + minutes;
-}
-
-// In the code page; a double quote would end the scheduler's text early.
-std::string JobText(const Library& library, const std::string& text) {
-  if (text.find('"') != text.npos) throw UsageError("a job cannot have a double quote in it");
-  CheckOneLine(text);
-  return library.ToCodePage(text);
-}
-
-void ScheduleDefaults(Session& session) {
-  const auto library = session.OpenTheLibrary();
-  ThrowUnlessSuccess("KE_ScheduleDefaultTasks", KELCTL_EXPORT(*library, KE_ScheduleDefaultTasks)());
-}
-
-void SetAtFixedTime(Session& session, const JobOptions& job) {
-  const auto library = session.OpenTheLibrary();
-  auto* const set = KELCTL_EXPORT(*library, KE_SetTask);
-  ThrowUnlessSuccess("KE_SetTask", set(JobText(*library, job.program).c_str(), JobText(*library, job.module).c_str(),
-                                       JobText(*library, job.arguments).c_str(), job.taskId,
-                                       JobText(*library, job.day).c_str(), JobText(*library, job.time).c_str()));
-}
-
-void SetPeriodic(Session& session, const JobOptions& job) {
-  const auto library = session.OpenTheLibrary();
-  auto* const set = KELCTL_EXPORT(*library, KE_SetPeriodicTask);
-  ThrowUnlessSuccess("KE_SetPeriodicTask",
-                     set(JobText(*library, job.program).c_str(), JobText(*library, job.module).c_str(),
-                         JobText(*library, job.arguments).c_str(), job.taskId, job.period, job.randomWeekday));
-}
-
-void SetWindowed(Session& session, const JobOptions& job) {
-  const auto library = session.OpenTheLibrary();
-  const std::int32_t start = MinuteOf(job.start), end = MinuteOf(job.end);
-  const std::string module = JobText(*library, job.module), arguments = JobText(*library, job.arguments);
-  if (job.recurrence.empty()) {
-    auto* const set = KELCTL_EXPORT(*library, KE_SetPeriodicTaskEx);
-    return ThrowUnlessSuccess("KE_SetPeriodicTaskEx", set(module.c_str(), arguments.c_str(), job.taskId, job.period,
-                                                          start, end, job.randomWeekday));
+  const win::ProcessHandle output(reading);
+  win::ProcessHandle input(writing);
+  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = startup.hStdError = writing;
+  PROCESS_INFORMATION started{};
+  std::wstring words = WideFromUtf8(commandLine);
+  if (!CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
+                      &started)) {
+    throw LibraryError("cannot start " + commandLine + " (" + WindowsError(GetLastError()) + ")");
   }
-  auto* const set = KELCTL_EXPORT(*library, KE_SetPeriodicTaskRangeDate);
-  ThrowUnlessSuccess("KE_SetPeriodicTaskRangeDate", set(module.c_str(), arguments.c_str(), job.taskId, job.period,
-                                                        start, end, JobText(*library, job.recurrence).c_str()));
+  const win::ProcessHandle process(started.hProcess), thread(started.hThread);
+  input.Reset();
+  ProgramOutcome outcome{};
+  char part[4096];
+  DWORD count = 0;
+  while (ReadFile(reading, part, sizeof part, &count, nullptr) && count > 0) outcome.output.append(part, count);
+  if (WaitForSingleObject(process.Get(), kLongestWait) != WAIT_OBJECT_0 ||
+      !GetExitCodeProcess(process.Get(), &outcome.exitCode)) {
+    throw CommandError(kCallFailed, "no end of " + commandLine);
+  }
+  std::erase(outcome.output, '\r');
+  return outcome;
 }
 
-void SetForNextBoot(Session& session, const JobOptions& job) {
-  const auto library = session.OpenTheLibrary();
-  std::uint32_t unused = 0;
-  auto* const set = KELCTL_EXPORT(*library, KE_ScheduleTaskReboot);
-  ThrowUnlessSuccess("KE_ScheduleTaskReboot", set(JobText(*library, job.command).c_str(), job.delay, &unused));
+// The scheduler, where the library looks for it: in the folder Scheduler, else next to the library.
+ProgramOutcome AskScheduler(const Session& session, const std::string& arguments) {
+  const Product product(LibraryPath(session.libraryPath));
+  std::string scheduler = product.Path({"Scheduler", "zumat.exe"});
+  if (!win::Exists(scheduler)) scheduler = product.Path({"", "zumat.exe"});
+  if (!win::Exists(scheduler))
+    throw LibraryError("cannot start " + Utf8FromCodePage(scheduler) + ": the file is missing");
+  ProgramOutcome outcome = RunProgram("\"" + Utf8FromCodePage(scheduler) + "\" " + arguments);
+  if (outcome.exitCode == 0) return outcome;
+  throw CommandError(kCallFailed, "the scheduler ended with exit code " + std::to_string(outcome.exitCode) +
+                                      (outcome.output.empty() ? "" : ": " + outcome.output));
 }
 
-void DeleteForNextBoot(Session& session) {
-  const auto library = session.OpenTheLibrary();
-  ThrowUnlessSuccess("KE_RemoveScheduleTaskReboot", KELCTL_EXPORT(*library, KE_RemoveScheduleTaskReboot)(0));
+nlohmann::ordered_json Jobs(const Session& session) {
+  auto document = nlohmann::ordered_json::parse(AskScheduler(session, "-list --json").output, nullptr, false);
+  if (!document.is_object() || !document.contains("jobs")) {
+    throw CommandError(kCallFailed, "the scheduler's answer is not a list of jobs");
+  }
+  return document;
 }
 
-// The library has no export that lists jobs: the scheduler beside it is asked, which writes to this program's output.
-void List(Session& session) {
-  const auto library = session.OpenTheLibrary();
-  const std::string scheduler = library->Folder() + "\\..\\Scheduler\\zumat.exe";
-  session.out.flush();
-  const win::Process process =
-      win::StartProcess(WideFromUtf8("\"" + scheduler + "\" -list" + (session.json ? " --json" : "")), DWORD{0});
-  if (!process)
-    throw LibraryError("cannot start " + scheduler + " (Windows error " + std::to_string(GetLastError()) + ")");
-  process.Wait(INFINITE);
-  session.exitCode = static_cast<int>(process.ExitCode().value_or(1));
+void ListJobs(Session& session) {
+  if (session.json) return session.Show("", Jobs(session));
+  session.Show(AskScheduler(session, "-list").output, {});
 }
 
-using Options = std::shared_ptr<JobOptions>;
-
-CLI::App* AddJob(CLI::App& jobs, const char* name, const char* description, const Options& options) {
-  CLI::App* const command = jobs.add_subcommand(name, description);
-  command->add_option("ID", options->taskId, "The job's task ID")->required()->type_name("");
-  return command;
+// The path for a program's name, as the scheduler finds it in tokens.tok: a line NAME=e"PATH".
+std::string ProgramOf(const Product& product, const std::string& name) {
+  const std::string tokens = EndOfFile(product.Path({"Scheduler", "Config\\tokens.tok"}), kLargestFile).value_or("");
+  const std::string begin = name + "=e\"";
+  std::size_t at = tokens.find(begin);
+  while (at != tokens.npos && at != 0 && tokens[at - 1] != '\n') at = tokens.find(begin, at + 1);
+  if (at == tokens.npos) throw CommandError(kCallFailed, "tokens.tok does not name " + name + ": kelctl init FOLDER");
+  const std::size_t path = at + begin.size();
+  return Utf8FromCodePage(tokens.substr(path, tokens.find('"', path) - path));
 }
 
-void AddModule(CLI::App* command, const Options& options) {
-  command->add_option("MODULE", options->module, "The module that runs")->required()->type_name("");
-  command->add_option("ARGUMENTS", options->arguments, "Its arguments; behind -- when they begin with -")
-      ->type_name("");
+void RunJob(Session& session, const std::string& typed) {
+  const std::int64_t id = ParseNumber(typed, 1);
+  const nlohmann::ordered_json list = Jobs(session);
+  for (const auto& job : list["jobs"]) {
+    if (job.value("id", std::int64_t{0}) != id) continue;
+    const Product product(LibraryPath(session.libraryPath));
+    const std::string commandLine =
+        "\"" + ProgramOf(product, job.value("program", "")) + "\" " + job.value("command", "");
+    const ProgramOutcome outcome = RunProgram(commandLine);
+    if (outcome.exitCode != 0) session.exitCode = kCallFailed;
+    return session.Show(commandLine + "\nended with exit code " + std::to_string(outcome.exitCode) + "\n",
+                        {{"command", commandLine}, {"exitCode", outcome.exitCode}});
+  }
+  throw CommandError(kCallFailed, "there is no job " + typed + ": kelctl jobs list");
 }
 
-void AddProgram(CLI::App* command, const Options& options) {
-  command->add_option("--program", options->program, "The program that the scheduler starts")->capture_default_str();
+void DeleteJob(Session& session, const std::string& typed) {
+  const std::string id = std::to_string(ParseNumber(typed, 1));
+  AskScheduler(session, "-DeleteJob -TaskID:" + id + " -YES");
 }
 
-void AddPeriod(CLI::App* command, const Options& options) {
-  command->add_option("MINUTES", options->period, "The period")->required()->type_name("");
-  command->add_flag("--random-weekday", options->randomWeekday, "On one day from Monday to Friday that is drawn");
-}
-
-void AddSetCommands(CLI::App& jobs, Session& session) {
-  const auto options = std::make_shared<JobOptions>();
-  CLI::App* const set = AddJob(jobs, "set", "Adds a job at a fixed day and time", options);
-  set->add_option("DAY", options->day, "The day, in the scheduler's notation")->required()->type_name("");
-  set->add_option("TIME", options->time, "The time, in the scheduler's notation")->required()->type_name("");
-  AddModule(set, options);
-  AddProgram(set, options);
-  set->footer("Example: kelctl jobs set 70 24/12/2024 18:30 KELSCAN -- -full");
-  set->callback([&session, options] { SetAtFixedTime(session, *options); });
-
-  CLI::App* const period = AddJob(jobs, "period", "Sets a periodic job", options);
-  AddPeriod(period, options);
-  AddModule(period, options);
-  AddProgram(period, options);
-  period->footer("Example: kelctl jobs period 9 60 KELUPD");
-  period->callback([&session, options] { SetPeriodic(session, *options); });
-
-  CLI::App* const window =
-      AddJob(jobs, "window", "Sets a periodic job that starts within a window of the day", options);
-  AddPeriod(window, options);
-  window->add_option("START", options->start, "HH:MM")->required()->type_name("");
-  window->add_option("END", options->end, "HH:MM")->required()->type_name("");
-  AddModule(window, options);
-  window->add_option("--recurrence", options->recurrence, "In the scheduler's notation, in place of the period")
-      ->excludes("--random-weekday");
-  window->footer("Example: kelctl jobs window 70 1440 12:00 13:30 KELSCAN -- -full");
-  window->callback([&session, options] { SetWindowed(session, *options); });
-}
-
-void AddBootCommands(CLI::App& jobs, Session& session) {
-  const auto options = std::make_shared<JobOptions>();
-  CLI::App* const boot = jobs.add_subcommand("next-boot", "Has the plug-in manager run a command after the next boot");
-  boot->add_option("COMMAND", options->command, "The command")->required()->type_name("");
-  boot->add_option("--delay", options->delay, "Seconds after the boot")->capture_default_str();
-  boot->footer("Example: kelctl jobs next-boot \"KELUPG -CONTINUE\" --delay 90");
-  boot->callback([&session, options] { SetForNextBoot(session, *options); });
-
-  CLI::App* const remove =
-      jobs.add_subcommand("delete-next-boot", "Calls the export that is to remove such a job, and does nothing");
-  remove->footer("Example: kelctl jobs delete-next-boot");
-  remove->callback([&session] { DeleteForNextBoot(session); });
+// The events that wait in the event module's file, one JSON object on each line.
+void ListEvents(Session& session) {
+  const Product product(LibraryPath(session.libraryPath));
+  const std::string text = EndOfFile(product.Path({"KELTVEVT", "events.jsonl"}), kLargestFile).value_or("");
+  std::string table;
+  auto events = nlohmann::ordered_json::array();
+  for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+    end = std::min(text.find('\n', begin), text.size());
+    auto event = nlohmann::ordered_json::parse(text.substr(begin, end - begin), nullptr, false);
+    if (!event.is_object()) continue;
+    table += event.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    events.push_back(std::move(event));
+  }
+  session.Show(table.empty() ? "no events\n" : table, {{"events", std::move(events)}});
 }
 
 }  // namespace
 
-void AddJobsCommand(CLI::App& kelctl, Session& session) {
-  CLI::App* const jobs = kelctl.add_subcommand("jobs", "Schedules jobs, and lists them");
-  jobs->require_subcommand(1);
-  jobs->footer("Example: kelctl jobs default");
-  CLI::App* const defaults = jobs->add_subcommand("default", "Schedules the agent's own jobs");
-  defaults->footer("Example: kelctl jobs default");
-  defaults->callback([&session] { ScheduleDefaults(session); });
-
+void AddJobCommands(CLI::App& kelctl, Session& session) {
+  CLI::App* const jobs = kelctl.get_subcommand("jobs");
   CLI::App* const list = jobs->add_subcommand("list", "Has the scheduler list its jobs");
   list->footer("Example: kelctl jobs list --json");
-  list->callback([&session] { List(session); });
-  AddSetCommands(*jobs, session);
-  AddBootCommands(*jobs, session);
+  list->callback([&session] { ListJobs(session); });
+  const auto id = std::make_shared<std::string>();
+  const auto add = [&](const char* name, const char* description, void (*work)(Session&, const std::string&),
+                       const char* footer) {
+    CLI::App* const command = jobs->add_subcommand(name, description);
+    command->add_option("ID", *id, "The job's task ID")->required()->type_name("");
+    command->footer(footer);
+    command->callback([&session, id, work] { work(session, *id); });
+  };
+  add("run", "Runs a job's program now, and waits for its end", RunJob, "Example: kelctl jobs run 9");
+  add("delete", "Has the scheduler delete a job", DeleteJob, "Example: kelctl jobs delete 70");
+  CLI::App* const events =
+      kelctl.get_subcommand("event")->add_subcommand("list", "Shows the events that wait to be sent");
+  events->footer("Example: kelctl event list --json");
+  events->callback([&session] { ListEvents(session); });
 }
 
 }  // namespace kelctl

@@ -4,11 +4,14 @@
 #include <optional>
 #include <ostream>
 
-#include "code_page.h"
 #include "commands.h"
 #include "diagnosis/log_file.h"
 #include "diagnosis/status.h"
 #include "diagnosis/store_files.h"
+#include "text/paths.h"
+#include "texts.h"
+#include "trace/log_configuration.h"
+#include "win/profile.h"
 
 namespace kelctl {
 namespace {
@@ -21,19 +24,19 @@ struct LogOptions {
   bool reveal = false;
 };
 
-/// Set by Ctrl+C and Ctrl+Break from a thread of the platform's.
+/// Set by Ctrl+C and Ctrl+Break, from a thread of Windows.
 HANDLE g_interrupted = nullptr;
 
 BOOL WINAPI OnConsoleEvent(DWORD) { return SetEvent(g_interrupted); }
 
-/// Prints records. What is followed has no end, so with --json each record is a document of one line.
+/// Prints records. A followed log has no end, so with --json each record is a document of one line.
 class RecordPrinter {
  public:
   RecordPrinter(Session& session, const Product& product, const LogOptions& options)
       : session_(session), product_(product), options_(options) {}
 
   void Print(std::vector<TraceRecord> records) const {
-    // Made anew each time: the store may have got another secret meanwhile.
+    // Made again each time: the store may hold another secret by now.
     std::optional<Redactor> redactor;
     if (!options_.reveal) redactor = MakeRedactor(product_, ReadStoreCopies(product_));
     std::string text;
@@ -46,7 +49,7 @@ class RecordPrinter {
     if (!options_.follow) return session_.Show(text, {{"records", list}});
     for (const auto& record : list) {
       if (session_.json)
-        session_.out << record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+        session_.out << Answer(record).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
     }
     if (!session_.json) session_.out << text;
     session_.out.flush();
@@ -77,6 +80,20 @@ void ShowLog(Session& session, const LogOptions& options) {
   if (options.follow) Follow(printer, follower);
 }
 
+void ShowOrSetLevel(Session& session, const std::string& level) {
+  const Product product(LibraryPath(session.libraryPath));
+  const std::string settings = product.Path({"", text::kSettingsFile});
+  if (!level.empty()) {
+    const std::string number = std::to_string(ParseNumber(level, 0, 100));
+    if (!win::WriteProfile(settings.c_str(), "LOG", "LEVELLOG", number.c_str())) {
+      throw CommandError(kCallFailed,
+                         "cannot write " + Utf8FromCodePage(settings) + " (" + WindowsError(GetLastError()) + ")");
+    }
+  }
+  const auto now = trace::LogLevelFromText(win::ReadProfile(settings, "LOG", "LEVELLOG", "", 64).c_str());
+  session.Show(std::to_string(now) + "\n", {{"level", now}});
+}
+
 }  // namespace
 
 void AddLogCommand(CLI::App& kelctl, Session& session) {
@@ -85,10 +102,17 @@ void AddLogCommand(CLI::App& kelctl, Session& session) {
   command->add_option("-n", options->lines, "How many records (default: 20)")
       ->type_name("N")
       ->check(CLI::Range(0, 100000));
-  command->add_flag("-f,--follow", options->follow, "Go on with what is written, until Ctrl+C");
+  command->add_flag("-f,--follow", options->follow, "Go on with new records, until Ctrl+C");
   command->add_flag("--reveal", options->reveal, "Show secrets and the text of the store too");
   command->footer("Example: kelctl log -f -n 50");
-  command->callback([&session, options] { ShowLog(session, *options); });
+  command->callback([&session, options, command] {
+    if (command->get_subcommands().empty()) ShowLog(session, *options);
+  });
+  CLI::App* const level = command->add_subcommand("level", "Shows the level of the log, or sets it; 0 records nothing");
+  const auto number = std::make_shared<std::string>();
+  level->add_option("N", *number, "The new level; 20 records everything")->type_name("");
+  level->footer("Example: kelctl log level 20");
+  level->callback([&session, number] { ShowOrSetLevel(session, *number); });
 }
 
 }  // namespace kelctl

@@ -5,8 +5,8 @@
 
 #include <iostream>
 
-#include "code_page.h"
-#include "command_line.h"
+#include "commands.h"
+#include "texts.h"
 
 namespace {
 

@@ -1,12 +1,9 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "code_page.h"
-#include "command_line.h"
 #include "commands.h"
-#include "errors.h"
 #include "policy/script_registration.h"
-#include "rendering.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -61,16 +58,13 @@ nlohmann::ordered_json AsJson(const std::vector<policy::ListedScript>& scripts) 
                     {"program", Utf8FromWide(policy::Wide(listed.script.program))},
                     {"parameters", Utf8FromWide(policy::Wide(listed.script.parameters))}});
   }
-  return list;
+  return {{"scripts", std::move(list)}};
 }
 
 std::string AsTable(const std::vector<policy::ListedScript>& scripts) {
   std::string table;
   for (const auto& listed : scripts) {
-    std::string kind = KindName(listed.kind), place = listed.place;
-    kind.resize(10, ' ');
-    place.resize(13, ' ');
-    table += kind + place + (listed.local ? "local  " : "other  ") +
+    table += Padded(KindName(listed.kind), 10) + Padded(listed.place, 13) + (listed.local ? "local  " : "other  ") +
              WithoutControlCharacters(Utf8FromWide(policy::Wide(listed.script.program)));
     if (!listed.script.parameters.empty()) {
       table += "  " + WithoutControlCharacters(Utf8FromWide(policy::Wide(listed.script.parameters)));
@@ -116,7 +110,7 @@ void AddPolicyCommand(CLI::App& kelctl, Session& session) {
     action->callback([&session, options, work] { work(session, *options); });
     return action;
   };
-  add("list", "Shows every script with each place that notes it", List,
+  add("list", "Shows every script with each place that lists it", List,
       "\"other\" is a script of another policy, such as the domain's; it is never changed.\n"
       "Example: kelctl policy list --json");
 

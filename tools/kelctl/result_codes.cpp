@@ -1,8 +1,10 @@
-#include "result_codes.h"
+#include <windows.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "errors.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -57,6 +59,15 @@ ResultCode FindResultCode(KE_RESULT code) {
 std::string DescribeResult(KE_RESULT code) {
   const ResultCode row = FindResultCode(code);
   return std::to_string(code) + " " + row.name + ": " + row.text;
+}
+
+std::string WindowsError(unsigned long error) {
+  wchar_t text[512];
+  DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text,
+                                static_cast<DWORD>(std::size(text)), nullptr);
+  while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) --length;
+  const std::string number = "Windows error " + std::to_string(error);
+  return length == 0 ? number : number + ": " + Utf8FromWide({text, length});
 }
 
 CallError::CallError(const std::string& exportName, KE_RESULT result)

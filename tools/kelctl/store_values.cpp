@@ -1,11 +1,23 @@
 #include "store_values.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
+#include <type_traits>
 
-#include "errors.h"
+#include "diagnosis/redaction.h"
+#include "registration/texts.h"
+#include "store/accessor_table.h"
+#include "text/text.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
+
+using TextGetter = decltype(KE_GetAgentID);
+using NumberGetter = decltype(KE_GetInstallState);
+using TextSetter = decltype(KE_SetAgentID);
+using NumberSetter = decltype(KE_SetLastInstallError);
+using StateSetter = decltype(KE_SetInstallState);
 
 // The type of a column is that of the prototype: a row whose export has any other type does not compile.
 template <typename Function>
@@ -59,6 +71,60 @@ std::string NamesOf(Choose choose) {
   return names;
 }
 
+KE_RESULT Set(const Library& library, const Setter& setter, const std::string& text, bool onlyForward) {
+  if (setter.type == SetterType::kText) return library.Typed<TextSetter>(setter.name)(CodePageFromUtf8(text).c_str());
+  const auto number = static_cast<std::int32_t>(ParseNumber(text));
+  if (setter.type == SetterType::kNumber) return library.Typed<NumberSetter>(setter.name)(&number);
+  return library.Typed<StateSetter>(setter.name)(&number, onlyForward ? 1 : 0);
+}
+
+std::string TextOf(const store::IniStore& store, const char* section, const char* key) {
+  const store::IniEntry* const entry = store::LookupEntry(store, section, key);
+  return std::string(entry ? entry->value : std::string_view());
+}
+
+std::int32_t NumberOf(const store::IniStore& store, std::string_view getter) {
+  const auto state = [&] { return text::DecimalFromText(TextOf(store, "INSTALL", "State").c_str()); };
+  if (getter == "KE_GetInstallState") return state();
+  if (getter == "KE_IsInstallComplete") return state() >= registration::kInstallComplete ? 1 : 0;
+  if (getter == "KE_GetLastInstallError") return text::DecimalFromText(TextOf(store, "INSTALL", "LastError").c_str());
+  const bool integrated =
+      !TextOf(store, "INTEGRATION", "Date").empty() && !TextOf(store, "INTEGRATION", "DEVICEID").empty();
+  return integrated ? 1 : 0;  // KE_IsIntegrated
+}
+
+Reading ValueIn(const store::IniStore& store, const StoreValue& value) {
+  if (value.getter.type == GetterType::kNumber) return {.value = &value, .number = NumberOf(store, value.getter.name)};
+  const auto* const row = std::ranges::find(store::kTextGetters, value.getter.name, &store::TextGetter::exportName);
+  const std::string text = TextOf(store, row->section, row->key);
+  const bool required = row->read == store::TextRead::kRestored || row->read == store::TextRead::kRequired;
+  if (text.empty() && required) return {.value = &value, .result = KE_STORE_UNUSABLE};
+  return {.value = &value, .text = Utf8FromCodePage(text)};
+}
+
+// An empty value hides nothing, and support wants to see that it is empty.
+bool IsMasked(const Reading& reading, bool reveal) { return reading.value->secret && !reveal && !reading.text.empty(); }
+
+std::string ReasonOf(KE_RESULT result) {
+  const std::string number = std::to_string(result) + " " + FindResultCode(result).name;
+  if (result == KE_STORE_UNUSABLE) return "(no value: " + number + ")";
+  if (result == KE_BUFFER_TOO_SMALL) return "(longer than 1 MB: " + number + ")";
+  return "(failed: " + DescribeResult(result) + ")";
+}
+
+std::string TableCell(const Reading& reading, bool reveal) {
+  if (reading.result != KE_SUCCESS) return ReasonOf(reading.result);
+  const std::string text = PlainText(reading, reveal);
+  return text.empty() ? "(empty)" : WithoutControlCharacters(text);
+}
+
+nlohmann::ordered_json JsonValue(const Reading& reading, bool reveal) {
+  if (reading.result != KE_SUCCESS) return nullptr;
+  if (reading.value->yesNo) return reading.number != 0;
+  if (reading.value->getter.type == GetterType::kNumber) return reading.number;
+  return PlainText(reading, reveal);
+}
+
 }  // namespace
 
 std::span<const StoreValue> StoreValues() { return kStoreValues; }
@@ -77,6 +143,82 @@ std::string StoreValueNames() {
 
 std::string WritableStoreValueNames() {
   return NamesOf([](const StoreValue& value) { return value.setter.type != SetterType::kNone; });
+}
+
+Reading ReadValue(const Library& library, const StoreValue& value) {
+  Reading reading{.value = &value};
+  if (value.getter.type == GetterType::kNumber) {
+    reading.result = library.Typed<NumberGetter>(value.getter.name)(&reading.number);
+    return reading;
+  }
+  std::string text;
+  reading.result = ReadText(library.Typed<TextGetter>(value.getter.name), text);
+  if (reading.result == KE_SUCCESS) reading.text = Utf8FromCodePage(text);
+  return reading;
+}
+
+std::vector<Reading> ValuesIn(const store::IniStore* store) {
+  std::vector<Reading> readings;
+  for (const StoreValue& value : StoreValues()) {
+    readings.push_back(store ? ValueIn(*store, value) : Reading{.value = &value, .result = KE_STORE_UNUSABLE});
+  }
+  return readings;
+}
+
+bool HasUninstallPassword(const store::IniStore& store) { return !TextOf(store, "UNINSTALL", "PASSWORD").empty(); }
+
+void WriteValue(const Library& library, const StoreValue& value, const std::string& text, bool onlyForward) {
+  CheckOneLine(text);
+  ThrowUnlessSuccess(value.setter.name, Set(library, value.setter, text, onlyForward));
+}
+
+void WriteProperty(const Library& library, const std::string& key, const std::string& text) {
+  CheckPropertyKey(key);
+  CheckOneLine(text);
+  auto* const set = library.Typed<decltype(KE_SetPropertyInIntegra)>("KE_SetPropertyInIntegra");
+  ThrowUnlessSuccess("KE_SetPropertyInIntegra", set(CodePageFromUtf8(key).c_str(), CodePageFromUtf8(text).c_str()));
+}
+
+std::string PlainText(const Reading& reading, bool reveal) {
+  if (reading.value->yesNo) return reading.number != 0 ? "yes" : "no";
+  if (reading.value->getter.type == GetterType::kNumber) return std::to_string(reading.number);
+  return IsMasked(reading, reveal) ? kMask : reading.text;
+}
+
+std::string RenderTable(std::span<const Reading> readings, bool reveal) {
+  std::size_t width = 0;
+  for (const Reading& reading : readings) width = std::max(width, std::string_view(reading.value->name).size());
+  std::string table;
+  for (const Reading& reading : readings) {
+    table += Padded(reading.value->name, width) + "  " + TableCell(reading, reveal) + "\n";
+  }
+  return table;
+}
+
+nlohmann::ordered_json JsonOf(const Reading& reading, bool reveal) {
+  nlohmann::ordered_json member = {{"value", JsonValue(reading, reveal)}, {"result", reading.result}};
+  if (reading.result != KE_SUCCESS) {
+    const ResultCode code = FindResultCode(reading.result);
+    member["resultName"] = code.name;
+    member["resultText"] = code.text;
+  } else if (IsMasked(reading, reveal)) {
+    member["masked"] = true;
+  }
+  return member;
+}
+
+nlohmann::ordered_json JsonOf(std::span<const Reading> readings, bool reveal) {
+  nlohmann::ordered_json object = nlohmann::ordered_json::object();
+  for (const Reading& reading : readings) object[reading.value->name] = JsonOf(reading, reveal);
+  return object;
+}
+
+bool AnyFailure(std::span<const Reading> readings) {
+  const auto missing = [](KE_RESULT code) { return code == KE_STORE_UNUSABLE; };
+  // Numbers and some texts succeed when they are missing: if nothing succeeds, the store cannot be used.
+  const auto successOrMissing = [&](KE_RESULT code) { return code == KE_SUCCESS || missing(code); };
+  return !std::ranges::all_of(readings, successOrMissing, &Reading::result) ||
+         std::ranges::all_of(readings, missing, &Reading::result);
 }
 
 }  // namespace kelctl

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "code_page.h"
 #include "errors.h"
 #include "siblings/plugins.h"
 #include "text/paths.h"
 #include "text/text.h"
+#include "texts.h"
 #include "upgrade/settings.h"
 #include "win/file.h"
 #include "win/module.h"

@@ -3,15 +3,16 @@
 #include <algorithm>
 #include <cctype>
 
-#include "mask.h"
-
 namespace kelctl {
 namespace {
 
-constexpr std::string_view kSecretWords[] = {"PASS", "PWD", "SECRET", "CERT", "TOKEN", "CREDENTIAL", "KEY"};
-constexpr std::size_t kShortestSecret = 3;  // bytes
-constexpr std::size_t kShortestCode = 20;   // characters with a digit or sign among them
-constexpr std::size_t kShortestPlain = 40;  // letters alone: no function has a name that long
+constexpr std::string_view kSecretWords[] = {"PASS", "PWD", "SECRET", "CERT", "CREDENTIAL", "CLAVE", "KEY"};
+// Common inside other words: these count only as a word of the name, as in UserPw, PIN, proxy_auth, AccessToken.
+constexpr std::string_view kWholeWords[] = {"PIN", "PW", "AUTH", "PSK", "TOKEN"};
+constexpr std::size_t kFewestHexDigits = 24;  // of groups such as 3f:a2:...
+constexpr std::size_t kShortestSecret = 3;    // bytes
+constexpr std::size_t kShortestCode = 20;     // characters with a digit or sign among them
+constexpr std::size_t kShortestPlain = 40;    // letters alone: no function has a name that long
 constexpr std::string_view kStoreText = "writing integra.dat:";
 
 bool IsLetterOrDigit(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; }
@@ -52,6 +53,83 @@ bool IsCode(std::string_view run) {
   return run.size() >= (onlyLetters ? kShortestPlain : kShortestCode);
 }
 
+bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+
+// True when `name` has one of kWholeWords as a word: between signs, digits and changes to upper case.
+bool HasWholeWord(std::string_view name) {
+  std::string word;
+  const auto found = [&] { return std::ranges::find(kWholeWords, std::string_view(word)) != std::end(kWholeWords); };
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool letter = std::isalpha(static_cast<unsigned char>(name[i])) != 0;
+    const bool begins = !letter || (i > 0 && IsUpper(name[i]) && !IsUpper(name[i - 1]));
+    if (begins && found()) return true;
+    if (begins) word.clear();
+    if (letter) word += static_cast<char>(std::toupper(static_cast<unsigned char>(name[i])));
+  }
+  return found();
+}
+
+// The user and password of an address: between "://" and the last "@" of its host part.
+std::string WithoutUrlUsers(std::string line) {
+  constexpr std::string_view kBegin = "://";
+  for (auto at = line.find(kBegin); at != line.npos; at = line.find(kBegin, at + 1)) {
+    const std::size_t begin = at + kBegin.size();
+    const std::size_t end = std::min(line.find_first_of("/ \t\"'<>", begin), line.size());
+    const std::size_t sign = line.substr(begin, end - begin).rfind('@');
+    if (sign != line.npos) line.replace(begin, sign, kMask);
+  }
+  return line;
+}
+
+// What follows host:port: in a proxy's text host:port:user:password, to the end of the word.
+std::string WithoutProxyUsers(std::string line) {
+  for (auto at = line.find(':'); at != line.npos; at = line.find(':', at + 1)) {
+    const std::size_t end = std::min(line.find_first_not_of("0123456789", at + 1), line.size());
+    const bool host = at > 0 && (IsLetterOrDigit(line[at - 1]) || line[at - 1] == ']');
+    if (!host || end == at + 1 || end >= line.size() || line[end] != ':') continue;
+    const std::size_t stop = std::min(line.find_first_of(" \t\"'<>,;", end), line.size());
+    const std::size_t second = line.find(':', end + 1);
+    // A time of day has numbers only, a record of the log too; user and password are two more fields.
+    if (second != line.npos && second < stop) line.replace(end + 1, stop - end - 1, kMask);
+  }
+  return line;
+}
+
+// The value of an option -p: the next word.
+std::string WithoutShortOptions(std::string line) {
+  for (auto at = line.find("-p "); at != line.npos; at = line.find("-p ", at + 1)) {
+    if (at > 0 && line[at - 1] != ' ' && line[at - 1] != '"') continue;
+    const std::size_t begin = std::min(line.find_first_not_of(' ', at + 3), line.size());
+    const std::size_t end = std::min(line.find_first_of(" \t", begin), line.size());
+    if (line.compare(begin, end - begin, "-p") != 0) line.replace(begin, end - begin, kMask);
+  }
+  return line;
+}
+
+// Groups of two, four or eight hexadecimal digits between equal signs: fingerprints and keys. The groups of a UUID have
+// different lengths.
+std::string WithoutHexGroups(std::string line) {
+  const auto digits = [&](std::size_t from) {
+    std::size_t end = from;
+    while (end < line.size() && std::isxdigit(static_cast<unsigned char>(line[end])) != 0) ++end;
+    return end - from;
+  };
+  for (std::size_t begin = 0; begin < line.size(); ++begin) {
+    if (begin > 0 && IsLetterOrDigit(line[begin - 1])) continue;
+    const std::size_t length = digits(begin);
+    if (length != 2 && length != 4 && length != 8) continue;
+    std::size_t end = begin + length, count = length;
+    const char sign = end < line.size() ? line[end] : '\0';
+    if (sign != ':' && sign != '-' && sign != ' ') continue;
+    while (end < line.size() && line[end] == sign && digits(end + 1) == length) {
+      end += 1 + length;
+      count += length;
+    }
+    if (count >= kFewestHexDigits) line.replace(begin, end - begin, kMask);
+  }
+  return line;
+}
+
 std::string WithoutCodes(const std::string& line) {
   std::string shown;
   for (std::size_t begin = 0; begin < line.size();) {
@@ -72,7 +150,9 @@ std::string WithoutCodes(const std::string& line) {
 bool NamesSecret(std::string_view name) {
   std::string upper(name);
   std::ranges::transform(upper, upper.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return std::ranges::any_of(kSecretWords, [&](std::string_view word) { return upper.find(word) != upper.npos; });
+  if (upper == "TOKENS" || upper == "[TOKENS]") return false;  // names of modules
+  return HasWholeWord(name) ||
+         std::ranges::any_of(kSecretWords, [&](std::string_view word) { return upper.find(word) != upper.npos; });
 }
 
 void Redactor::AddSecret(const std::string& secret) {
@@ -85,7 +165,9 @@ std::string Redactor::WithoutKnown(std::string text) const {
 }
 
 std::string Redactor::Text(std::string_view line) const {
-  return WithoutCodes(WithoutNamedSecrets(WithoutKnown(std::string(line))));
+  std::string text = WithoutHexGroups(WithoutKnown(std::string(line)));
+  text = WithoutShortOptions(WithoutProxyUsers(WithoutUrlUsers(std::move(text))));
+  return WithoutCodes(WithoutNamedSecrets(text));
 }
 
 std::string Redactor::Ini(std::string_view text) const {
@@ -96,8 +178,11 @@ std::string Redactor::Ini(std::string_view text) const {
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(std::min(text.find_first_not_of("\r\n", end), text.size()));
     const std::size_t equals = line.find('=');
-    if (line.starts_with('[')) secretSection = NamesSecret(line);
-    if (line.starts_with('[') || equals == line.npos) {
+    // Some readers of INI files skip blanks in front of a section, others do not.
+    const std::size_t first = line.find_first_not_of(" \t");
+    const bool section = first != line.npos && line[first] == '[';
+    if (section) secretSection = NamesSecret(line.substr(first));
+    if (section || equals == line.npos) {
       shown += Text(line);
     } else {
       const std::string_view key = line.substr(0, equals), value = line.substr(equals + 1);

@@ -3,13 +3,17 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <ostream>
 
-#include "code_page.h"
+#include "errors.h"
 #include "registration/registration.h"
 #include "siblings/binder.h"
 #include "siblings/functions.h"
 #include "siblings/plugins.h"
 #include "text/paths.h"
+#include "texts.h"
 #include "trace/log_system.h"
 #include "win/file.h"
 #include "win/module.h"
@@ -61,6 +65,7 @@ void SetFullPath(Sibling& sibling, const std::string& path) {
     sibling.places.push_back(path);
   } else {
     sibling.unlisted = "not a full path: " + Utf8FromCodePage(path);
+    sibling.unlistedCode = "PATH-NOT-FULL";
   }
 }
 
@@ -93,24 +98,44 @@ void AddRegistrations(std::vector<Sibling>& siblings) {
   }
 }
 
-// What is known of one that was looked for and found at `path`, or nowhere.
+// The finding for a sibling that was found at `path`, or not found.
 Finding Looked(const Sibling& sibling, const std::optional<std::string>& path) {
   const bool listed = !sibling.places.empty();
   return {.kind = sibling.kind == SiblingKind::kModule ? "module" : "program",
           .subject = Utf8FromCodePage(sibling.name),
           .path = Utf8FromCodePage(path.value_or(listed ? sibling.places.front() : "")),
           .health = path ? Health::kOk : sibling.whenUnusable,
+          .code = path     ? "OK"
+                  : listed ? "MODULE-MISSING"
+                           : sibling.unlistedCode,
           .detail = path     ? "found"
                     : listed ? "missing"
                              : sibling.unlisted};
 }
 
-// Fills in what loading the module at `path`, where it was found, shows.
+// True for a module or program of 64 bits, by its header.
+bool Is64Bit(const std::string& path) {
+  const win::FileHandle file = win::OpenForReading(path);
+  std::string head(4096, '\0');
+  head.resize(file ? win::Read(file, head.data(), head.size()) : 0);
+  IMAGE_DOS_HEADER dos;
+  if (head.size() < sizeof dos) return false;
+  std::memcpy(&dos, head.data(), sizeof dos);
+  const auto offset = static_cast<std::size_t>(dos.e_lfanew) + offsetof(IMAGE_NT_HEADERS, FileHeader.Machine);
+  WORD machine = 0;
+  if (dos.e_magic != IMAGE_DOS_SIGNATURE || dos.e_lfanew < 0 || offset + sizeof machine > head.size()) return false;
+  std::memcpy(&machine, head.data() + offset, sizeof machine);
+  return machine == IMAGE_FILE_MACHINE_AMD64 || machine == IMAGE_FILE_MACHINE_ARM64;
+}
+
+// Loads the module at `path`, where it was found.
 void CheckModule(const Sibling& sibling, const std::string& path, Finding& finding) {
   const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
     finding.health = sibling.whenUnusable;
-    finding.detail = "cannot be loaded (Windows error " + std::to_string(GetLastError()) + ")";
+    finding.code = Is64Bit(path) ? "MODULE-64-BIT" : "MODULE-NOT-LOADED";
+    finding.detail = std::string(Is64Bit(path) ? "is a 64-bit module, and " : "") + "cannot be loaded (" +
+                     WindowsError(GetLastError()) + ")";
     return;
   }
   finding.detail = sibling.names.empty() ? "loaded" : "loaded, has all functions";
@@ -118,6 +143,7 @@ void CheckModule(const Sibling& sibling, const std::string& path, Finding& findi
     if (GetProcAddress(module.Get(), name.c_str()) != nullptr) continue;
     finding.missing.push_back(name);
     finding.detail = "loaded, lacks";
+    finding.code = "MODULE-INCOMPLETE";
     finding.health = std::max(finding.health, required ? sibling.whenUnusable : Health::kWarning);
   }
 }
@@ -126,7 +152,56 @@ void CheckProgram(const Sibling& sibling, const std::string& path, Finding& find
   DWORD type = 0;
   if (GetBinaryTypeA(path.c_str(), &type)) return;
   finding.health = sibling.whenUnusable;
-  finding.detail = "is no program (Windows error " + std::to_string(GetLastError()) + ")";
+  finding.code = "PROGRAM-INVALID";
+  finding.detail = "is not a program (" + WindowsError(GetLastError()) + ")";
+}
+
+// The lines that a child of this program writes about the siblings from number `first` on, until it ends or is silent
+// for too long.
+std::vector<std::string> LinesOfChild(const Product& product, std::size_t first) {
+  constexpr DWORD kLongestSilence = 20000, kPause = 5;  // milliseconds
+  std::vector<std::string> lines;
+  wchar_t program[kLongestPath];
+  GetModuleFileNameW(nullptr, program, kLongestPath);
+  std::wstring words = L"\"" + std::wstring(program) + L"\" --dll \"" +
+                       WideFromUtf8(Utf8FromCodePage(product.Directory() + "\\" + product.LibraryFile())) +
+                       L"\" examine-siblings " + std::to_wstring(first);
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  HANDLE reading = nullptr, writing = nullptr;
+  if (!CreatePipe(&reading, &writing, &inherited, 0)) return lines;
+  const win::ProcessHandle output(reading);
+  win::ProcessHandle input(writing);
+  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = writing;
+  PROCESS_INFORMATION started{};
+  if (!CreateProcessW(program, words.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
+                      &started)) {
+    return lines;
+  }
+  const win::ProcessHandle process(started.hProcess), thread(started.hThread);
+  input.Reset();
+  std::string text;
+  for (DWORD since = GetTickCount(); GetTickCount() - since < kLongestSilence;) {
+    DWORD available = 0, count = 0;
+    if (!PeekNamedPipe(reading, nullptr, 0, nullptr, &available, nullptr)) break;  // the child has ended
+    if (available == 0) {
+      Sleep(kPause);
+      continue;
+    }
+    char part[4096];
+    if (!ReadFile(reading, part, std::min<DWORD>(available, sizeof part), &count, nullptr)) break;
+    text.append(part, count);
+    since = GetTickCount();
+  }
+  TerminateProcess(process.Get(), 1);
+  for (auto end = text.find('\n'); end != text.npos; end = text.find('\n')) {
+    lines.push_back(text.substr(0, end));
+    text.erase(0, end + 1);
+  }
+  return lines;
 }
 
 }  // namespace
@@ -163,12 +238,42 @@ std::optional<std::string> FindSibling(const Sibling& sibling) {
 
 Finding LookForSibling(const Sibling& sibling) { return Looked(sibling, FindSibling(sibling)); }
 
-Finding CheckSibling(const Sibling& sibling) {
-  const auto path = FindSibling(sibling);
-  Finding finding = Looked(sibling, path);
-  const auto check = sibling.kind == SiblingKind::kModule ? CheckModule : CheckProgram;
-  if (path) check(sibling, *path, finding);
-  return finding;
+void ExamineSiblings(const Product& product, std::size_t first, std::ostream& out) {
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);  // no dialogs
+  const std::vector<Sibling> siblings = SiblingsOf(product);
+  for (std::size_t i = first; i < siblings.size(); ++i) {
+    const auto path = FindSibling(siblings[i]);
+    Finding finding = Looked(siblings[i], path);
+    const auto check = siblings[i].kind == SiblingKind::kModule ? CheckModule : CheckProgram;
+    if (path) check(siblings[i], *path, finding);
+    const nlohmann::json line = {static_cast<int>(finding.health), finding.code, finding.detail, finding.missing};
+    out << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
+  }
+}
+
+Findings CheckSiblings(const Product& product) {
+  Findings findings;
+  const std::vector<Sibling> siblings = SiblingsOf(product);
+  while (findings.size() < siblings.size()) {
+    for (const std::string& line : LinesOfChild(product, findings.size())) {
+      const auto parts = nlohmann::json::parse(line, nullptr, false);
+      if (!parts.is_array() || parts.size() != 4 || findings.size() == siblings.size()) break;
+      Finding finding = LookForSibling(siblings[findings.size()]);
+      finding.health = static_cast<Health>(parts[0].get<int>());
+      finding.code = parts[1].get<std::string>();
+      finding.detail = parts[2].get<std::string>();
+      finding.missing = parts[3].get<std::vector<std::string>>();
+      findings.push_back(std::move(finding));
+    }
+    if (findings.size() == siblings.size()) break;
+    const Sibling& sibling = siblings[findings.size()];  // the child did not come past it
+    Finding finding = LookForSibling(sibling);
+    finding.health = sibling.whenUnusable;
+    finding.code = "MODULE-TIMEOUT";
+    finding.detail = "loading it does not end, or ends the program that loads it";
+    findings.push_back(std::move(finding));
+  }
+  return findings;
 }
 
 }  // namespace kelctl

@@ -25,7 +25,8 @@ struct Sibling {
   std::vector<std::string> places;  // paths in the code page, in the order in which the library tries them
   std::vector<SiblingName> names;   // the functions that a module should have
   Health whenUnusable = Health::kFailure;
-  std::string unlisted = {};  // why there is no place to look in, when there is none
+  std::string unlisted = {};  // why `places` is empty
+  std::string unlistedCode = "MODULE-NOT-LISTED";
 };
 
 /// Those with a fixed place in the tree, then those that the registry and settings files name.
@@ -37,7 +38,11 @@ std::optional<std::string> FindSibling(const Sibling& sibling);
 /// Looks for one: all is well when its file is there.
 Finding LookForSibling(const Sibling& sibling);
 
-/// Looks for one and examines it: a module is loaded and freed again, a program only looked at.
-Finding CheckSibling(const Sibling& sibling);
+/// Looks for each and examines it: a module is loaded and freed again, a program is only looked at. Loading
+/// runs code of the module: a child process does it, with a time limit for each.
+Findings CheckSiblings(const Product& product);
+
+/// The child's part: examines the siblings from number `first` on, and writes a line of JSON for each to `out`.
+void ExamineSiblings(const Product& product, std::size_t first, std::ostream& out);
 
 }  // namespace kelctl

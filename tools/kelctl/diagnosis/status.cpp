@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include "code_page.h"
+#include "diagnosis/examination.h"
 #include "diagnosis/log_file.h"
-#include "diagnosis/offline_values.h"
 #include "policy/os_identification.h"
-#include "result_codes.h"
+#include "texts.h"
 
 namespace kelctl {
 namespace {
@@ -23,13 +22,11 @@ std::vector<NamedText> VersionsOf(const std::vector<Sibling>& siblings) {
 }
 
 std::string Row(const std::string& name, const std::string& text) {
-  std::string row = name;
-  row.resize(std::max<std::size_t>(row.size(), 24), ' ');
-  return row + "  " + WithoutControlCharacters(text) + "\n";
+  return Padded(name, 24) + "  " + WithoutControlCharacters(text) + "\n";
 }
 
-std::string ValueText(const ReadStoreValue& read) {
-  if (read.reading.result != KE_SUCCESS) return "(no value)";
+std::string ValueText(const Reading& read) {
+  if (read.result != KE_SUCCESS) return "(no value)";
   const std::string text = PlainText(read, false);
   return text.empty() ? "(empty)" : text;
 }
@@ -38,7 +35,15 @@ std::string ValueText(const ReadStoreValue& read) {
 
 Status GatherStatus(const Product& product, const StoreCopies& copies, const Redactor& redactor,
                     std::size_t errorCount) {
-  Status status{.choice = ChooseCopy(copies), .file = {}, .values = {}, .versions = {}, .siblings = {}, .errors = {}};
+  Status status{.choice = ChooseCopy(copies),
+                .copies = RenderCopies(copies),
+                .copiesAsJson = JsonOf(copies),
+                .logAtLevelZero = CheckLogLevel(product).code == "LOG-LEVEL-0",
+                .file = {},
+                .values = {},
+                .versions = {},
+                .siblings = {},
+                .errors = {}};
   const StoreCopy* const copy = FileOf(copies, status.choice.copy);
   if (copy) {
     status.file = copy->file + ", " + Describe(*copy);
@@ -46,7 +51,8 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
   }
   status.values = ValuesIn(copy ? &copy->store : nullptr);
   for (auto& read : status.values) {
-    if (!read.value->secret) read.reading.text = redactor.WithoutKnown(std::move(read.reading.text));
+    const bool free = std::string_view(read.value->name) == "last-error-param";  // any text of an installer
+    if (!read.value->secret) read.text = free ? redactor.Text(read.text) : redactor.WithoutKnown(std::move(read.text));
   }
   const std::vector<Sibling> siblings = SiblingsOf(product);
   status.versions = VersionsOf(siblings);
@@ -59,13 +65,16 @@ Status GatherStatus(const Product& product, const StoreCopies& copies, const Red
 }
 
 std::string RenderStatus(const Status& status) {
-  std::string text = Row("store", status.file.empty() ? "none" : status.file) + Row("", status.choice.why);
+  std::string text = IsElevated() ? "" : "not elevated: some findings need an administrator\n";
+  text += Row("store", status.file.empty() ? "none" : status.file) + Row("", status.choice.why) + status.copies;
   for (const auto& read : status.values) text += Row(read.value->name, ValueText(read));
   text += Row("uninstall password", status.uninstallPassword ? "configured" : "not configured");
   for (const auto& [name, version] : status.versions) text += Row(name, "version " + version);
   for (const Finding& sibling : status.siblings)
     text += Row(sibling.subject, sibling.detail + (sibling.path.empty() ? "" : "  " + sibling.path));
-  text += status.errors.empty() ? "no errors in the trace log\n" : "last errors of the trace log:\n";
+  if (status.logAtLevelZero) text += "the log is at level 0: failures are not recorded\n";
+  if (!status.errors.empty()) text += "last errors of the log:\n";
+  if (status.errors.empty() && !status.logAtLevelZero) text += "no errors in the log\n";
   for (const TraceRecord& record : status.errors) {
     text += WithoutControlCharacters(Utf8FromCodePage(TraceLine(record))) + "\n";
   }
@@ -83,13 +92,18 @@ nlohmann::ordered_json JsonOf(const TraceRecord& record) {
 }
 
 nlohmann::ordered_json JsonOf(const Status& status) {
-  nlohmann::ordered_json document = {
-      {"store", {{"copy", NameOf(status.choice.copy)}, {"file", status.file}, {"why", status.choice.why}}},
-      {"values", JsonOf(std::span<const ReadStoreValue>(status.values), false)},
-      {"uninstallPassword", status.uninstallPassword},
-      {"versions", nlohmann::ordered_json::object()},
-      {"siblings", nlohmann::ordered_json::array()},
-      {"errors", nlohmann::ordered_json::array()}};
+  nlohmann::ordered_json document = {{"store",
+                                      {{"copy", NameOf(status.choice.copy)},
+                                       {"file", status.file},
+                                       {"why", status.choice.why},
+                                       {"copies", status.copiesAsJson}}},
+                                     {"elevated", IsElevated()},
+                                     {"logAtLevelZero", status.logAtLevelZero},
+                                     {"values", JsonOf(std::span<const Reading>(status.values), false)},
+                                     {"uninstallPassword", status.uninstallPassword},
+                                     {"versions", nlohmann::ordered_json::object()},
+                                     {"siblings", nlohmann::ordered_json::array()},
+                                     {"errors", nlohmann::ordered_json::array()}};
   for (const auto& [name, version] : status.versions) document["versions"][name] = version;
   for (const Finding& sibling : status.siblings) {
     document["siblings"].push_back({{"name", sibling.subject},

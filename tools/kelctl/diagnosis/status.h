@@ -1,4 +1,4 @@
-// The state of the product at a glance, told from its files.
+// The state of the product at a glance, from its files.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -9,19 +9,23 @@
 #include "diagnosis/redaction.h"
 #include "diagnosis/siblings.h"
 #include "diagnosis/store_choice.h"
-#include "rendering.h"
+#include "diagnosis/store_files.h"
+#include "store_values.h"
 
 namespace kelctl {
 
-/// A name with what is known of it. Texts are UTF-8.
+/// A name with its text, in UTF-8.
 struct NamedText {
   std::string name, text;
 };
 
 struct Status {
   StoreChoice choice;
+  std::string copies;  // of the store, a line each
+  nlohmann::ordered_json copiesAsJson;
+  bool logAtLevelZero = false;
   std::string file;  // of the store's copy in use, with what is in it; empty for none
-  std::vector<ReadStoreValue> values;
+  std::vector<Reading> values;
   bool uninstallPassword = false;
   std::vector<NamedText> versions;
   std::vector<Finding> siblings;  // only looked for, not examined

@@ -1,5 +1,5 @@
-// Which of the store's three files the library works with, told from what is in them, without asking it: a reading
-// through its exports repairs.
+// Which of the store's three files the library works with, determined from their content without the library: a
+// reading through its exports repairs.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@ namespace kelctl {
 
 enum class CopyState {
   kMissing,
-  kUnreadable,       // cannot be opened for update, as the library opens it, or not read to its end
-  kCryptoNotLoaded,  // enciphered, and the crypto module cannot be used
+  kUnreadable,       // cannot be opened, or not read to its end
+  kCryptoNotLoaded,  // encrypted, and the crypto module cannot be used
   kNotDeciphered,    // the crypto module reported an error
   kRead,
 };
@@ -22,13 +22,25 @@ struct StoreCopy {
   std::string file;  // its name
   std::string path;
   CopyState state = CopyState::kMissing;
-  unsigned long error = 0;  // the platform's, when the file is unreadable
-  bool marked = false;      // enciphered
-  std::uint64_t size = 0;   // bytes
-  store::IniStore store;    // when it was read
+  unsigned long error = 0;    // of Windows, when the file is unreadable
+  bool marked = false;        // encrypted
+  std::uint64_t size = 0;     // bytes
+  std::uint64_t written = 0;  // in the units of win::FileStatus
+  bool readOnly = false;
+  store::IniStore store;  // when it was read
 
   bool IsWhole() const { return state == CopyState::kRead && store.sections.size() >= store::kFewestSections; }
+
+  /// A value of the store; empty when it is missing.
+  std::string Value(const char* section, const char* key) const;
+  std::string AgentId() const { return Value("AGENT", "ID"); }
 };
+
+/// True for an encrypted file whose decrypted content is not the text of a store: other key blobs, or damage.
+bool IsNoise(const StoreCopy& copy);
+
+/// True when the end of the text is missing: the file is shorter than the library writes it.
+bool IsCut(const StoreCopy& copy);
 
 /// The three files.
 struct StoreCopies {
@@ -37,7 +49,7 @@ struct StoreCopies {
 
 enum class CopyInUse { kNone, kLive, kBackup, kStart };
 
-/// The file whose values the getters of the identity (agent identifier, customer, certificate) find next, and why.
+/// The file whose values the getters of the identity (agent identifier, customer, certificate) read next, and why.
 struct StoreChoice {
   CopyInUse copy = CopyInUse::kNone;
   std::string why;  // a sentence
@@ -51,7 +63,11 @@ const StoreCopy* FileOf(const StoreCopies& copies, CopyInUse copy);
 /// "live", "backup", "start" or "none".
 const char* NameOf(CopyInUse copy);
 
-/// What is in a file, in a few words: "4 sections, enciphered", "missing".
+/// The content of a file in a few words: "4 sections, encrypted", "missing".
 std::string Describe(const StoreCopy& copy);
+
+/// True when the file has fewer sections than an installed agent's, and nothing is lost: it is not cut, and no other
+/// copy holds more.
+bool IsIncomplete(const StoreCopy& copy, const StoreCopies& copies);
 
 }  // namespace kelctl
