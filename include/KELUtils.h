@@ -475,7 +475,7 @@ KE_RESULT KE_API KE_LaunchKEPWInst(void);
  *
  * The scheduler, zumat, keeps the jobs. It is in the folder Scheduler next to the folder of the DLL, or in the
  * directory of the DLL. Each export runs it with one or more command lines, cut at 8198 characters each, and waits for
- * each up to 90 seconds. Nothing is repeated or undone. docs/command-language.md describes the command lines.
+ * each up to 90 seconds. Nothing is repeated or undone. docs/interfaces.md describes the command lines.
  *
  * A job has a program that the scheduler starts, such as "KEPLPMNG" for the plug-in manager, a module that runs under
  * it, the arguments of the module, and a task ID, a positive number, for later changes. Null texts are empty. Texts

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds, and runs the measuring programs one after the other: those of the portable part on this machine, then those under Wine. With
 # names such as "ini_bench" only these; "memory" is that of a process that has used every export. Exit 1 when one misses its limit.
-# docs/performance.md describes what they measure.
+# docs/reliability.md describes what they measure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh

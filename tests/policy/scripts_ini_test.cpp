@@ -2,7 +2,6 @@
 
 #include <doctest/doctest.h>
 
-#include "policy/gpt_ini.h"
 
 using namespace policy;
 

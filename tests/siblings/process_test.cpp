@@ -117,7 +117,7 @@ TEST_CASE("actions: the module's answer, and modules that cannot be used") {
   const trace::TraceScope scope;
   tree.AddDevkit("KELUPG.dll", "KELUPG");
   tree.AddFake("FakeKERegister", "NODO/NODO.dll");
-  CHECK(siblings::ExecuteLocalProcessAction("KELUPG", 3, 7) == 1);
+  CHECK(siblings::ExecuteLocalProcessAction("KELUPG", 3, 7) == 17);
   CHECK(support::ReadFile(tree.Path("KELUPG/KELUPG.log")).find(";3;7\r\n") != std::string::npos);
   CHECK(siblings::ExecuteLocalProcessAction(nullptr, 1, 0) == KE_OUT_OF_RANGE);
   for (const char* name : {"NODO", "MISSING"}) CHECK(siblings::ExecuteLocalProcessAction(name, 1, 0) == 1801);

@@ -181,7 +181,7 @@ def check(interface, build):
     compare("the table in README.md", names, re.findall(r"`(KE_\w+)`", table))
     if not re.match(r"\s*%d,? " % len(names), table):
         bad.append("README.md does not begin its table with the number of exports, %d" % len(names))
-    compare("docs/result-codes.md", codes, [" ".join(row) for row in found("docs/result-codes.md", r"^\| (\d+) \| `(KE_\w+)` \|")])
+    compare("docs/operations.md", codes, [" ".join(row) for row in found("docs/operations.md", r"^\| (\d+) \| `(KE_\w+)` \|")])
     compare("tools/kelctl/result_codes.cpp", interface["codes"], found("tools/kelctl/result_codes.cpp", r"KELCTL_CODE\((KE_\w+)"))
     definition = r"^\w.* KE_API (KE_\w+)\("
     compare("src/exports", names, sum((found(file, definition) for file in sorted((ROOT / "src/exports").glob("*_exports.cpp"))), []))

@@ -24,7 +24,7 @@ struct Session {
   std::unique_ptr<Library> OpenTheLibrary() const { return std::make_unique<Library>(libraryPath); }
 
   /// Prints the result of a command: the text, which ends in a line end, or with --json the document. Every command
-  /// prints its result through this, once; docs/kelctl.md lists the members.
+  /// prints its result through this, once; docs/operations.md lists the members.
   void Show(const std::string& text, const nlohmann::ordered_json& document) const;
 };
 

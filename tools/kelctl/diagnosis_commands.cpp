@@ -87,7 +87,7 @@ void AddDoctorCommand(CLI::App& kelctl, Session& session) {
       "doctor",
       "Examines every module, program, store file and settings file of the installation, and changes nothing");
   command->footer(
-      "Exit code 0 when the installation is healthy, warnings included, 3 when something failed. docs/kelctl.md says "
+      "Exit code 0 when the installation is healthy, warnings included, 3 when something failed. docs/operations.md says "
       "what is a warning.\n"
       "Example: kelctl doctor");
   command->callback([&session] { Diagnose(session); });
@@ -99,7 +99,7 @@ void AddDiagnosticsCommand(CLI::App& kelctl, Session& session) {
   const auto path = std::make_shared<std::string>();
   command->add_option("FILE", *path, "The ZIP archive to make; it must not exist")->required()->type_name("");
   command->footer(
-      "Passwords, certificates, keys and the store's text in the trace log are left out; docs/kelctl.md says how "
+      "Passwords, certificates, keys and the store's text in the trace log are left out; docs/operations.md says how "
       "they are known. Look the archive through before it leaves the machine.\n"
       "Example: kelctl diagnostics C:\\Temp\\agent.zip");
   command->callback([&session, path] { Collect(session, *path); });
