@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 
@@ -104,9 +105,8 @@ std::optional<Outcome> ScriptedUpdate(const char* function, std::atomic<std::uin
 
 int Update(const char* function, bool forceContinue, std::int32_t* exitCode, const char* values) noexcept {
   static constinit std::atomic<std::uint32_t> s_turns[2];
-  char command[96] = "KELUPD -UpdateNow";
-  if (forceContinue) std::strcat(command, " -ForceContinue");
-  std::strcat(command, values);
+  char command[96];
+  std::snprintf(command, sizeof command, "KELUPD -UpdateNow%s%s", forceContinue ? " -ForceContinue" : "", values);
   return RunLogged(function, command, exitCode, [&]() -> Outcome {
     if (exitCode == nullptr) return {kBadArgument};
     const auto scripted = ScriptedUpdate(function, s_turns[*values != '\0']);

@@ -84,7 +84,7 @@ int KE_SIBLING_CALL KEINSTALL_GetInetConfig(KE_PROXY* proxy, uint32_t size) {
     const bool has = result == kSuccess;  // user and password stay out of the log
     result = Logged("KEINSTALL_GetInetConfig", result,
                     has ? OneLine(found.host) + ":" + std::to_string(found.port) : std::string());
-    if (result == kSuccess) *proxy = found;
+    if (has && result == kSuccess) *proxy = found;
     return result;
   });
 }

@@ -51,7 +51,7 @@ std::uint64_t CreationTime(DWORD id) noexcept {
 
 class Runner {
  public:
-  Runner(const std::string& folder, std::chrono::seconds offset) : folder_(folder), offset_(offset), boot_(Now()) {}
+  Runner(std::string folder, std::chrono::seconds offset) : folder_(std::move(folder)), offset_(offset), boot_(Now()) {}
 
   /// Notes the processes that have ended, and starts the jobs whose time has come. The first time it takes over the
   /// processes of an earlier scheduler, and arms the jobs of this boot.
@@ -139,7 +139,7 @@ void Runner::NoteEnds() {
     job->exitCode = code;
     job->error = code ? "" : kUnknownEnd;
     if (job->clauses.recurrence == Recurrence::kNextBoot)
-      std::erase_if(jobs_, [id](const Job& done) { return done.id == id; });
+      std::erase_if(jobs_, [finished = job->id](const Job& done) { return done.id == finished; });
     return true;
   });
 }
@@ -165,7 +165,7 @@ Outcome Runner::StartDueJobs(const JobFile& file) {
     job.error = kInterrupted;
   }
   if (due.empty()) return {};
-  if (const Outcome written = file.Write(jobs_); !written.Succeeded()) {
+  if (Outcome written = file.Write(jobs_); !written.Succeeded()) {
     jobs_ = before;
     return written;
   }

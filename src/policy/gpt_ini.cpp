@@ -1,3 +1,4 @@
+#include <compare>
 #include <cstdint>
 #include <utility>
 
@@ -34,7 +35,7 @@ General ReadGeneral(View text) {
   for (View rest = text; !rest.empty();) {
     const View line = TakeLine(rest);
     if (const auto name = SectionName(line)) {
-      inside = !general.found && CompareNames(*name, "General") == 0;
+      inside = !general.found && std::is_eq(CompareNames(*name, "General"));
       general.found = general.found || inside;
     }
     if (!inside || Trimmed(line).empty()) continue;
@@ -42,7 +43,7 @@ General ReadGeneral(View text) {
     const auto split = SplitLine(line);
     if (!split) continue;
     for (auto [key, value] : {std::pair{"Version", &general.version}, {EXTENSIONS_KEY, &general.extensions}})
-      if (!value->data() && CompareNames(split->key, key) == 0) *value = ReadValue(split->value);
+      if (!value->data() && std::is_eq(CompareNames(split->key, key))) *value = ReadValue(split->value);
   }
   return general;
 }
@@ -81,17 +82,17 @@ std::optional<Insertion> PlaceInList(View list) {
     const View extension = TakeIdentifier(rest);
     if (extension.empty()) return std::nullopt;
     const auto order = CompareNames(extension, kExtension);
-    if (order > 0 && !group) group = {groupAt, kGroup};
+    if (std::is_gt(order) && !group) group = {groupAt, kGroup};
     while (!rest.empty() && rest.front() != ']') {
       const std::size_t toolAt = list.size() - rest.size();
       const View name = TakeIdentifier(rest);
       if (name.empty()) return std::nullopt;
       const auto toolOrder = CompareNames(name, kTool);
-      listed = listed || (order == 0 && toolOrder == 0);
-      if (order == 0 && !tool && toolOrder > 0) tool = {toolAt, kTool};
+      listed = listed || (std::is_eq(order) && std::is_eq(toolOrder));
+      if (std::is_eq(order) && !tool && std::is_gt(toolOrder)) tool = {toolAt, kTool};
     }
     if (rest.empty()) return std::nullopt;
-    if (order == 0 && !tool) tool = {list.size() - rest.size(), kTool};
+    if (std::is_eq(order) && !tool) tool = {list.size() - rest.size(), kTool};
   }
   if (listed) return Insertion{};
   return tool ? tool : group ? group : Insertion{list.size(), kGroup};

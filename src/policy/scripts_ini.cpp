@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <compare>
 #include <map>
 
 #include "policy/ini_lines.h"
@@ -44,8 +45,8 @@ std::optional<Entry> EntryOf(View line) {
   const std::size_t digits = std::min(split->key.find_first_not_of(u"0123456789"), split->key.size());
   const auto number = EntryNumber(split->key.substr(0, digits));
   const View name = split->key.substr(digits);
-  const bool isProgram = CompareNames(name, u"CmdLine") == 0;
-  if (!number || (!isProgram && CompareNames(name, u"Parameters") != 0)) return std::nullopt;
+  const bool isProgram = std::is_eq(CompareNames(name, u"CmdLine"));
+  if (!number || (!isProgram && std::is_neq(CompareNames(name, u"Parameters")))) return std::nullopt;
   return Entry{*number, digits, static_cast<std::size_t>(split->key.data() - line.data()), isProgram, split->value};
 }
 
@@ -103,7 +104,7 @@ void Renumber(ScriptsSection& section, const NumberedScripts& scripts) {
 
 bool IsOfKind(const ScriptsSection& section, ScriptKind kind) {
   const auto name = SectionName(View(section.head));
-  return name && CompareNames(*name, NameOf(kind)) == 0;
+  return name && std::is_eq(CompareNames(*name, NameOf(kind)));
 }
 
 auto FindSection(auto& sections, ScriptKind kind) {

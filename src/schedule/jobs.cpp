@@ -124,7 +124,7 @@ KE_RESULT SetPeriodicTaskEx(const Job& job, std::int32_t periodMinutes, DayWindo
 KE_RESULT SetPeriodicTaskRangeDate(const Job& job, std::int32_t periodMinutes, DayWindow window,
                                    const char* periodicData) {
   return SetWindowedTask(job, periodMinutes, window, [&] {
-    const std::string clauses = std::string(" ") + (periodicData ? periodicData : "");
+    std::string clauses = std::string(" ") + (periodicData ? periodicData : "");
     if (window.startMinute == 0 || window.endMinute == 0) return clauses;
     return clauses + " " + MkStartTimeRange(window.startMinute, window.endMinute);
   });

@@ -78,11 +78,11 @@ ExaminedFile ExamineFile(win::FileHandle file, const char* cryptoFolder) {
   if (examined.encrypted) {
     examined.state = FileState::kCryptoNotLoaded;
     if (!siblings::LoadCrypto(cryptoFolder)) return examined;
-    content->erase(0, kMarker.size());
     examined.state = FileState::kDecryptionFailed;
-    if (DecryptBufferInPlace(content->data(), content->size(), kFileKeyBlob) != 0) return examined;
+    const auto length = content->size() - kMarker.size();
+    if (DecryptBufferInPlace(content->data() + kMarker.size(), length, kFileKeyBlob) != 0) return examined;
   }
-  ParseIni(UpToZero(*content), examined.store);
+  ParseIni(UpToZero(std::string_view(*content).substr(examined.encrypted ? kMarker.size() : 0)), examined.store);
   examined.state = examined.store.sections.size() < kFewestSections ? FileState::kDamaged : FileState::kComplete;
   return examined;
 }

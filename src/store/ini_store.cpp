@@ -10,8 +10,6 @@ namespace store {
 
 namespace {
 
-constexpr std::string_view kLineBreaks = "\r\n";
-
 bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 
 // The first element whose `name` member matches; null when there is none.

@@ -150,7 +150,7 @@ class TracedRun {
         settings_(product_.Path({"", text::kSettingsFile})),
         level_(win::ReadProfile(settings_, kSection, kKey, "", 64)),
         follower_(product_.TraceLog()) {
-    if (!win::WriteProfile(settings_.c_str(), kSection, kKey, "20")) {
+    if (!win::WriteProfile(settings_, kSection, kKey, "20")) {
       throw CommandError(kCallFailed,
                          "cannot write " + Utf8FromCodePage(settings_) + " (" + WindowsError(GetLastError()) + ")");
     }
@@ -158,7 +158,7 @@ class TracedRun {
   TracedRun(const TracedRun&) = delete;
   TracedRun& operator=(const TracedRun&) = delete;
   ~TracedRun() {
-    win::WriteProfile(settings_.c_str(), kSection, kKey, level_.empty() ? nullptr : level_.c_str());
+    win::WriteProfile(settings_, kSection, kKey, level_.empty() ? nullptr : level_.c_str());
     try {
       const Redactor redactor = MakeRedactor(product_, ReadStoreCopies(product_));
       for (TraceRecord& record : ParseTrace(follower_.NewText()).records) {

@@ -21,7 +21,7 @@
 namespace kelctl {
 namespace {
 
-constexpr std::uint64_t kMegabyte = 1024 * 1024;
+constexpr std::uint64_t kMegabyte = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t kScarceSpace = 4 * kMegabyte, kLittleSpace = 100 * kMegabyte;
 constexpr std::uint64_t kLargestList = 16 * kMegabyte;  // bytes of a jobs or token file
 
