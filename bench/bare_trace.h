@@ -8,8 +8,8 @@
 
 namespace bench {
 
-/// Reads the settings, loads, binds and sets up the trace library, writes lines, and frees it at the end. If the library
-/// is missing, it is looked for in its two places and no lines are written.
+/// Reads the settings, loads, binds and sets up the trace library, writes lines, and frees it at the end. If the
+/// library is missing, it is looked for in its two places and no lines are written.
 class BareTrace {
  public:
   /// `directory` is the folder of KELUtils.dll.

@@ -64,8 +64,8 @@ inline void PrintTimes(const char* name, const Spread& times) {
               times.upper);
 }
 
-/// Runs both sides `rounds` times, at least 7, after one unmeasured run of each; they take turns in running first. Prints
-/// the median ratio of `measured` to `reference` and both times. Returns true if that ratio is at most `limit`.
+/// Runs both sides `rounds` times, at least 7, after one unmeasured run of each; they take turns in running first.
+/// Prints the median ratio of `measured` to `reference` and both times. Returns true if that ratio is at most `limit`.
 template <typename Measured, typename Reference>
 bool Compare(const Measured& measured, const Reference& reference, std::size_t rounds, double limit) {
   const auto run = [](const auto& side) {

@@ -10,8 +10,8 @@
 
 namespace bench {
 
-/// The built DLL, loaded from a temporary folder named after this process, with its crypto module and an identity in its
-/// store. One at a time.
+/// The built DLL, loaded from a temporary folder named after this process, with its crypto module and an identity in
+/// its store. One at a time.
 class StoreTree {
  public:
   StoreTree();

@@ -1,8 +1,8 @@
 /** @file
  * The interface of action modules, for their authors.
  *
- * KELUtils loads NAME.dll from the folder NAME next to its own folder, calls Do, and frees the module. The module keeps no
- * state between calls.
+ * KELUtils loads NAME.dll from the folder NAME next to its own folder, calls Do, and frees the module. The module
+ * keeps no state between calls.
  */
 #ifndef KEACTION_H
 #define KEACTION_H

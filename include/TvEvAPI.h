@@ -1,8 +1,8 @@
 /** @file
  * TvEvAPI.dll, the event module, for its authors.
  *
- * KELUtils loads it from the folder KELTVEVT next to its own directory, calls TEVT_StartAPI, makes one event call, calls
- * TEVT_StopAPI and frees it. All functions named here are required. Several threads may do so at once.
+ * KELUtils loads it from the folder KELTVEVT next to its own directory, calls TEVT_StartAPI, makes one event call,
+ * calls TEVT_StopAPI and frees it. All functions named here are required. Several threads may do so at once.
  */
 #ifndef TVEVAPI_H
 #define TVEVAPI_H

@@ -2,7 +2,6 @@
 
 #include <doctest/doctest.h>
 
-
 using namespace policy;
 
 namespace {

@@ -63,7 +63,8 @@ TEST_CASE("agent module: nested uses are counted, and the last one finalises") {
   AgentTree agent;
   agent.tree.AddFake("FakeKELAGAPI", "Common/KELAGAPI.dll");
   const LoadedDll fake(agent.tree.Path("Common/KELAGAPI.dll"));
-  CHECK((siblings::OpenAgentApi() == KE_SUCCESS && siblings::CheckAgentProxyApi() == KE_SUCCESS && siblings::FreeAgentApi()));
+  CHECK((siblings::OpenAgentApi() == KE_SUCCESS && siblings::CheckAgentProxyApi() == KE_SUCCESS &&
+         siblings::FreeAgentApi()));
   CHECK((CALL(fake, FakeCalls)("KE_AGAPI_Finalize") == 0 && siblings::FreeAgentApi()));
   CHECK((CALL(fake, FakeCalls)("KE_AGAPI_Initialize") == 1 && CALL(fake, FakeCalls)("KE_AGAPI_Finalize") == 1));
   CHECK_FALSE(siblings::FreeAgentApi());

@@ -87,8 +87,8 @@ void AddDoctorCommand(CLI::App& kelctl, Session& session) {
       "doctor",
       "Examines every module, program, store file and settings file of the installation, and changes nothing");
   command->footer(
-      "Exit code 0 when the installation is healthy, warnings included, 3 when something failed. docs/operations.md says "
-      "what is a warning.\n"
+      "Exit code 0 when the installation is healthy, warnings included, 3 when something failed. docs/operations.md "
+      "lists the warnings.\n"
       "Example: kelctl doctor");
   command->callback([&session] { Diagnose(session); });
 }

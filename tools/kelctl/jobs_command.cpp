@@ -15,7 +15,7 @@ namespace kelctl {
 namespace {
 
 constexpr DWORD kLongestWait = 90000;  // milliseconds, as the library waits for the scheduler
-constexpr std::uint64_t kLargestFile = 16 * 1024 * 1024;
+constexpr std::uint64_t kLargestFile = std::uint64_t{16} * 1024 * 1024;
 
 struct ProgramOutcome {
   DWORD exitCode;

@@ -85,7 +85,7 @@ void ShowOrSetLevel(Session& session, const std::string& level) {
   const std::string settings = product.Path({"", text::kSettingsFile});
   if (!level.empty()) {
     const std::string number = std::to_string(ParseNumber(level, 0, 100));
-    if (!win::WriteProfile(settings.c_str(), "LOG", "LEVELLOG", number.c_str())) {
+    if (!win::WriteProfile(settings, "LOG", "LEVELLOG", number.c_str())) {
       throw CommandError(kCallFailed,
                          "cannot write " + Utf8FromCodePage(settings) + " (" + WindowsError(GetLastError()) + ")");
     }

@@ -16,8 +16,8 @@ struct Bundle {
 
 /// The entries: status.json, doctor.json, files.json, registry.json, log/KELUtils.log and its older part,
 /// log/<folder>/<file> for the logs of siblings, settings/<folder>/<file> for each settings file, and below agent/ the
-/// scheduler's jobs, the token files and the waiting events. At most the last 4 MB of a log; a settings file of more than
-/// 1 MB, or in UTF-16, is left out, with a line that says so.
+/// scheduler's jobs, the token files and the waiting events. At most the last 4 MB of a log; a settings file of more
+/// than 1 MB, or in UTF-16, is left out, with a line that says so.
 Bundle MakeBundle(const Product& product);
 
 }  // namespace kelctl
