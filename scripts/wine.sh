@@ -49,4 +49,17 @@ wine_stop() {
 # Removes the folders that the programs made and could not remove, because a DLL in them was still in use.
 remove_leftovers() { rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*; }
 
-run_wine() { "$wine_bin/wine64" "$@"; }
+# Wine now and then cannot start a program while another one starts (its internal error 1359): then it is started once more.
+run_wine() {
+  local output status=0
+  output=$(mktemp)
+  "$wine_bin/wine64" "$@" >"$output" 2>"$output.errors" || status=$?
+  if [ $status -ne 0 ] && grep -qa '^ShellExecuteEx failed: Internal error' "$output" "$output.errors"; then
+    status=0
+    "$wine_bin/wine64" "$@" >"$output" 2>"$output.errors" || status=$?
+  fi
+  cat "$output"
+  cat "$output.errors" >&2
+  rm -f "$output" "$output.errors"
+  return $status
+}
