@@ -49,17 +49,19 @@ wine_stop() {
 # Removes the folders that the programs made and could not remove, because a DLL in them was still in use.
 remove_leftovers() { rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*; }
 
-# Wine now and then cannot start a program while another one starts (its internal error 1359): then it is started once more.
+# True for the output of a program that Wine did not start, by its internal error 1359: now and then, while another one starts.
+was_not_started() { grep -qa '^ShellExecuteEx failed: Internal error' "$1"; }
+
+# Runs a program, once more when it was not started, and prints its output at its end.
 run_wine() {
   local output status=0
   output=$(mktemp)
-  "$wine_bin/wine64" "$@" >"$output" 2>"$output.errors" || status=$?
-  if [ $status -ne 0 ] && grep -qa '^ShellExecuteEx failed: Internal error' "$output" "$output.errors"; then
+  "$wine_bin/wine64" "$@" >"$output" || status=$?
+  if [ $status -ne 0 ] && was_not_started "$output"; then
     status=0
-    "$wine_bin/wine64" "$@" >"$output" 2>"$output.errors" || status=$?
+    "$wine_bin/wine64" "$@" >"$output" || status=$?
   fi
   cat "$output"
-  cat "$output.errors" >&2
-  rm -f "$output" "$output.errors"
+  rm -f "$output"
   return $status
 }

@@ -1,18 +1,16 @@
 #include "shared/texts.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
+
+#include "text/text.h"
 
 namespace devkit {
 
 std::optional<std::int64_t> ParseNumber(std::string_view text, std::int64_t lowest, std::int64_t highest) noexcept {
-  std::int64_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stopped, error] = std::from_chars(text.data(), end, number);
   if (lowest >= 0 && text.starts_with('-')) return std::nullopt;
-  if (error != std::errc() || stopped != end || number < lowest || number > highest) return std::nullopt;
-  return number;
+  const auto number = text::NumberFromText<std::int64_t>(text);
+  return number && *number >= lowest && *number <= highest ? number : std::nullopt;
 }
 
 std::vector<std::int32_t> ParseNumbers(std::string_view text) {

@@ -5,4 +5,5 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 
 cmake --preset tidy >/dev/null
-cmake --build --preset tidy -- --quiet -k 0 | grep -v '^ninja:\|^\[.*warnings generated'
+# grep fails when nothing is left; the result is that of the build.
+cmake --build --preset tidy -- --quiet -k 0 | { grep -v '^ninja:\|^\[.*warnings generated' || true; }

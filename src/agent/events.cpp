@@ -10,6 +10,7 @@
 #include "siblings/binder.h"
 #include "siblings/modules.h"
 #include "siblings/programs.h"
+#include "siblings/sibling_table.h"
 #include "text/paths.h"
 #include "text/text.h"
 #include "trace/trace.h"
@@ -51,7 +52,7 @@ struct Sending {
 // The event module, bound for one export.
 struct EventModule {
   explicit EventModule(const char* name)
-      : function(name), api(text::SiblingFolder(win::GetModuleDirectory(), "KELTVEVT").c_str()) {
+      : function(name), api(text::SiblingFolder(win::GetModuleDirectory(), siblings::kEventModule.folder).c_str()) {
     if (!api) Trace(trace::kAlways, function, "Could not load TvEvAPI");
   }
 
@@ -97,8 +98,8 @@ struct RemoveScriptAtEnd {
 // The descriptions are string resources of the prompt program.
 KE_RESULT DescribeError(const char* function, std::uint32_t errorCode, const char* insert, char* buffer,
                         std::size_t size) {
-  constexpr char kFile[] = "KePIRes.exe";
-  const std::string folder = text::SiblingFolder(win::GetModuleDirectory(), "KESAgent");
+  constexpr const char* kFile = siblings::kPromptProgram.file;
+  const std::string folder = text::SiblingFolder(win::GetModuleDirectory(), siblings::kPromptProgram.folder);
   win::ModuleHandle module;
   siblings::SiblingSearch(function, kFile).Bind(folder.c_str(), module, {}, nullptr);
   if (!module) {

@@ -1,5 +1,6 @@
 #include "agent/texts.h"
 
+#include "siblings/sibling_table.h"
 #include "text/paths.h"
 
 namespace agent {
@@ -41,7 +42,7 @@ std::string DescriptionText(std::string_view resource, std::string_view insert) 
 }
 
 std::string PromptProgram(std::string_view moduleDirectory) {
-  return text::SiblingFolder(moduleDirectory, "KESAgent") + "KePIRes.exe";
+  return text::SiblingFolder(moduleDirectory, siblings::kPromptProgram.folder) + siblings::kPromptProgram.file;
 }
 
 std::string PromptSwitches(std::int32_t kind, std::optional<std::int32_t> seconds) {

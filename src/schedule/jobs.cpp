@@ -4,6 +4,7 @@
 #include <string>
 
 #include "siblings/programs.h"
+#include "siblings/sibling_table.h"
 #include "store/accessors.h"
 #include "text/paths.h"
 #include "text/text.h"
@@ -30,8 +31,8 @@ std::size_t EndOfProgram(const std::string& command) {
 win::Process StartScheduler(const std::string& program, const std::string& rest) {
   const std::string directory = win::GetModuleDirectory();
   const auto commandIn = [&](const std::string& folder) { return "\"" + folder + program + "\"" + rest; };
-  return siblings::StartInBackground(
-      kFunction, {commandIn(text::SiblingFolder(directory, "Scheduler")), commandIn(text::OwnFolder(directory))});
+  return siblings::StartInBackground(kFunction, {commandIn(text::SiblingFolder(directory, siblings::kScheduler.folder)),
+                                                 commandIn(text::OwnFolder(directory))});
 }
 
 KE_RESULT Run(const std::string& command) {

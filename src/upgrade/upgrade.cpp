@@ -9,6 +9,7 @@
 #include "schedule/jobs.h"
 #include "siblings/programs.h"
 #include "siblings/settings_file.h"
+#include "siblings/sibling_table.h"
 #include "store/accessors.h"
 #include "store/integra_store.h"
 #include "text/paths.h"
@@ -90,7 +91,8 @@ bool UpdateOptionalFiles(const std::string& root) {
 
 // The command line of the plug-in manager.
 std::string PluginManagerCommand(const std::string& arguments) {
-  return siblings::QuotedCommand(text::SiblingFolder(win::GetModuleDirectory(), "KesLpmng") + "KEPLPMNG.exe",
+  const auto& manager = siblings::kPluginManager;
+  return siblings::QuotedCommand(text::SiblingFolder(win::GetModuleDirectory(), manager.folder) + manager.file,
                                  arguments);
 }
 

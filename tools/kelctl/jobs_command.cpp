@@ -8,6 +8,8 @@
 #include "commands.h"
 #include "diagnosis/log_file.h"
 #include "diagnosis/product.h"
+#include "piped_child.h"
+#include "siblings/sibling_table.h"
 #include "texts.h"
 #include "win/file.h"
 
@@ -24,32 +26,16 @@ struct ProgramOutcome {
 
 // Runs a program (command line in UTF-8) and reads its output, which it writes into a pipe.
 ProgramOutcome RunProgram(const std::string& commandLine) {
-  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-  HANDLE reading = nullptr, writing = nullptr;
-  if (!CreatePipe(&reading, &writing, &inherited, 0)) {
-    throw CommandError(kCallFailed, "cannot make a pipe (" + WindowsError(GetLastError()) + ")");
-  }
-  const win::ProcessHandle output(reading);
-  win::ProcessHandle input(writing);
-  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  startup.dwFlags = STARTF_USESTDHANDLES;
-  startup.hStdOutput = startup.hStdError = writing;
-  PROCESS_INFORMATION started{};
-  std::wstring words = WideFromUtf8(commandLine);
-  if (!CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
-                      &started)) {
-    throw LibraryError("cannot start " + commandLine + " (" + WindowsError(GetLastError()) + ")");
-  }
-  const win::ProcessHandle process(started.hProcess), thread(started.hThread);
-  input.Reset();
+  const PipedChild child = StartPiped(WideFromUtf8(commandLine), true);
+  if (!child.output) throw CommandError(kCallFailed, "cannot make a pipe (" + WindowsError(child.error) + ")");
+  if (!child.process) throw LibraryError("cannot start " + commandLine + " (" + WindowsError(child.error) + ")");
   ProgramOutcome outcome{};
   char part[4096];
   DWORD count = 0;
-  while (ReadFile(reading, part, sizeof part, &count, nullptr) && count > 0) outcome.output.append(part, count);
-  if (WaitForSingleObject(process.Get(), kLongestWait) != WAIT_OBJECT_0 ||
-      !GetExitCodeProcess(process.Get(), &outcome.exitCode)) {
+  while (ReadFile(child.output.Get(), part, sizeof part, &count, nullptr) && count > 0)
+    outcome.output.append(part, count);
+  if (WaitForSingleObject(child.process.Get(), kLongestWait) != WAIT_OBJECT_0 ||
+      !GetExitCodeProcess(child.process.Get(), &outcome.exitCode)) {
     throw CommandError(kCallFailed, "no end of " + commandLine);
   }
   std::erase(outcome.output, '\r');
@@ -59,8 +45,9 @@ ProgramOutcome RunProgram(const std::string& commandLine) {
 // The scheduler, where the library looks for it: in the folder Scheduler, else next to the library.
 ProgramOutcome AskScheduler(const Session& session, const std::string& arguments) {
   const Product product(LibraryPath(session.libraryPath));
-  std::string scheduler = product.Path({"Scheduler", "zumat.exe"});
-  if (!win::Exists(scheduler)) scheduler = product.Path({"", "zumat.exe"});
+  const auto& [file, folder, fallback] = siblings::kScheduler;
+  std::string scheduler = product.Path({folder, file});
+  if (!win::Exists(scheduler)) scheduler = product.Path({fallback, file});
   if (!win::Exists(scheduler))
     throw LibraryError("cannot start " + Utf8FromCodePage(scheduler) + ": the file is missing");
   ProgramOutcome outcome = RunProgram("\"" + Utf8FromCodePage(scheduler) + "\" " + arguments);

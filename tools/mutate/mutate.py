@@ -214,8 +214,6 @@ def main():
             shutil.copy2(ROOT / name, tree / name)
     (tree / "src/mutants.h").write_text(HEADER)
     (tree / "src/mutants.cpp").write_text(SOURCE)
-    with (tree / "src/CMakeLists.txt").open("a") as out:
-        out.write("\n")
     lists = (tree / "src/CMakeLists.txt").read_text()
     (tree / "src/CMakeLists.txt").write_text(lists.replace(
         "target_include_directories(kelutils_pure",

@@ -8,10 +8,12 @@
 #include <ostream>
 
 #include "errors.h"
+#include "piped_child.h"
 #include "registration/registration.h"
 #include "siblings/binder.h"
 #include "siblings/functions.h"
 #include "siblings/plugins.h"
+#include "siblings/sibling_table.h"
 #include "text/paths.h"
 #include "texts.h"
 #include "trace/log_system.h"
@@ -33,15 +35,17 @@ using win::kRequired;
 #define KELCTL_NAMES(list) \
   Names { list(KELCTL_NAME, KELCTL_NAME) }
 
-Sibling Module(const Product& product, const char* file, const std::vector<std::string>& folders, Names names,
+Sibling Module(const Product& product, const siblings::Sibling& row, Names names,
                Health whenUnusable = Health::kFailure) {
-  Sibling sibling{.name = file, .places = {}, .names = std::move(names), .whenUnusable = whenUnusable};
-  for (const std::string& folder : folders) sibling.places.push_back(product.Path({folder, file}));
+  Sibling sibling{.name = row.file, .places = {}, .names = std::move(names), .whenUnusable = whenUnusable};
+  for (const char* folder : {row.folder, row.fallback}) {
+    if (folder != nullptr) sibling.places.push_back(product.Path({folder, row.file}));
+  }
   return sibling;
 }
 
-Sibling Program(const Product& product, const char* file, const std::vector<std::string>& folders) {
-  Sibling sibling = Module(product, file, folders, {});
+Sibling Program(const Product& product, const siblings::Sibling& row) {
+  Sibling sibling = Module(product, row, {});
   sibling.kind = SiblingKind::kProgram;
   return sibling;
 }
@@ -93,7 +97,7 @@ void AddRegistrations(std::vector<Sibling>& siblings) {
                     .places = {},
                     .names = KELCTL_NAMES(KE_PLUGIN_RELOAD_FUNCTIONS),
                     .whenUnusable = Health::kWarning};
-    SetFullPath(sibling, registration::PluginFolder(*folder) + "KERegister.dll");
+    SetFullPath(sibling, registration::PluginFolder(*folder) + siblings::kPluginReloadFile);
     siblings.push_back(std::move(sibling));
   }
 }
@@ -163,40 +167,25 @@ std::vector<std::string> LinesOfChild(const Product& product, std::size_t first)
   std::vector<std::string> lines;
   wchar_t program[kLongestPath];
   GetModuleFileNameW(nullptr, program, kLongestPath);
-  std::wstring words = L"\"" + std::wstring(program) + L"\" --dll \"" +
-                       WideFromUtf8(Utf8FromCodePage(product.Directory() + "\\" + product.LibraryFile())) +
-                       L"\" examine-siblings " + std::to_wstring(first);
-  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-  HANDLE reading = nullptr, writing = nullptr;
-  if (!CreatePipe(&reading, &writing, &inherited, 0)) return lines;
-  const win::ProcessHandle output(reading);
-  win::ProcessHandle input(writing);
-  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  startup.dwFlags = STARTF_USESTDHANDLES;
-  startup.hStdOutput = writing;
-  PROCESS_INFORMATION started{};
-  if (!CreateProcessW(program, words.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &startup,
-                      &started)) {
-    return lines;
-  }
-  const win::ProcessHandle process(started.hProcess), thread(started.hThread);
-  input.Reset();
+  const std::wstring words = L"\"" + std::wstring(program) + L"\" --dll \"" +
+                             WideFromUtf8(Utf8FromCodePage(product.Directory() + "\\" + product.LibraryFile())) +
+                             L"\" examine-siblings " + std::to_wstring(first);
+  const PipedChild child = StartPiped(words, false);
+  if (!child.process) return lines;
   std::string text;
   for (DWORD since = GetTickCount(); GetTickCount() - since < kLongestSilence;) {
     DWORD available = 0, count = 0;
-    if (!PeekNamedPipe(reading, nullptr, 0, nullptr, &available, nullptr)) break;  // the child has ended
+    if (!PeekNamedPipe(child.output.Get(), nullptr, 0, nullptr, &available, nullptr)) break;  // the child has ended
     if (available == 0) {
       Sleep(kPause);
       continue;
     }
     char part[4096];
-    if (!ReadFile(reading, part, std::min<DWORD>(available, sizeof part), &count, nullptr)) break;
+    if (!ReadFile(child.output.Get(), part, std::min<DWORD>(available, sizeof part), &count, nullptr)) break;
     text.append(part, count);
     since = GetTickCount();
   }
-  TerminateProcess(process.Get(), 1);
+  TerminateProcess(child.process.Get(), 1);
   for (auto end = text.find('\n'); end != text.npos; end = text.find('\n')) {
     lines.push_back(text.substr(0, end));
     text.erase(0, end + 1);
@@ -208,22 +197,23 @@ std::vector<std::string> LinesOfChild(const Product& product, std::size_t first)
 
 std::vector<Sibling> SiblingsOf(const Product& product) {
   std::vector<Sibling> siblings = {
-      Module(product, product.LibraryFile().c_str(), {""}, {}),
-      Module(product, "ApiCr.dll", {""}, KELCTL_NAMES(KE_CRYPTO_FUNCTIONS)),
+      Module(product, {product.LibraryFile().c_str(), ""}, {}),
+      Module(product, siblings::kCryptoModule, KELCTL_NAMES(KE_CRYPTO_FUNCTIONS)),
       FileCodecCrypto(),
-      Module(product, "KELAGAPI.dll", {"Common", ""}, KELCTL_NAMES(KE_AGENT_API_FUNCTIONS)),
-      Module(product, "KELMNAPI.dll", {"Common"}, KELCTL_NAMES(KE_LAUNCHER_FUNCTIONS)),
-      Module(product, "TvEvAPI.dll", {"KELTVEVT"}, KELCTL_NAMES(KE_EVENT_API_FUNCTIONS)),
-      Module(product, "KELUPG.dll", {"KELUPG"}, {{"Do"}}),
-      Module(product, "TvLogSys.dll", {"Common"}, KELCTL_NAMES(KE_TRACE_FUNCTIONS), Health::kWarning),
+      Module(product, siblings::kAgentModule, KELCTL_NAMES(KE_AGENT_API_FUNCTIONS)),
+      Module(product, {siblings::kLauncherModule.file, siblings::kLauncherModule.folder},
+             KELCTL_NAMES(KE_LAUNCHER_FUNCTIONS)),
+      Module(product, siblings::kEventModule, KELCTL_NAMES(KE_EVENT_API_FUNCTIONS)),
+      Module(product, siblings::kUpgradeAction, {{"Do"}}),
+      Module(product, {"TvLogSys.dll", "Common"}, KELCTL_NAMES(KE_TRACE_FUNCTIONS), Health::kWarning),
       Plugin(product, "remote-control plug-in", siblings::kRemoteControlPlugin,
              {{"KE_Initialize"}, {"KE_Finalize"}, {"KECONF_SetInfo"}}),
       Plugin(product, "installer plug-in", siblings::kInstallerPlugin,
              {{"KE_Initialize"}, {"KE_Finalize"}, {"KEINSTALL_SetInfo"}, {"KEINSTALL_GetInetConfig"}}),
-      Program(product, "zumat.exe", {"Scheduler", ""}),
-      Program(product, "KEPLPMNG.exe", {"KesLpmng"}),
-      Program(product, "KepWInst.exe", {"KepWInst", ""}),
-      Program(product, "KePIRes.exe", {"KESAgent"}),
+      Program(product, siblings::kScheduler),
+      Program(product, siblings::kPluginManager),
+      Program(product, siblings::kInstallHelper),
+      Program(product, siblings::kPromptProgram),
   };
   AddRegistrations(siblings);
   return siblings;
