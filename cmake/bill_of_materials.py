@@ -1,5 +1,5 @@
 """Writes the bill of materials of an installation, share/doc/KELUtils/KELUtils.spdx.json (SPDX 2.3), and installs the licences of
-what is linked into the binaries. Versions and licence texts are those of the distribution's packages; a library whose licence is
+the libraries that are linked into the binaries. Versions and licence texts are those of the distribution's packages; a library whose licence is
 not known here is an error. The only date is SOURCE_DATE_EPOCH.
 
     bill_of_materials.py PREFIX VERSION MAPS HEADERS FILE...
@@ -42,7 +42,7 @@ def keep(file, name):
     paths.append(target)
 
 def parts_of(binary):
-    """What the linker took something from: members of archives and start files, by its map; and the headers of kelctl."""
+    """The linked files, by the linker's map: members of archives and start files; and the headers of kelctl."""
     linked = re.findall(r"^(/[^ (]+\.a)\(|^LOAD (/[^ ]+/(?:crt[a-z0-9]*|dllcrt[0-9])\.o)$", (maps / (binary + ".map")).read_text(), re.M)
     files = {os.path.normpath(archive or start) for archive, start in linked} | set(headers if binary == "kelctl" else ())
     return sorted({component_of(file) for file in sorted(files)})

@@ -1,5 +1,5 @@
-// Any bytes as a resource text and its insert, parted by the first zero byte: the description is the one that is read
-// off the text character by character, and its copy ends inside its buffer.
+// Any bytes as a resource text and its insert, separated by the first zero byte: the description equals that of a
+// simple formatter, and its copy ends inside its buffer.
 #include <algorithm>
 #include <vector>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// The same by another way: one character at a time, with what the one before it leaves open.
+// The simple formatter: one character at a time, with a state.
 std::string Expected(const std::string& resource, const std::string& insert) {
   if (resource.find("%s") == std::string::npos) return resource;
   std::string text;
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(text == Expected(resource, insert).substr(0, agent::kDescriptionSize - 1));
   for (const std::size_t room : {std::size_t{1}, text.size(), text.size() + 1, agent::kDescriptionSize}) {
     if (room == 0) continue;
-    std::vector<char> buffer(room, '~');  // exact, so that AddressSanitizer sees every step past it
+    std::vector<char> buffer(room, '~');  // exact size: AddressSanitizer detects every overrun
     text::CopyCut(text, buffer.data(), room);
     Require(std::string_view(buffer.data(), std::min(text.size(), room - 1)) == text.substr(0, room - 1));
     Require(buffer[std::min(text.size(), room - 1)] == '\0');

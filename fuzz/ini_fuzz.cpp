@@ -1,5 +1,5 @@
-// Parses any bytes as a store, also line by line in the plainest way. What is written of it must read as the same store
-// again; and a value that is changed must be the one that is found.
+// Parses any bytes as a store, and compares the result with that of a simple parser. The written store must read as the
+// same store, and a changed value must be found.
 #include <algorithm>
 #include <span>
 #include <vector>
@@ -12,7 +12,7 @@ using namespace store;
 
 namespace {
 
-// The text form of what is understood of a text, which has no line breaks within its lines.
+// The text form of the parsed text, by a simple parser, line by line.
 std::string Expected(const std::string& text) {
   std::string written;
   for (std::size_t at = 0; (at = text.find_first_not_of("\r\n", at)) != text.npos;) {
@@ -28,7 +28,7 @@ std::string Expected(const std::string& text) {
   return written;
 }
 
-// As many of each are looked at as leave the fuzzer quick.
+// Limits that keep the fuzzer quick.
 constexpr std::size_t kLookedAt = 16;
 
 template <typename Row>
@@ -36,7 +36,7 @@ auto Some(const std::vector<Row>& rows) {
   return std::span(rows).first(std::min(rows.size(), kLookedAt));
 }
 
-// An entry is found by its names, unless a zero byte is in them: such a name is looked up by its beginning.
+// An entry is found by its names; a name with a zero byte is looked up by the part before it.
 void CheckLookups(const IniStore& store) {
   const auto hasZero = [](std::string_view name) { return name.find('\0') != name.npos; };
   for (const auto& section : Some(store.sections)) {
@@ -50,7 +50,7 @@ void CheckLookups(const IniStore& store) {
   }
 }
 
-// Changes the first entry of each section twice, and one that is new.
+// Changes the first entry of each section twice, and a new one.
 void Change(IniStore& store) {
   const std::size_t count = store.sections.size();
   std::size_t entries = 0;
@@ -66,7 +66,7 @@ void Change(IniStore& store) {
     Require(LookupEntry(store, name.c_str(), key.c_str(), false)->value == "second, which is longer");
     ++entries;
   }
-  // Each change frees the one before it: what stays is the file's text, a value, and names of what had a zero byte.
+  // Each change frees the one before it: only the file's text, a value, and names with a zero byte remain.
   Require(store.texts.size() <= 1 + 3 * entries);
 }
 

@@ -21,8 +21,8 @@ lay_out() {
     KESAgent/KePIRes.exe KesLpmng/KEPLPMNG.exe KepWInst/KepWInst.exe KelConf/KELRCM.dll KelUpg/{KEC,KELUPG}.dll; do
     cp "$built/devkit/${file#*/}" "$file"
   done
-  cp "$built/devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe         # stands in for the update
-  cp "$built/devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe   # and for the report
+  cp "$built/devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe         # replaces the update
+  cp "$built/devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe   # and the report
   printf '[PLUGINS]\r\nRCM=%s\\KelConf\\KELRCM.dll\r\n' "$here" >KelConf/Kelconf.ini
   printf '[PLUGINS]\r\nKEC=%s\\KelUpg\\KEC.dll\r\n' "$here" >KelUpg/KelUpg.ini
   printf '[LOG]\r\nLEVELLOG=20\r\n' >KELUtils/KELUTILS.INI

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Shows the library at work in a product tree of the development siblings, build/demo. Prints a line for each step; with -v also all
-# commands with their output, and every check. Ends with an error when the library does not do what a step says. --no-build uses the
+# commands with their output, and every check. Ends with an error when a step fails. --no-build uses the
 # existing build.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -89,11 +89,11 @@ kelctl set rcm-password ZGVtbyBvbmx5
 step "the identity is read back"
 kelctl show
 for ((index = 0; index < ${#identity[@]}; index += 2)); do
-  check "${identity[index]} is what was stored" grep -qE "^${identity[index]} +${identity[index + 1]}\$" <<<"$output"
+  check "${identity[index]} is the stored one" grep -qE "^${identity[index]} +${identity[index + 1]}\$" <<<"$output"
 done
 check "secrets are masked" test "$(grep -cF '********' <<<"$output")" = 2
 kelctl get certificate --reveal
-check "certificate is what was stored" test "$output" = "$certificate"
+check "certificate is the stored one" test "$output" = "$certificate"
 
 step "the file is encrypted, and has a backup"
 check "INTEGRA.DAT begins with the mark of an encrypted file" test "$(head -c 4 $store.DAT)" = TVKE
@@ -133,7 +133,7 @@ export VOSK_TESTING_INSTALLPATH="Z:${product//\//\\}\\"
 kelctl file set values.dat PROXY USER operator
 check "values.dat is encrypted" test "$(head -c 4 values.dat)" = TVKE
 kelctl file get values.dat PROXY USER
-check "its value is what was stored" test "$output" = operator
+check "its value is the stored one" test "$output" = operator
 
 step "the computer is integrated, and its agent protected by a password"
 kelctl integrate
