@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the packages for building and testing on Debian 12 (amd64), and lists them; does nothing when all are installed. With --fuzz
-# also those for fuzzing, with --bench those that the library is compared with.
+# also those for fuzzing, with --bench those that the library is compared with, with --clang a second compiler.
 set -euo pipefail
 
 packages=(
@@ -19,6 +19,8 @@ packages=(
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
+# Only for the second compiler of scripts/torture.sh.
+[ "${1:-}" != --clang ] || packages+=(clang-16)
 # Only for measuring: INI libraries to compare with.
 [ "${1:-}" != --bench ] || packages+=(libinih-dev libsimpleini-dev)
 wine_modules=/usr/lib/x86_64-linux-gnu/wine/i386-windows
