@@ -152,3 +152,10 @@ TEST_CASE("kelctl: says what is wrong with the library or the store") {
   CHECK(tool.Run("get container").output.find("1783 KE_CRYPTO_NOT_LOADED") != std::string::npos);
   CHECK(tool.Run("get container", "absent.dll").exitCode == 2);
 }
+
+TEST_CASE("kelctl: sees the true release of Windows, which Windows hides from programs without a manifest") {
+  constexpr char kKey[] = "Software\\Wine\\AppDefaults\\kelctl.exe";
+  CHECK(RegSetKeyValueA(HKEY_CURRENT_USER, kKey, "Version", REG_SZ, "win10", 6) == ERROR_SUCCESS);
+  CHECK(Tool().Run("os").output.starts_with("Microsoft Windows 10 "));
+  CHECK(RegDeleteTreeA(HKEY_CURRENT_USER, kKey) == ERROR_SUCCESS);
+}
