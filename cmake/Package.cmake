@@ -30,9 +30,11 @@ if(CMAKE_CROSSCOMPILING)
   file(GLOB _sources CONFIGURE_DEPENDS docs/*.md)
   add_custom_command(OUTPUT ${_documents}/README.md
     COMMAND ${KELUTILS_PYTHON} ${CMAKE_SOURCE_DIR}/cmake/package_documents.py ${_documents} ${PROJECT_VERSION}
-    DEPENDS cmake/package_documents.py README.md ${_sources} VERBATIM)
+    DEPENDS cmake/package_documents.py README.md devkit/README.md ${_sources} VERBATIM)
   add_custom_target(documents ALL DEPENDS ${_documents}/README.md)
-  install(DIRECTORY ${_documents}/ DESTINATION .)
+  install(FILES ${_documents}/README.md DESTINATION .)
+  install(DIRECTORY ${_documents}/share DESTINATION .)
+  install(FILES ${_documents}/devkit/README.md DESTINATION devkit COMPONENT devkit)
 endif()
 install(FILES CHANGELOG.md DESTINATION share/doc/KELUtils)
 install(DIRECTORY build/reference/html/ DESTINATION share/doc/KELUtils/reference OPTIONAL)  # of scripts/reference.sh
@@ -49,7 +51,6 @@ if(KELUTILS_BUILD_DEVKIT)
     install(FILES $<TARGET_FILE:${_target}> DESTINATION devkit/${_folder} COMPONENT devkit)
     list(APPEND _siblings ${_target})
   endforeach()
-  install(FILES devkit/README.md DESTINATION devkit COMPONENT devkit)
   install(FILES LICENSE DESTINATION devkit/licences COMPONENT devkit)
 endif()
 
