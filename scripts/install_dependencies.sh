@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ git                        # the build itself, the native tests, and the lists of files that are checked
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
+  g++-mingw-w64-x86-64-win32                       # for the pictures of the dialogs, which Wine paints for 64-bit programs only
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
   zip unzip                                        # the package; an independent reader of ZIP archives for the tests
   lld pkgconf                                      # linking against the package as others do
