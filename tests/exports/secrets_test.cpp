@@ -32,7 +32,7 @@ bool IsInMemory(const std::string& masked) {
 
 }  // namespace
 
-TEST_CASE("settings: lengths of block and text, the way back, texts with foreign characters and cut ones") {
+TEST_CASE("settings: a block or text of another length, a text that reads otherwise, or a cut one that reads") {
   const support::ProductTree tree;
   const LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
   // Length of a setting, how many characters to take, length of the text, of the block and of the plain setting.
@@ -54,7 +54,7 @@ TEST_CASE("settings: lengths of block and text, the way back, texts with foreign
   for (size_t cut = 0; cut < text.size() - 2; ++cut) CHECK(Decrypted(dll, text.substr(0, cut), 99) != "secret");
 }
 
-TEST_CASE("stored passwords: missing, in plain, as stored, compared; none stays in memory or reaches the log") {
+TEST_CASE("stored passwords: one stays in memory, reaches the log, or passes for another one") {
   const StoreTree tree;
   tree.tree.TurnLogOn();
   const LoadedDll dll = tree.Load();
@@ -88,7 +88,7 @@ TEST_CASE("stored passwords: missing, in plain, as stored, compared; none stays 
   CHECK((CALL(dll, KE_SetUninstallPass)("", 0) == KE_SUCCESS && CALL(dll, KE_IsNeededInstallationPassw)() == 0));
 }
 
-TEST_CASE("integration: date and identifier, stored and emptied; a single failed write does not count") {
+TEST_CASE("integration: a date or identifier that stays, or a single failed write that counts") {
   const StoreTree tree;
   const KE_TIME time{9, 8, 7, 5, 2, 124};
   for (const char* device : {"d", ""}) {
@@ -103,7 +103,7 @@ TEST_CASE("integration: date and identifier, stored and emptied; a single failed
   }
 }
 
-TEST_CASE("value files: states of the file, a failing cipher, names that are cut") {
+TEST_CASE("value files: one that cannot be read is overwritten, a missing value changes the buffer") {
   const StoreTree tree;
   const std::string path = tree.tree.Path("values.dat").string();
   {
