@@ -110,13 +110,6 @@ TEST_CASE("events: another record or result, a module that stays, a script of th
     check("", KE_EVENTS_UNAVAILABLE, "", "Could not load TvEvAPI\"");
     CHECK(ReadFile(tree.Path("KELUPG/KELUPG.log")).ends_with(";2;0\r\n") == (row.call == "Install"));
   }
-  constexpr char kKey[] = "System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName";
-  const EventTree tree;
-  RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKey, "ComputerName");
-  CHECK(KE_RebootForcedEvent("KEC") == KE_SUCCESS);
-  RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "ComputerName", REG_SZ, computer.c_str(), computer.size() + 1);
-  CHECK(tree.Calls().find("\"computer\":\"UnKnownMachine\"") != std::string::npos);
-  CHECK(tree.Traced("KE_RebootForcedEvent;\"Could not get computer name\""));
 }
 
 TEST_CASE("event descriptions: a conversion other than the first %s; a cut, missing or overlong text") {

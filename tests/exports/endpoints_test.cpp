@@ -90,8 +90,9 @@ TEST_CASE("upgrade start: a message type that exists is changed, or a policy act
        " [CheckPolicyRealTime] ENCRYPTED_UP=TRUE SERVER=own COMPRESSED_UP=FALSE ENCRYPTED_DOWN=FALSE ",
        " [StateInfoInstall] SERVER=state [SendMessage] SERVER=send [IntegrationMessage] SERVER_AP=a ",
        " SERVER_NS=n SERVER=" + address + " [MESSAGE] KE_AGM_ERRORINFO=SendMessage KE_AGM_GETUPDATEDPOLICIESCRITICAL=",
-       " [SendMinorMessage] ENCRYPTED_UP=TRUE COMPRESSED_UP=TRUE SERVER=send [CheckPolicy] ENCRYPTED_UP=",
-       " [CheckPolicyInstall] " + policy + "COMPRESSED_DOWN=TRUE SERVER=send [IntegrationMessageInstall] " + policy +
+       " [SendMinorMessage] ENCRYPTED_UP=TRUE COMPRESSED_UP=TRUE SERVER=send [CheckPolicy] " + policy +
+           "COMPRESSED_DOWN=TRUE SERVER=send [CheckPolicyInstall] " + policy +
+           "COMPRESSED_DOWN=TRUE SERVER=send [IntegrationMessageInstall] " + policy +
            "COMPRESSED_DOWN=FALSE SERVER=" + address.substr(0, 511) + " SERVER_NS=n SERVER_AP=a [SendStateInfoEx] "});
 }
 

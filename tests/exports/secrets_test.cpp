@@ -102,39 +102,3 @@ TEST_CASE("integration: a date or identifier that stays, or a single failed writ
     CHECK(tree.Text("INTEGRA.DAT") == "[INTEGRATION]\r\nDEVICEID=\r\nDate=\r\n");
   }
 }
-
-TEST_CASE("value files: one that cannot be read is overwritten, a missing value changes the buffer") {
-  const StoreTree tree;
-  const std::string path = tree.tree.Path("values.dat").string();
-  {
-    const LoadedDll plain = tree.Load();  // without an install path it finds no crypto module
-    char buffer[8];
-    CHECK(CALL(plain, KE_SetEncryptedFileValue)("A", "k", "v", path.c_str()) == KE_SUCCESS);
-    CHECK(support::ReadFile(path) == "[A]\r\nk=v\r\n");
-    CHECK(
-        (CALL(plain, KE_GetEncryptedFileValue)("A", "k", buffer, 8, path.c_str()) == 0 && std::string(buffer) == "v"));
-    support::WriteFile(path, "TVKE0123456789abcdef");
-    CHECK(CALL(plain, KE_SetEncryptedFileValue)("A", "k", "v", path.c_str()) == KE_CRYPTO_FAILED);
-    CHECK(support::ReadFile(path) == "TVKE0123456789abcdef");
-  }
-  const LoadedDll crypto(tree.tree.Path("KELUtils/ApiCr.dll")), dll = tree.Load();
-  CALL(crypto, FakeCipher)()->error = 9;
-  CHECK(Decrypted(dll, "QUJD", 99) == "(9)");  // binds the fake for all exports
-  CALL(crypto, FakeCipher)()->error = 0;
-  const auto get = CALL(dll, KE_GetEncryptedFileValue);
-  const auto set = CALL(dll, KE_SetEncryptedFileValue);
-  const std::pair<std::string, KE_RESULT> files[] = {
-      {"TVKE\xA7=", 1782}, {"", 1782}, {"[S]\nK=", 1782}, {"[S]\nK=1234", 1778}, {FakeEnciphered("[s]\nk=v=w"), 0}};
-  for (const auto& [content, result] : files) {
-    char buffer[8] = "kept";
-    support::WriteFile(path, content);
-    CHECK(get("S", "K", buffer, 4, path.c_str()) == result);
-    CHECK(std::string(buffer) == (result == 0 ? "v=w" : "kept"));
-    const LockedFile locked(path);
-    CHECK(set("S", "K", "new", path.c_str()) == KE_CRYPTO_FAILED);
-  }
-  CHECK(set("S", "K", "new", tree.tree.Path("Common").string().c_str()) == KE_CRYPTO_FAILED);
-  std::filesystem::remove(path);
-  CHECK(set("S", std::string(300, 'k').c_str(), "v", path.c_str()) == KE_SUCCESS);
-  CHECK(support::ReadFile(path) == FakeEnciphered("[S]\r\n" + std::string(255, 'k') + "=v\r\n"));
-}
