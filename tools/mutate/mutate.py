@@ -144,7 +144,7 @@ def instrument(data, numbered):
         else:
             new = f"(MutantIs({number}) ? ({mutant.mutated}) : ({mutant.text}))"
         data = data[:mutant.start] + new.encode() + data[mutant.end:]
-    return data
+    return b'#include "mutants.h"\n#line 1\n' + data if numbered else data
 
 
 def overlaps(mutant, chosen):
@@ -170,7 +170,7 @@ def draw(candidates, wanted, arguments, tree):
                 target = tree / path.relative_to(ROOT)
                 target.write_bytes(instrument(path.read_bytes(), mine))
                 command = commands[str(path)].replace(str(ROOT / "src"), str(tree / "src"))
-                command = re.sub(r" -o \S+ -c", " -fsyntax-only -Wno-error -include mutants.h -c", command)
+                command = re.sub(r" -o \S+ -c", " -fsyntax-only -Wno-error -c", command)
                 errors = subprocess.run(command, shell=True, capture_output=True, text=True).stderr
                 lines = {int(line) for line in re.findall(re.escape(path.name) + r":(\d+):\d+: (?:fatal )?error", errors)}
                 if " error" not in errors or not mine:
@@ -184,31 +184,33 @@ def draw(candidates, wanted, arguments, tree):
 
 
 def copy_tree(tree):
-    """Copies the working tree, with the function that switches mutants on in every library of src."""
-    files = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True, check=True).stdout.split("\n")
+    """Copies the working tree, and adds the function that switches mutants on."""
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True, check=True)
     shutil.rmtree(tree / "src", ignore_errors=True)
-    for name in filter(None, files):
+    for name in listed.stdout.splitlines():
         if (ROOT / name).is_file():
             (tree / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy2(ROOT / name, tree / name)
     (tree / "src/mutants.h").write_text(HEADER)
     (tree / "src/mutants.cpp").write_text(SOURCE)
+
+
+def add_to_build(tree, files):
+    """Adds the function that switches mutants on to both libraries of src; the changed files may have warnings."""
     lists = (tree / "src/CMakeLists.txt").read_text()
     for library in ("kelutils_pure", "kelutils_files"):
         lists = lists.replace(f"target_link_libraries({library} PUBLIC ", f"target_link_libraries({library} PUBLIC kelutils_mutants ")
-    # Options of the files, so that the compiler's cache knows everything else; twice, for both builds.
-    options = """file(GLOB_RECURSE mutated ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-set_property(SOURCE ${mutated} APPEND PROPERTY COMPILE_OPTIONS -Wno-error "SHELL:-include ${CMAKE_CURRENT_SOURCE_DIR}/mutants.h")
-"""
+    names = " ".join(sorted(str(path.relative_to(ROOT / "src")) for path in files))
+    options = f"set_property(SOURCE {names} APPEND PROPERTY COMPILE_OPTIONS -Wno-error)\n"  # at both ends: the native build returns early
     (tree / "src/CMakeLists.txt").write_text(f"add_library(kelutils_mutants STATIC mutants.cpp)\n{options}{lists}\n{options}")
 
 
-def cases_of(tree, skipped):
+def cases_of(tree, skipped, wine):
     """The test cases of both builds, checks left out: (name, program, pattern of doctest or none)."""
     found = []
     for build in ("native", "release"):
-        listed = subprocess.run(["ctest", "--test-dir", f"{tree}/build/{build}", "--show-only=json-v1", *(["-E", skipped] if skipped else [])],
-                                capture_output=True, text=True, check=True)
+        command = ["ctest", "--test-dir", f"{tree}/build/{build}", "--show-only=json-v1"] + (["-E", skipped] if skipped else [])
+        listed = subprocess.run(command, capture_output=True, text=True, check=True, env=wine.variables | {"KELUTILS_WINE_STARTED": "1"})
         for test in json.loads(listed.stdout)["tests"]:
             words = [word for word in test["command"] if not word.endswith("run_wine.sh")]
             if words[-1].startswith("--test-case="):
@@ -251,7 +253,8 @@ class Wine:
         command = ["/usr/lib/wine/wine64"] * program.endswith(".exe") + [program]
         command += pattern if isinstance(pattern, tuple) else ["--abort-after=1", "--test-case=" + ",".join(case.pattern for case in cases)]
         with tempfile.TemporaryFile() as output, subprocess.Popen(
-                command, cwd=self.prefix, env=self.variables | environment, stdout=output, stderr=output, start_new_session=True) as process:
+                command, cwd=self.prefix, env=self.variables | environment, stdout=output, stderr=output,
+                start_new_session=True) as process:
             try:
                 if process.wait(limit) == 0:
                     return ""
@@ -301,6 +304,7 @@ def main():
     parser.add_argument("seed", type=int)
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--budget", type=int, default=600, help="seconds of test cases for a mutant, at most")
+    parser.add_argument("--minutes", type=float, default=1e9, help="start no mutant later; only those that were run count")
     parser.add_argument("--skip", help="regular expression for the names of test cases to leave out")
     parser.add_argument("--list", action="store_true", help="print the mutants and build nothing")
     options = parser.parse_args()
@@ -316,6 +320,7 @@ def main():
     tree = work / "tree"
     copy_tree(tree)
     mutants = draw(candidates, options.count, arguments, tree)
+    add_to_build(tree, {mutant.file for mutant in mutants.values()})
 
     def describe(number):
         mutant = mutants[number]
@@ -343,12 +348,15 @@ def main():
             free.append(wine)
 
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        cases = cases_of(tree, options.skip)
+        cases = cases_of(tree, options.skip, free[0])
         recorded = pool.map(lambda pair: with_wine(record, pair[1], work / f"reached{pair[0]}"), enumerate(cases))
         passes = {case: found for case, found in zip(cases, recorded) if found}
         print(f"{len(passes)} of {len(cases)} cases recorded after {(time.time() - begin) / 60:.0f} minutes", flush=True)
 
         def work_on(number):
+            if time.time() - begin > 60 * options.minutes:
+                del mutants[number]
+                return number, None
             killer = with_wine(judge, number, passes, options.budget)
             print(f"{number} {killer or 'SURVIVED'} | {describe(number)}", flush=True)
             return number, killer
