@@ -14,13 +14,12 @@ std::int32_t Size(const std::string& text) { return static_cast<std::int32_t>(te
 std::string Expected(const std::string& text) {
   constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string bytes;
-  unsigned bits = 0;
+  std::size_t bits = 0;
   int count = 0;
-  for (const char character : text) {
-    if (character == '\0') break;
-    const auto value = kAlphabet.find(character);
+  for (const char* at = text.c_str(); *at != '\0'; ++at) {
+    const auto value = kAlphabet.find(*at);
     if (value == kAlphabet.npos) continue;
-    bits = bits << 6 | static_cast<unsigned>(value);
+    bits = bits << 6 | value;
     count += 6;
     if (count >= 8) bytes += static_cast<char>(bits >> (count -= 8));
   }

@@ -2,17 +2,11 @@
 // text without a secret keeps its number of lines.
 #include "diagnosis/redaction.h"
 
-#include <cstdint>
-#include <cstdlib>
-#include <string>
+#include "fuzzer.h"
 
 namespace {
 
 constexpr char kSecret[] = "Xq7zLw0v";
-
-void Require(bool held) {
-  if (!held) std::abort();
-}
 
 bool Holds(const std::string& text) { return text.find(kSecret) != text.npos; }
 

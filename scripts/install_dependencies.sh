@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs the packages for building and testing on Debian 12 (amd64), as root or with sudo, and lists them. With --fuzz also those for
-# fuzzing, with --bench the libraries for comparisons.
+# fuzzing, with --bench the libraries for comparisons, with --clang a second compiler.
 set -euo pipefail
 
 packages=(
   cmake ninja-build g++ git                        # the build itself, the native tests, and the lists of files that are checked
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
+  g++-mingw-w64-x86-64-win32                       # for the pictures of the dialogs, which Wine paints for 64-bit programs only
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
   zip unzip                                        # the package; an independent reader of ZIP archives for the tests
   lld pkgconf                                      # linking against the package as others do
@@ -18,6 +19,7 @@ packages=(
   python3-clang-14 mono-mcs mono-runtime           # the interface for other languages, and the C# sample
 )
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)   # libFuzzer and the sanitizers
+[ "${1:-}" != --clang ] || packages+=(clang-16)                  # the second compiler of scripts/torture.sh
 [ "${1:-}" != --bench ] || packages+=(libinih-dev libsimpleini-dev)
 wine_modules=/usr/lib/x86_64-linux-gnu/wine/i386-windows
 

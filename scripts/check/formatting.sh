@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The form of the C++ files, by .clang-format; lines over 120 columns, which clang-format leaves alone in comments; files over 400 lines
-# and functions over 60; tests over 40 % of the other code; tabs and trailing blanks in every file; and shellcheck for the scripts.
+# The form of the C++ files, by .clang-format; lines over 120 columns, which clang-format leaves alone in comments; files over 400 lines and
+# functions over 60 (in src over 30); tests over 40 % of the other code; tabs and trailing blanks in every file; shellcheck for the scripts.
 set -uo pipefail
 cd "$(dirname "$0")/../.." || exit 1
 bad=0
@@ -18,10 +18,11 @@ complain "a tab, or trailing blanks:" "$(git grep --untracked -nIP '\t|[ \r]+$' 
 
 mapfile -t code < <(files 'src/*' 'devkit/*' 'tools/*' 'include/*' | grep -E '\.(h|cpp)$' | grep -v '^include/KELUtils.h$')
 complain "over 400 lines:" "$(wc -l "${code[@]}" | awk '$1 > 400 && $2 != "total"')"
-complain "functions over 60 lines:" "$(awk '
+complain "long functions:" "$(printf '%s\n' "${code[@]}" | grep 'cpp$' | xargs awk '
   FNR == 1 { start = 0 }
   /^[A-Za-z].*[({]$/ || /^[A-Za-z].*\) (const |noexcept )*\{$/ { start = FNR; name = $0 }
-  /^}/ { if (start && FNR - start > 60 && name !~ /^(namespace|constexpr|inline|const)/) print FILENAME ":" start; start = 0 }' "${code[@]}")"
+  /^}/ { if (start && FNR - start > (FILENAME ~ /^src/ ? 30 : 60) && name !~ /^(namespace|constexpr|inline|const)/) print FILENAME ":" start
+         start = 0 }')"
 lines() { files '*.c' '*.cpp' '*.h' '*.rc' | grep -E "$@" '^(tests|fuzz)/' | xargs cat | grep -cv '^[[:space:]]*$'; }
 share=$((100 * $(lines --) / $(lines -v --)))
 [ $share -le 40 ] || complain "too many tests:" "$share % of the other code"

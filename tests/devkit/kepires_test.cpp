@@ -73,7 +73,7 @@ TEST_CASE("prompts: dialogs, their buttons and the end of their time") {
       {" -MsgType:1 -CheckOS", WM_COMMAND, IDYES, kYes, "restarted now?|"},
       {" -MsgType:1 -CheckOS -sec:0", WM_COMMAND, IDNO, kNo, "restarted now?|"},
       {" -MsgType:7 -sec:100", WM_CLOSE, 0, kLater, "question 7. Do you agree?|Seconds left: "},
-      {" -MsgType:2 -CheckOS -sec:100", WM_COMMAND, IDOK, kYes, "|Seconds left: "}};
+      {" -MsgType:2 -CheckOS -sec:100", WM_COMMAND, BUTTON_RESTART, kYes, "|Seconds left: "}};
   const Prompter prompter;
   const win::Process over = prompter.Start(" -MsgType:2 -CheckOS -sec:1"), late = prompter.Start(" -MsgType:1 -sec:1");
   for (const auto& [switches, message, button, code, text] : rows) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include "exports/store_tree.h"
 #include "registration/texts.h"
@@ -27,7 +28,8 @@ std::string Installed(const support::Folder& root) {
 // A tree with the folders of the modules that host plug-ins, and the DLL in it.
 struct RegistrationTree : StoreTree {
   RegistrationTree() {
-    for (const char* host : {"KELUpg", "KELUpd", "KELConf"}) std::filesystem::create_directory(tree.Path(host));
+    for (const char* host : {"KELUpg", "KELUpd", "KELConf", "KesLpmng"})
+      std::filesystem::create_directory(tree.Path(host));
   }
   std::string Ini(std::string module) const { return support::ReadFile(tree.Path(module + "/" + module + ".ini")); }
   const LoadedDll dll = Load();
@@ -35,7 +37,7 @@ struct RegistrationTree : StoreTree {
 
 }  // namespace
 
-TEST_CASE("initialisation: writes every file; again, with or without a backslash behind the root, the same ones") {
+TEST_CASE("initialisation: a file with another text, or another one in the second run or with a backslash") {
   const RegistrationTree with;
   const support::Folder root;
   const std::string path = root / "";
@@ -56,7 +58,7 @@ TEST_CASE("initialisation: writes every file; again, with or without a backslash
   CHECK((initialise(bare.c_str()) == KE_SUCCESS && Installed(root) == first));
 }
 
-TEST_CASE("initialisation: stops at the first file that cannot be written; the ones before it stay") {
+TEST_CASE("initialisation: it goes on behind a file that cannot be written, or takes back the ones before") {
   const RegistrationTree with;
   for (const char* blocked : kFiles) {
     CAPTURE(blocked);
@@ -71,7 +73,7 @@ TEST_CASE("initialisation: stops at the first file that cannot be written; the o
   }
 }
 
-TEST_CASE("initialisation: other keys stay; plug-ins register anew whatever the root; a pending reboot is noted") {
+TEST_CASE("initialisation: another key is lost, a plug-in not registered again, or a pending reboot not noted") {
   const RegistrationTree with;
   const support::Folder root;
   const std::string path = root / "", protection = with.tree / "Protection";
@@ -100,7 +102,7 @@ TEST_CASE("initialisation: other keys stay; plug-ins register anew whatever the 
   CHECK(initialise(path.c_str(), "TRUE") == KE_SUCCESS);
 }
 
-TEST_CASE("plug-ins, versions and subscriptions: what each call leaves in its file") {
+TEST_CASE("plug-ins, versions and subscriptions: a call leaves another text in its file") {
   const RegistrationTree with;
   const auto addPlugin = CALL(with.dll, KE_AddPlugin);
   const auto removePlugin = CALL(with.dll, KE_RemovePlugin);
@@ -143,7 +145,7 @@ TEST_CASE("plug-ins, versions and subscriptions: what each call leaves in its fi
   CHECK(addPlugin("K", "KELConf", "v") == KE_STORE_UNUSABLE);
 }
 
-TEST_CASE("removing a plug-in of the update module: what the launcher makes of it; the plug-in is out in any case") {
+TEST_CASE("plug-ins of the update module: one stays, or the launcher's failure is another result") {
   const RegistrationTree with;
   const auto remove = [&] {
     support::WriteFile(with.tree.Path("KELUpd/KELUpd.ini"), "[PLUGINS]\r\nX=x\r\n");
@@ -162,62 +164,47 @@ TEST_CASE("removing a plug-in of the update module: what the launcher makes of i
   CHECK((remove() == KE_PROGRAM_NOT_STARTED && std::string(launcher.command) == "KELUPD -REMOVEINFO:X"));
 }
 
-TEST_CASE(
-    "texts that Windows may crash on: of each export that hands one to a settings file, as a failed write or read") {
+TEST_CASE("long texts: one that Windows may crash on is written, in part, or elsewhere") {
   RegistrationTree with;
-  for (const char* folder : {"KesLpmng", "5"}) std::filesystem::create_directory(with.tree.Path(folder));
   const LoadedDll& dll = with.dll;
-  const char *const s = "S", *const k = "K", *const v = "v";
   char buffer[8];
-  struct Row {
-    const char* call;
-    KE_RESULT fits, refused;  // for 32,766 characters, and for more
-    std::function<KE_RESULT(const char* text)> make;
-  };
   using Text = const char*;
-  const Row rows[] = {
-      {"KE_SetURLSecureServer", 0, 1782, CALL(dll, KE_SetURLSecureServer)},
-      {"KE_AddPlugin, key", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(text, "KELConf", v); }},
-      {"KE_AddPlugin, host", 1782, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(k, text, v); }},
-      {"KE_AddPlugin, value", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(k, "KELConf", text); }},
-      {"KE_SetVersion", 0, 1782, [&](Text text) { return CALL(dll, KE_SetVersion)(k, text); }},
-      {"KE_InitializeSystem", 1782, 1782, CALL(dll, KE_InitializeSystem)},
-      {"KE_UpgradeStart", 1782, 1782, CALL(dll, KE_UpgradeStart)},
-      {"reading, key", 0, 0,
-       [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)(s, text, "none", buffer, sizeof buffer); }},
+  const std::tuple<KE_RESULT, KE_RESULT, std::function<KE_RESULT(Text)>> rows[] = {
+      // for 32,766 characters, for more
+      {0, 1782, CALL(dll, KE_SetURLSecureServer)},
+      {0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(text, "KELConf", "v"); }},
+      {1782, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)("k", text, "v"); }},
+      {0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)("k", "KELConf", text); }},
+      {1782, 1782, CALL(dll, KE_InitializeSystem)},
+      {1782, 1782, CALL(dll, KE_UpgradeStart)},
+      {0, 0, [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)("S", text, "none", buffer, sizeof buffer); }},
   };
-  SetCurrentDirectoryA((with.tree / "").c_str());  // names that are made of stray memory lie here
+  const support::CurrentFolder current(with.tree.Path(""));  // names that are made of stray memory lie here
   const auto size = [&] {
     std::uintmax_t bytes = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(with.tree.Path(""))) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(with.tree.Path("")))
       bytes += entry.is_regular_file() ? entry.file_size() : 10000;
-    }
     return bytes;
   };
-  for (const Row& row : rows) {
-    CAPTURE(std::string(row.call));
-    CHECK(row.make(std::string(32766, 'x').c_str()) == row.fits);
+  for (const auto& [fits, refused, call] : rows) {
+    CHECK(call(std::string(32766, 'x').c_str()) == fits);
     const auto before = size();
-    for (const size_t length : {32767, 40000, 65535, 70000}) {
+    for (const size_t length : {32767, 65535, 70000}) {
       std::memset(buffer, '#', sizeof buffer);
-      CHECK(row.make(std::string(length, 'x').c_str()) == row.refused);
+      CHECK(call(std::string(length, 'x').c_str()) == refused);
       CHECK((buffer[0] == '#' || std::string_view(buffer, 3) == std::string_view("\0\0#", 3)));
     }
     CHECK(size() <= before + 400);  // the names of servers
   }
-  SetCurrentDirectoryA("C:\\");
 }
 
-TEST_CASE("command gate: asks the installation state, and allows nothing when it cannot be read") {
+TEST_CASE("command gate: a command runs although the installation state forbids it, or cannot be read") {
   const RegistrationTree with;
   uint32_t allowed = 7;
-  const auto check = [&](int32_t state, const char* command, uint32_t expected) {
+  for (const auto& [state, expected] : {std::pair{199, 0u}, {200, 1u}}) {
     REQUIRE(CALL(with.dll, KE_SetInstallState)(&state, 0) == KE_SUCCESS);
-    CHECK((CALL(with.dll, KE_CanRunCommand)(command, &allowed) == KE_SUCCESS && allowed == expected));
-  };
-  check(45, "keltest", 0);
-  check(199, nullptr, 0);
-  check(200, nullptr, 1);
+    CHECK((CALL(with.dll, KE_CanRunCommand)(nullptr, &allowed) == KE_SUCCESS && allowed == expected));
+  }
   const support::LockedFile locked(with.tree.Store("INTEGRA.DAT"));
   CHECK((CALL(with.Load(), KE_CanRunCommand)("KELTVEVT", &allowed) == KE_STORE_UNUSABLE && allowed == 0));
 }
