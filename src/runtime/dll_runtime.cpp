@@ -1,19 +1,19 @@
-// Three leaks of GCC's static runtime, closed. Linked into every DLL of the project that is loaded and unloaded over
-// and over.
+// Fixes three leaks of GCC's static runtime. Linked into every DLL of the project, because they are loaded and unloaded
+// repeatedly.
 //
-// 1. The runtime keeps two words a thread about exceptions in flight. Its own functions for that take a TLS slot with
-//    the first exception and never return it: each load of a DLL that meets an exception would cost its host one of
-//    some thousand slots. The functions below keep the words in fiber-local storage, whose slot and blocks are returned
-//    when the DLL is unloaded, and a thread's block when the thread ends. (Itanium C++ ABI, Exception Handling, 2.2.2
+// 1. The runtime keeps two words for each thread about exceptions in flight. Its own functions allocate a TLS slot at
+//    the first exception and never free it: each load of a DLL with an exception would cost its host one of some
+//    thousand slots. The functions below keep the words in fiber-local storage, whose slot and blocks are freed when
+//    the DLL is unloaded, and a thread's block when the thread ends. (Itanium C++ ABI, Exception Handling, 2.2.2
 //    "Caught Exception Stack".)
-// 2. The runtime's locks are semaphores that are made while a DLL is loaded and never closed: one handle a load. Its
-//    calls of CreateSemaphoreW go through the pointer below, which keeps the handles so that they are closed at the
+// 2. The runtime's locks are semaphores that are created while a DLL is loaded and never closed: one handle for each
+//    load. Its calls of CreateSemaphoreW go through the pointer below, which records the handles and closes them at the
 //    end.
-// 3. The runtime keeps some 19 KB in reserve for exceptions when memory has run out, taken while a DLL is loaded and
-//    never freed: a host that loads a DLL for each call would lose them each time. The runtime has a function that
-//    frees them.
+// 3. The runtime allocates some 19 KB for exceptions without memory while a DLL is loaded and never frees them. A
+//    function of the runtime frees them.
 //
-// The first two definitions go before those of the static libraries. Other compilers' runtimes have no such leaks.
+// The first two definitions take precedence over those of the static libraries. Runtimes of other compilers do not
+// have these leaks.
 
 #if defined(__MINGW32__)
 
@@ -26,12 +26,12 @@
 #include <iterator>
 
 namespace __gnu_cxx {
-void __freeres();  // of the runtime, which declares it in none of its headers
+void __freeres();  // a function of the runtime that no header declares
 }
 
 namespace {
 
-// What the ABI says a thread's state consists of.
+// A thread's state, as the ABI defines it.
 struct ExceptionState {
   void* caughtExceptions;
   unsigned int uncaughtExceptions;
@@ -76,8 +76,7 @@ HANDLE WINAPI CreateKeptSemaphore(SECURITY_ATTRIBUTES* security, LONG initial, L
   return semaphore;
 }
 
-// Lives as long as the DLL is loaded. The runtime takes its locks once more after its end, but then without waiting for
-// them.
+// Exists while the DLL is loaded. Afterwards the runtime acquires its locks again, but then without waiting for them.
 struct RuntimeState {
   RuntimeState() noexcept { g_slot = FlsAlloc(FreeState); }
   ~RuntimeState() {
@@ -105,9 +104,8 @@ decltype(&CreateKeptSemaphore) const g_createSemaphore = CreateKeptSemaphore;
 
 #endif
 
-// Small forms of what GCC's static runtime does when something cannot go on. Linked into every DLL of the project,
-// before the static libraries: the runtime's own forms make texts that nobody reads there, and bring some 130 KB of
-// code for them.
+// Small versions of the failure functions of GCC's static runtime. Linked into every DLL of the project, before the
+// static libraries: the runtime's own functions compose unused texts and add some 130 KB of code.
 
 #if defined(__MINGW32__)
 
@@ -117,14 +115,14 @@ decltype(&CreateKeptSemaphore) const g_createSemaphore = CreateKeptSemaphore;
 #include <exception>
 #include <new>
 
-// For an exception that nobody catches. The runtime's form names the type of the exception, with a demangler.
+// For an uncaught exception. The runtime's version names the type of the exception, with a demangler.
 namespace __gnu_cxx {
 void __verbose_terminate_handler() { std::abort(); }
 }  // namespace __gnu_cxx
 
-// What the standard library's classes call. The runtime's forms throw exceptions that hold strings, of both of its
-// kinds. A length that no container can have is memory that cannot be had; the others are mistakes in the program,
-// which end at the export.
+// Called by the classes of the standard library. The runtime's versions throw exceptions with strings, of both of its
+// kinds. An impossible length counts as missing memory; the others are mistakes in the program, which the export
+// catches.
 namespace std {
 void __throw_bad_alloc() { throw bad_alloc(); }
 void __throw_bad_array_new_length() { throw bad_array_new_length(); }
@@ -136,16 +134,16 @@ void __throw_out_of_range_fmt(const char*, ...) { throw exception(); }
 
 #endif
 
-// The stack protector's number and its end, in place of those of GCC's libssp: that one asks a cryptographic provider
-// for the number, and so loads two modules of Windows into the host with every load of the DLL. Linked into every DLL
-// of the project. Other compilers bring their own.
+// The stack protector's guard value and failure function, in place of those of GCC's libssp, which asks a
+// cryptographic provider for the value and so loads two modules of Windows into the host with every load of the DLL.
+// Linked into every DLL of the project. Other compilers have their own.
 
 #if defined(__MINGW32__)
 
 extern "C" {
 
-// What functions put between their arrays and their return address, and compare at their end. The value here counts
-// until the DLL is attached, before any function with an array runs.
+// The value that functions put between their arrays and their return address, and compare at their end. This one is
+// replaced when the DLL is attached, before any function with an array runs.
 std::uintptr_t __stack_chk_guard = 0xff0a0d00;
 
 // A stack that was overwritten is not unwound: the process ends at once (FAST_FAIL_STACK_COOKIE_CHECK_FAILURE).

@@ -1,5 +1,5 @@
-// The C++ allocation functions of the DLL: every block is wiped before it is freed. Deciphered texts pass through
-// strings and vectors, whose growth and moves leave copies behind that no owner could wipe.
+// The C++ allocation functions of the DLL: every block is wiped before it is freed. Decrypted texts pass through
+// strings and vectors, whose growth and moves leave copies that no owner could wipe.
 
 #include <windows.h>
 

@@ -24,7 +24,7 @@ constexpr auto For(Narrow narrow, Wide wide) noexcept {
 constexpr ACCESS_MASK kWrites =
     FILE_WRITE_DATA | GENERIC_WRITE | GENERIC_ALL;  // the first is FILE_ADD_FILE of a folder
 
-// Makes an entry that of a writer. False for an entry that lets or keeps nobody from writing the object itself.
+// Restricts an entry to accounts that may write. False for an entry that does not concern writing the object itself.
 bool MakeWriters(ACCESS_ALLOWED_ACE& entry) noexcept {
   const BYTE type = entry.Header.AceType;
   if (type != ACCESS_ALLOWED_ACE_TYPE && type != ACCESS_DENIED_ACE_TYPE) return false;

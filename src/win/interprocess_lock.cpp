@@ -7,8 +7,7 @@ namespace win {
 
 namespace {
 
-// The bytes of the file. The holder has the first one; whoever is first in the queue has the second, and so nobody
-// overtakes it.
+// The bytes of the file. The holder locks the first, the first waiting process the second, so it cannot be overtaken.
 constexpr DWORD kLockByte = 0, kQueueByte = 1;
 
 bool LockByte(const FileHandle& file, DWORD byte) noexcept { return LockFile(file.Get(), byte, 0, 1, 0) != FALSE; }

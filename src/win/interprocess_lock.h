@@ -7,9 +7,9 @@
 
 namespace win {
 
-/// A lock that only those can hold who may write a given file: bytes of a lock file, which has that file's rights
-/// without those who may only read. A holder that ends releases it. It serves waiting processes before one that has
-/// just released it. Not thread-safe: one object, one thread.
+/// A lock that only accounts that may write a given file can hold: bytes of a lock file, which has the access rights
+/// of that file without the entries that only allow reading. Windows releases it when its holder ends. It serves
+/// waiting processes before one that has just released it. Not thread-safe: one object, one thread.
 class InterprocessLock {
  public:
   enum class Attempt { kHeld, kBusy, kUnavailable };

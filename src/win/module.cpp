@@ -21,7 +21,7 @@ HMODULE g_module = nullptr;
 // destructor that would also run while a process is being torn down.
 std::string* g_directory = nullptr;
 
-// The 8-bit form of a path. None when it would stand for another path: when the code page lacks a character, and for
+// The 8-bit form of a path. None when it would name another path: when the code page lacks a character, and for
 // characters other than ASCII in a process whose file functions are set to the OEM code page.
 std::optional<std::string> ToCodePage(std::wstring_view path) {
   const int length = static_cast<int>(path.size());

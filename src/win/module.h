@@ -81,7 +81,7 @@ bool BindNames(HMODULE module, void* table, std::span<const BoundName> names) no
 namespace kelcrt {
 
 /// The environment variable that names the install path for tests; empty in builds for customers: modules are loaded
-/// from that path, perhaps into a program with more rights than the user who sets the variable.
+/// from that path, possibly into a program with more rights than the user who sets the variable.
 extern const char kTestingPathVariable[];
 
 /// The product's name and install path, read at construction.

@@ -1,5 +1,4 @@
-// Owners of platform objects: each closes what it holds exactly once. Nothing outside this header calls a close
-// function.
+// Owners of Windows objects: each closes its object exactly once. No other code calls a close function.
 #pragma once
 
 #include <windows.h>
@@ -10,7 +9,7 @@
 
 namespace win {
 
-/// Sole owner of a platform object. `kNone` is the value that stands for "nothing held", as an integer.
+/// Sole owner of a Windows object. `kNone` is the value of an empty owner, as an integer.
 template <typename Type, auto Close, std::intptr_t kNone>
 class Owner {
  public:
@@ -31,7 +30,7 @@ class Owner {
   /// Gives the object up without closing it.
   Type Release() noexcept { return std::exchange(object_, None()); }
 
-  /// Closes what is held, keeping the last-error value, and holds `object` instead.
+  /// Closes the object, keeping the last-error value, and owns `object` instead.
   void Reset(Type object = None()) noexcept {
     const Type old = std::exchange(object_, object);
     if (old == None()) return;
@@ -56,7 +55,7 @@ using ModuleHandle = Owner<HMODULE, &FreeLibrary, 0>;
 
 // Keeps the calling thread's last-error value over a scope.
 
-/// Restores the last-error value at the end of the scope, so that what happens inside leaves no trace in it.
+/// Restores the last-error value at the end of the scope.
 class KeptLastError {
  public:
   KeptLastError() noexcept : error_(GetLastError()) {}
@@ -68,7 +67,7 @@ class KeptLastError {
   DWORD error_;
 };
 
-// The platform's re-entrant lock.
+// The re-entrant lock of Windows.
 
 /// A critical section that exists from `Create` to `Destroy`, for a lock whose life is a step of attach and detach.
 class ManualCriticalSection {

@@ -49,9 +49,9 @@ struct StartOptions {
 Process StartProcess(std::string commandLine, const StartOptions& options) noexcept;
 Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept;
 
-// The one place where the library waits for time to pass or for a program to end, so that tests need not.
+// The only place where the library pauses or waits for a program. Tests replace it.
 
-/// How waiting is done. Tests put functions of their own here; nothing else changes them.
+/// The functions that wait. Only tests change them.
 struct Waiting {
   void (*pause)(DWORD milliseconds);
   DWORD (*forEnd)(const Process& process, DWORD milliseconds);  // as Process::Wait

@@ -13,7 +13,7 @@ namespace {
 // Windows counts the bytes of a wide text in 16 bits. Beyond that it may cut a text, read past its end or crash.
 constexpr std::size_t kLongestText = 32766;
 
-// Windows makes a wide buffer of twice the size that it is told; a size beyond 2 GiB makes it overrun that.
+// Windows allocates a wide buffer of twice the given size; a size beyond 2 GiB makes it overrun the buffer.
 constexpr std::size_t kLargestBuffer = 1 << 20;
 
 bool IsTooLong(const char* text) noexcept { return text && strnlen(text, kLongestText + 1) > kLongestText; }

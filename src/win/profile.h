@@ -24,8 +24,8 @@ void ReadProfile(const char* file, const char* section, const char* key, const c
 std::string ReadProfile(const std::string& file, const char* section, const char* key, const char* fallback,
                         std::size_t size);
 
-/// The number that a value begins with, 0 when it is none; `fallback` when file, section or key is missing, and when
-/// the call fails.
+/// The number at the beginning of a value, or 0; `fallback` when file, section or key is missing, and when the call
+/// fails.
 int ReadProfileNumber(const std::string& file, const char* section, const char* key, int fallback) noexcept;
 
 }  // namespace win

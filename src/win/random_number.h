@@ -6,8 +6,7 @@ namespace win {
 /// A number from 0 to 32767.
 using RandomNumber = int (*)();
 
-/// The library's generator of random numbers; thread-safe, and not for secrets. Tests put a function of their own here;
-/// nothing else changes it.
+/// The library's generator of random numbers; thread-safe, and not for secrets. Only tests change it.
 extern RandomNumber g_randomNumber;
 
 /// Seeds the generator from the clock and the process identifier. Called once, at process attach.

@@ -23,15 +23,15 @@ std::optional<std::vector<std::string>> ValueNames(HKEY root, const char* path, 
 /// True when the key can be opened to query its values.
 bool CanOpenKey(HKEY root, const char* path) noexcept;
 
-/// Opens the key `path` below `parent`, or creates it where it is missing; `key` holds it after a success. The result
-/// is the platform's.
+/// Opens the key `path` below `parent`, or creates it where it is missing; `key` holds it after a success. Returns
+/// the result of Windows.
 LSTATUS OpenKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept;
 LSTATUS CreateKey(HKEY parent, const std::wstring& path, REGSAM access, RegistryKey& key) noexcept;
 
 /// Deletes a key that has no subkeys; one that is missing is a success.
 LSTATUS DeleteKey(HKEY parent, const std::wstring& name) noexcept;
 
-/// Stores the names of the key's direct subkeys, in the platform's order.
+/// Stores the names of the key's direct subkeys, in the order of Windows.
 LSTATUS SubkeyNames(HKEY key, std::vector<std::wstring>& names);
 
 /// True when the key has a value of that name, of any type.
