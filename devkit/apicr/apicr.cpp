@@ -99,7 +99,7 @@ void KE_SIBLING_CALL APIcr_DecryptBuffer(void* buffer, uint32_t length, const ch
   Run(BCryptDecrypt, buffer, length, keyBlob, zero, error);
 }
 
-// Plain C functions without parameters: arguments are the caller's to clean up.
+// Without parameters: a __cdecl caller removes its arguments.
 #define SKIP(name, presence)
 #define NOT_SUPPORTED(name, presence) \
   int32_t KE_SIBLING_CALL name(void) { return APICR_NOT_SUPPORTED; }

@@ -23,7 +23,7 @@ class JobFile {
   /// A missing file holds no jobs. kBusy, kDamaged, kFileFailure.
   Outcome Read(Jobs& jobs) const;
 
-  /// Replaces the file, or leaves it as it is; creates a missing folder. kTooManyJobs, kFileFailure.
+  /// Replaces the file atomically; creates a missing folder. kTooManyJobs, kFileFailure.
   Outcome Write(const Jobs& jobs) const;
 
  private:

@@ -85,8 +85,8 @@ KE_RESULT PrepareChange(ILogSink* sink, const PolicyPlaces& places, ScriptsExten
 /// program prevents the deletion. A new file is hidden, as in the policy editor of Windows.
 KE_RESULT WriteScriptsFile(ILogSink* sink, const ScriptsFile& file);
 
-/// Steps the version in gpt.ini. A missing gpt.ini is created only for `kListed`: without it Windows has no policy to
-/// read again.
+/// Increments the version in gpt.ini. A missing gpt.ini is created only for `kListed`: without it Windows has no
+/// policy to read again.
 KE_RESULT StepPolicyVersion(ILogSink* sink, const PolicyPlaces& places, ScriptsExtension extension);
 
 /// Adds the scripts extension to gpt.ini, with a step of the version, unless it is listed.
@@ -110,9 +110,8 @@ KE_RESULT AddScript(ILogSink* sink, HKEY root, const RegistryPlace& place, const
                     const Script& script);
 
 /// Deletes the matching scripts of the local policy, appends them to `removed`, and closes the gaps in the numbers of
-/// the others. A local policy without scripts is deleted, and the gap in the numbers of the policy objects closed.
-/// Without a match gaps stay, except those of an earlier call that was interrupted, which is finished. Objects of other
-/// policies change at most their number.
+/// the others. Deletes a local policy without scripts, and closes the gap in the numbers of the policy objects. Without
+/// a match only the gaps of an interrupted call are closed. Objects of other policies change at most their number.
 KE_RESULT RemoveMatching(ILogSink* sink, HKEY root, const RegistryPlace& place, const ScriptMatch& wanted,
                          std::vector<Script>& removed);
 

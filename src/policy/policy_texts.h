@@ -84,7 +84,7 @@ std::vector<Script> RemoveMatching(ScriptsIni& ini, ScriptKind kind, const Scrip
 /// False when no section is left: Windows would read nothing.
 bool HasSections(const ScriptsIni& ini) noexcept;
 
-/// Decodes UTF-16, low byte first, with a byte order mark. None without the mark, and for half a character.
+/// Decodes UTF-16, low byte first, with a byte order mark. None without the mark, and for an odd number of bytes.
 std::optional<std::u16string> DecodeUtf16(std::string_view bytes);
 
 /// Encodes the same way, with the mark.

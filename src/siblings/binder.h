@@ -1,4 +1,4 @@
-// Binding of sibling modules, which are loaded at run time: one engine for all tables of functions.
+// Binding of sibling modules at run time, the same for all tables of functions.
 #pragma once
 
 #include <windows.h>
