@@ -29,6 +29,7 @@ if(NOT KELUTILS_SERVICE_BASE_ADDRESS MATCHES "^https?://[^/\"\\]+$")
   message(FATAL_ERROR "KELUTILS_SERVICE_BASE_ADDRESS must be a scheme and a host without a path, such as https://console.example")
 endif()
 if(KELUTILS_FILE_KEY_BLOB STREQUAL _development_file_blob OR KELUTILS_SETTING_KEY_BLOB STREQUAL _development_setting_blob)
+  set(KELUTILS_PACKAGE_SUFFIX -dev)
   message(STATUS "KELUtils: building with development key blobs: for development only, never ship this build")
 endif()
 

@@ -1,4 +1,4 @@
-# What an installation, and with it the package of scripts/package.sh, holds: docs/package.md.
+# What an installation, and with it the packages of scripts/package.sh, holds: docs/package.md.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KELUtils RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
@@ -13,6 +13,9 @@ endif()
 if(TARGET kelctl)
   install(TARGETS kelctl RUNTIME DESTINATION bin)
   install(FILES tools/kelctl/kelctl.schema.json DESTINATION share/KELUtils)
+  if(MINGW)
+    install(FILES $<TARGET_FILE:kelctl>.debug DESTINATION bin)
+  endif()
 endif()
 
 configure_file(cmake/KELUtils.pc.in ${CMAKE_BINARY_DIR}/generated/KELUtils.pc @ONLY)
@@ -22,33 +25,68 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/generated/KELUtilsConfigVer
 install(FILES cmake/KELUtilsConfig.cmake ${CMAKE_BINARY_DIR}/generated/KELUtilsConfigVersion.cmake
   DESTINATION lib/cmake/KELUtils)
 
+if(CMAKE_CROSSCOMPILING)
+  set(_documents ${CMAKE_BINARY_DIR}/generated/documents)
+  file(GLOB _sources CONFIGURE_DEPENDS docs/*.md)
+  add_custom_command(OUTPUT ${_documents}/README.md
+    COMMAND ${KELUTILS_PYTHON} ${CMAKE_SOURCE_DIR}/cmake/package_documents.py ${_documents} ${PROJECT_VERSION}
+    DEPENDS cmake/package_documents.py README.md devkit/README.md ${_sources} VERBATIM)
+  add_custom_target(documents ALL DEPENDS ${_documents}/README.md)
+  install(FILES ${_documents}/README.md DESTINATION .)
+  install(DIRECTORY ${_documents}/share DESTINATION .)
+  install(FILES ${_documents}/devkit/README.md DESTINATION devkit COMPONENT devkit)
+endif()
 install(FILES CHANGELOG.md DESTINATION share/doc/KELUtils)
-install(DIRECTORY docs/ DESTINATION share/doc/KELUtils FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY build/reference/html/ DESTINATION share/doc/KELUtils/reference OPTIONAL)  # of scripts/reference.sh
 install(DIRECTORY samples DESTINATION share/KELUtils)
 install(FILES LICENSE DESTINATION share/licenses/KELUtils)
 
-# The bill of materials comes last, for it lists all other files. It needs the maps of the linker and the distribution's package database.
+# The development siblings, laid out as a product tree.
+set(_siblings)
+if(KELUTILS_BUILD_DEVKIT)
+  foreach(_place KELUtils/ApiCr Common/ApiCr Common/TvLogSys Common/KELAGAPI Common/KELMNAPI KELTVEVT/TvEvAPI KelConf/KELRCM KelUpg/KEC
+                 KelUpg/KELUPG Protection/KERegister Scheduler/zumat KESAgent/KePIRes KesLpmng/KEPLPMNG KepWInst/KepWInst)
+    get_filename_component(_target ${_place} NAME)
+    get_filename_component(_folder ${_place} DIRECTORY)
+    install(FILES $<TARGET_FILE:${_target}> DESTINATION devkit/${_folder} COMPONENT devkit)
+    list(APPEND _siblings ${_target})
+  endforeach()
+  install(FILES LICENSE DESTINATION devkit/licences COMPONENT devkit)
+endif()
+
+# The bills of materials come last, for they list all other files. They need the maps of the linker, and the distribution's package
+# database.
 if(CMAKE_CROSSCOMPILING)
   set(_headers)
-  foreach(_target KELUtils kelctl)
+  foreach(_target KELUtils kelctl ${_siblings})
     if(TARGET ${_target})
       target_link_options(${_target} PRIVATE LINKER:-Map=${CMAKE_BINARY_DIR}/generated/${_target}.map)
     endif()
   endforeach()
-  foreach(_library cli11 nlohmann_json)
+  foreach(_use kelctl=cli11 kelctl=nlohmann_json zumat=nlohmann_json TvEvAPI=nlohmann_json)
+    string(REGEX REPLACE ".*=" "" _library ${_use})
     if(TARGET ${_library})
       get_target_property(_header ${_library} KELUTILS_HEADER)
-      list(APPEND _headers ${_header})
+      string(REPLACE ${_library} ${_header} _use ${_use})
+      list(APPEND _headers ${_use})
     endif()
   endforeach()
   list(JOIN _headers , _headers)
-  install(CODE "execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND ${KELUTILS_PYTHON} ${CMAKE_SOURCE_DIR}/cmake/bill_of_materials.py
-    \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX} ${PROJECT_VERSION} ${CMAKE_BINARY_DIR}/generated ${_headers} \${CMAKE_INSTALL_MANIFEST_FILES})")
+  foreach(_component library devkit)
+    install(CODE "execute_process(COMMAND_ERROR_IS_FATAL ANY COMMAND ${KELUTILS_PYTHON} ${CMAKE_SOURCE_DIR}/cmake/bill_of_materials.py
+      ${_component} \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX} ${PROJECT_VERSION} ${CMAKE_BINARY_DIR}/generated ${_headers}
+      \${CMAKE_INSTALL_MANIFEST_FILES})" COMPONENT ${_component})
+  endforeach()
 endif()
 
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_VENDOR "Tavrin Security")
-set(CPACK_PACKAGE_FILE_NAME KELUtils-${PROJECT_VERSION}-win32)
+set(CPACK_PACKAGE_FILE_NAME KELUtils-${PROJECT_VERSION}-win32${KELUTILS_PACKAGE_SUFFIX})  # also the folder in both archives
+set(CPACK_ARCHIVE_LIBRARY_FILE_NAME ${CPACK_PACKAGE_FILE_NAME})
+set(CPACK_ARCHIVE_DEVKIT_FILE_NAME KELUtils-devkit-${PROJECT_VERSION}-win32${KELUTILS_PACKAGE_SUFFIX})
+set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
 set(CPACK_VERBATIM_VARIABLES ON)
 # CPack takes the files in the order of the folder, and stores dates and the user.

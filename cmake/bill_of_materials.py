@@ -1,11 +1,10 @@
-"""Writes the bill of materials of an installation, share/doc/KELUtils/KELUtils.spdx.json (SPDX 2.3), and installs the licences of
-what is linked into the binaries. Versions and licence texts are those of the distribution's packages; a library whose licence is
-not known here is an error. The only date is SOURCE_DATE_EPOCH.
+"""Writes the bill of materials of an installed component (SPDX 2.3), and installs the licences of what is linked into its binaries.
+Versions and licence texts are those of the distribution's packages; a library whose licence is not known here is an error. The only
+date is SOURCE_DATE_EPOCH.
 
-    bill_of_materials.py PREFIX VERSION MAPS HEADERS FILE...
+    bill_of_materials.py library|devkit PREFIX VERSION MAPS HEADERS FILE...
 
-MAPS: the folder with the linker's map NAME.map of each binary; HEADERS: a header of each header-only library in kelctl, separated by
-commas; FILE: each file that was installed."""
+MAPS: the folder of the linker's maps, NAME.map; HEADERS: NAME=HEADER,... for the header-only libraries in binaries; FILE: an installed file."""
 import hashlib, json, os, re, shutil, subprocess, sys, time, uuid
 from pathlib import Path
 
@@ -13,9 +12,12 @@ GCC = "GPL-3.0-or-later WITH GCC-exception-3.1"
 KNOWN = ((r"/libgcc(_eh)?\.a$|/crt(begin|end)\.o$", "libgcc", GCC), (r"/lib(std|sup)c\+\+\.a$", "libstdc++", GCC),
          (r"/libssp(_nonshared)?\.a$", "libssp", GCC), (r"/CLI\.hpp$", "CLI11", "BSD-3-Clause"), (r"/json\.hpp$", "nlohmann-json", "MIT"),
          (r"^/usr/i686-w64-mingw32/lib/", "mingw-w64-runtime", "ZPL-2.1 AND LicenseRef-mingw-w64-parts"))
-LICENCES, BILL = "share/licenses/KELUtils", "share/doc/KELUtils/KELUtils.spdx.json"
-prefix, version, maps, headers = Path(sys.argv[1]), sys.argv[2], Path(sys.argv[3]), sys.argv[4].split(",")
-paths = [Path(name) for name in sys.argv[5:]]
+NAME, LICENCES, BILL = {
+    "library": ("KELUtils", "share/licenses/KELUtils", "share/doc/KELUtils/KELUtils.spdx.json"),
+    "devkit": ("KELUtils-devkit", "devkit/licences", "devkit/KELUtils-devkit.spdx.json")}[sys.argv[1]]
+prefix, version, maps = Path(sys.argv[2]), sys.argv[3], Path(sys.argv[4])
+headers = [use.split("=") for use in sys.argv[5].split(",") if use]
+paths, own_id, author = [Path(name) for name in sys.argv[6:]], "SPDXRef-Package-" + NAME, "Organization: Tavrin Security"
 components, relationships = {}, []
 
 def dpkg_query(*arguments):
@@ -42,9 +44,9 @@ def keep(file, name):
     paths.append(target)
 
 def parts_of(binary):
-    """What the linker took something from: members of archives and start files, by its map; and the headers of kelctl."""
+    """What the linker took something from: members of archives and start files, by its map; and header-only libraries."""
     linked = re.findall(r"^(/[^ (]+\.a)\(|^LOAD (/[^ ]+/(?:crt[a-z0-9]*|dllcrt[0-9])\.o)$", (maps / (binary + ".map")).read_text(), re.M)
-    files = {os.path.normpath(archive or start) for archive, start in linked} | set(headers if binary == "kelctl" else ())
+    files = {os.path.normpath(archive or start) for archive, start in linked} | {header for name, header in headers if name == binary}
     return sorted({component_of(file) for file in sorted(files)})
 
 def joined(names):
@@ -58,36 +60,40 @@ def relate(source, kind, target):
 
 def file_element(path):
     name, data = path.relative_to(prefix).as_posix(), path.read_bytes()
-    element, binary = identifier("File", name), name.startswith("bin/")
-    parts = linked.get(path, [])
-    for part in parts:
+    element, binary = identifier("File", name), path in linked
+    for part in (parts := linked.get(path, [])):
         relate(element, "STATIC_LINK", identifier("Package", part))
-    relate("SPDXRef-Package-KELUtils", "CONTAINS", element)
-    foreign = path.parent.name == "KELUtils" and path.suffix == ".txt"
+    relate(own_id, "CONTAINS", element)
+    foreign = path.parent == prefix / LICENCES and path.suffix == ".txt"
     return {"SPDXID": element, "fileName": "./" + name, "copyrightText": "NOASSERTION" if binary or foreign else rights,
             "licenseConcluded": "NOASSERTION" if foreign else joined(parts),
             "checksums": [{"algorithm": kind, "checksumValue": hashlib.new(kind, data).hexdigest()} for kind in ("SHA1", "SHA256")]}
 
-linked = {path: parts_of(path.name.split(".")[0]) for path in sorted(paths) if path.parent == prefix / "bin"}
+linked = {path: parts_of(path.name.split(".")[0]) for path in sorted(paths) if path.suffix in (".dll", ".exe", ".debug")}
 keep("/usr/share/common-licenses/GPL-3", "GPL-3.txt")
 rights = re.search("^Copyright.*", (prefix / LICENCES / "LICENSE").read_text(), re.M).group()
-relate("SPDXRef-DOCUMENT", "DESCRIBES", "SPDXRef-Package-KELUtils")
+relate("SPDXRef-DOCUMENT", "DESCRIBES", own_id)
 files = [file_element(path) for path in sorted(set(paths))]
 verification = hashlib.sha1("".join(sorted(file["checksums"][0]["checksumValue"] for file in files)).encode()).hexdigest()
-own = {"SPDXID": "SPDXRef-Package-KELUtils", "name": "KELUtils", "versionInfo": version, "supplier": "Organization: Tavrin Security",
-       "downloadLocation": "NOASSERTION", "licenseConcluded": joined(sorted(components)), "licenseDeclared": "MIT", "copyrightText": rights,
-       "packageVerificationCode": {"packageVerificationCodeValue": verification, "packageVerificationCodeExcludedFiles": ["./" + BILL]}, "comment": "Licence texts: %s/LICENSE" % LICENCES}
-others = [{"SPDXID": identifier("Package", name), "name": name, "versionInfo": part["version"], "supplier": "Organization: Debian",
-           "downloadLocation": "NOASSERTION", "filesAnalyzed": False, "licenseConcluded": part["licence"], "copyrightText": "NOASSERTION",
-           "comment": "Licence texts: %s/%s" % (LICENCES, part["text"]), "externalRefs": [
-               {"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
-                "referenceLocator": "pkg:deb/debian/%s@%s" % (part["package"], part["version"].replace("+", "%2B"))}]}
-          for name, part in sorted(components.items())]
+
+def package_element(element, name, package_version, supplier, purl, licence, rest):
+    reference = {"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl", "referenceLocator": purl}
+    return {"SPDXID": element, "name": name, "versionInfo": package_version, "supplier": supplier, "downloadLocation": "NOASSERTION",
+            "licenseConcluded": licence, "externalRefs": [reference], **rest}
+
+own = package_element(own_id, NAME, version, author, "pkg:generic/tavrin/%s@%s" % (NAME, version), joined(sorted(components)), {
+    "originator": author, "licenseDeclared": "MIT", "copyrightText": rights, "comment": "Licence texts: %s/LICENSE" % LICENCES,
+    "packageVerificationCode": {"packageVerificationCodeValue": verification, "packageVerificationCodeExcludedFiles": ["./" + BILL]}})
+others = [package_element(
+    identifier("Package", name), name, part["version"], "Organization: Debian",
+    "pkg:deb/debian/%s@%s?distro=bookworm" % (part["package"], part["version"].replace("+", "%2B")), part["licence"],
+    {"filesAnalyzed": False, "copyrightText": "NOASSERTION", "comment": "Licence texts: %s/%s" % (LICENCES, part["text"])})
+    for name, part in sorted(components.items())]
 created = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(int(os.environ.get("SOURCE_DATE_EPOCH", 315532800))))
 (prefix / BILL).write_text(json.dumps({
-    "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT", "name": "KELUtils-" + version,
+    "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT", "name": NAME + "-" + version,
     "documentNamespace": uuid.uuid5(uuid.NAMESPACE_URL, verification).urn,
-    "creationInfo": {"created": created, "creators": ["Tool: KELUtils-" + version]},
+    "creationInfo": {"created": created, "creators": [author, "Tool: bill_of_materials.py-" + version]},
     "hasExtractedLicensingInfos": [{
         "licenseId": "LicenseRef-mingw-w64-parts", "name": "Parts of the MinGW-w64 runtime: public domain, and permissive licences",
         "extractedText": components["mingw-w64-runtime"]["copyright"].read_text()}],

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs the packages for building and testing on Debian 12 (amd64), and lists them; does nothing when all are installed. With --fuzz
-# also those for fuzzing, with --bench those that the library is compared with.
+# also those for fuzzing, with --bench those that the library is compared with, with --clang a second compiler.
 set -euo pipefail
 
 packages=(
   cmake ninja-build g++ git                        # the build itself, the native tests, and the lists of files that are checked
   g++-mingw-w64-i686-win32                         # the cross compiler, with the Win32 thread model
+  g++-mingw-w64-x86-64-win32                       # for the pictures of the dialogs, which Wine paints for 64-bit programs only
   llvm                                             # llvm-dlltool: the import library for MSVC-style linkers
   zip unzip                                        # the package; an independent reader of ZIP archives for the tests
   lld pkgconf                                      # linking against the package as others do
@@ -19,6 +20,8 @@ packages=(
 )
 # Only for fuzzing: the compiler with libFuzzer and the sanitizers.
 [ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
+# Only for the second compiler of scripts/torture.sh.
+[ "${1:-}" != --clang ] || packages+=(clang-16)
 # Only for measuring: INI libraries to compare with.
 [ "${1:-}" != --bench ] || packages+=(libinih-dev libsimpleini-dev)
 wine_modules=/usr/lib/x86_64-linux-gnu/wine/i386-windows

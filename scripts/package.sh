@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and packs: build/release/package/KELUtils-VERSION-win32.zip. The same source and the same installed packages give the same
+# Builds and packs: the archives of the library and of the devkit, and their checksums, in build/release/package. The same source and the same installed packages give the same
 # bytes, in any folder, for any user, at any time: the date in the bill of materials is SOURCE_DATE_EPOCH, by default the last commit's.
 # Arguments go to the configuring CMake, as with build.sh. With --no-build it packs what is there.
 set -euo pipefail
@@ -8,4 +8,5 @@ cd "$(dirname "$0")/.."
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || echo 315532800)}
 if [ "${1:-}" != --no-build ]; then scripts/build.sh "$@"; fi
 rm -rf build/release/package
-(cd build/release && cpack)
+scripts/reference.sh
+(cd build/release && cpack && cd package && sha256sum -- *.zip >SHA256SUMS)

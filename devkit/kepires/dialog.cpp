@@ -73,7 +73,7 @@ void Press(WORD button, Dialog& dialog) noexcept {
   const std::int32_t kind = dialog.prompt.kind;
   if (kind == kInstallationDialog) return;
   if (kind == kRebootCountDown) {
-    if (button == IDOK) dialog.answer = kYes;
+    if (button == BUTTON_RESTART) dialog.answer = kYes;
     return;
   }
   if (button == IDYES) dialog.answer = kYes;
@@ -85,7 +85,10 @@ INT_PTR CALLBACK OnMessage(HWND window, UINT message, WPARAM word, LPARAM parame
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrA(window, DWLP_USER, parameter);
     Begin(window, *reinterpret_cast<Dialog*>(parameter));
-    return TRUE;
+    // A prompt may appear while the user types: neither Enter nor the space bar restarts the computer.
+    const auto harmless = static_cast<WORD>(SendMessageA(window, DM_GETDEFID, 0, 0));
+    if (const HWND first = GetDlgItem(window, harmless != 0 ? harmless : TEXT_TIME)) SetFocus(first);
+    return FALSE;
   }
   auto* const dialog = reinterpret_cast<Dialog*>(GetWindowLongPtrA(window, DWLP_USER));
   if (dialog == nullptr) return FALSE;  // before WM_INITDIALOG

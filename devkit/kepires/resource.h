@@ -1,5 +1,5 @@
 // Numbers of the resources, for the program and the resource compiler. A dialog's buttons have the numbers of the
-// platform: IDYES, IDNO, IDCANCEL ("later") and IDOK.
+// platform, IDYES, IDNO and IDCANCEL ("later"), but for the countdown's: its Enter key presses nothing.
 #pragma once
 
 #define DIALOG_QUESTION 101
@@ -9,3 +9,4 @@
 #define TEXT_QUESTION 1001 /* what is asked */
 #define TEXT_TIME 1002     /* how long the dialog stays; hidden when it stays as long as it takes */
 #define TEXT_NUMBER 1003   /* the number of -RebootMsg */
+#define BUTTON_RESTART 1004

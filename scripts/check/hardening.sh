@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Checks the hardening of the built files: address space layout randomisation with its relocations, no executable data, no section that
-# is writable and executable, imports only of the Windows DLLs listed here, the stack protector, no debug information, no build time.
+# is writable and executable, imports only of the Windows DLLs listed here, the stack protector, no debug information, no build time; and
+# the resources: the version of the build, and a program's manifest.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 tool=i686-w64-mingw32
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' build/release/CMakeCache.txt)
 bad=0
 complain() { echo "$file: $1"; bad=1; }
 
@@ -14,7 +16,7 @@ at_least() { [ "$2" -ge "$3" ] || complain "$1: $2, less than $3"; }
 # debug information. Functions that need no protection have none.
 check() {
   file=build/release/$1
-  local places=$2 allowed="ADVAPI32.dll KERNEL32.dll msvcrt.dll ${*:3}" headers sections secret name
+  local places=$2 allowed="ADVAPI32.dll KERNEL32.dll msvcrt.dll ${*:3}" headers sections resources secret name
   headers=$($tool-objdump -p "$file")
   sections=$($tool-objdump -h -w "$file")
   at_least "ASLR, DEP and no exception handlers of its own" "$(($(sed -n 's/^DllCharacteristics\t*/0x/p' <<<"$headers") & 0x540))" $((0x540))
@@ -26,6 +28,13 @@ check() {
   [ -z "$($tool-nm "$file" 2>/dev/null)" ] || complain "it holds symbols"
   for name in $(sed -n 's/^\tDLL Name: //p' <<<"$headers"); do grep -qiw "$name" <<<"$allowed" || complain "unexpected import $name"; done
   secret=$($tool-nm "$file.debug" | sed -n 's/^0*\([0-9a-f]*\) . ___stack_chk_guard$/\1/p')
+  resources=$($tool-windres -i "$file" -O rc)
+  for name in "\"OriginalFilename\", \"${file##*/}\"" "\"FileVersion\", \"$version\"" "FILEVERSION ${version//./, }, 0"; do
+    grep -qF "$name" <<<"$resources" || complain "its version lacks $name"
+  done
+  [[ $file != *.exe ]] || { grep -q 'level=""asInvoker""' <<<"$resources" && [ "$(grep -c '<supportedOS Id' <<<"$resources")" = 4 ]; } ||
+    complain "its manifest is missing or incomplete"
+  ! grep -qi activeCodePage <<<"$resources" || complain "its manifest changes the code page"
   at_least "places with the stack protector" "$($tool-objdump -d "$file" | grep -c "0x${secret:-none}\b" || true)" "$places"
 }
 
@@ -33,7 +42,7 @@ check bin/KELUtils.dll 200 USER32.dll
 check bin/kelctl.exe 500 USER32.dll SHELL32.dll VERSION.dll
 check devkit/ApiCr.dll 5 bcrypt.dll
 check devkit/KePIRes.exe 10 USER32.dll
-for name in KEC.dll KELAGAPI.dll KELMNAPI.dll KELRCM.dll KELUPG.dll KERegister.dll TvEvAPI.dll TvLogSys.dll KEPLPMNG.exe KepWInst.exe zumat.exe; do
-  check "devkit/$name" 5
+for name in build/release/devkit/*.dll build/release/devkit/*.exe; do
+  [[ $name == */ApiCr.dll || $name == */KePIRes.exe ]] || check "devkit/${name##*/}" 5
 done
 exit $bad

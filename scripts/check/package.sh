@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Packs a copy of the tree in another folder too, and compares: the library, its debug information and its import libraries, and the
-# packages must be the same, byte for byte. Then checks the package's bill of materials. The copy compiles the library only, and takes
-# kelctl as it is; with --whole it compiles both.
+# packages must be the same, byte for byte. Then checks the content: bills of materials, links of the documents, checksums. The copy
+# compiles the library only, and takes the other binaries as they are; with --whole it compiles all.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -21,43 +21,63 @@ tar -c --exclude=./build --exclude=./.git . | tar -x -C "$tree"
   umask 077
   export SOURCE_DATE_EPOCH TZ=Asia/Tokyo LC_ALL=C.UTF-8 CMAKE_CXX_COMPILER_LAUNCHER=''
   mapfile -t settings < <(cmake -N -LA "$first" | sed -n 's/^\(KELUTILS_[A-Z_]*_\(BLOB:STRING\|ADDRESS:STRING\|INSTALL_PATH:BOOL\)=.*\)/-D\1/p')
-  cmake --preset release "${settings[@]}" -DKELUTILS_BUILD_TESTS=OFF -DKELUTILS_BUILD_DEVKIT=OFF
+  cmake --preset release "${settings[@]}" -DKELUTILS_BUILD_TESTS=OFF
   if [ "${1:-}" = --whole ]; then cmake --build --preset release; else
-    cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary interface
-    cp -p "$first/bin/kelctl.exe" "$second/bin/"
-    cp -p "$first/generated/kelctl.map" "$second/generated/"
+    cmake --build --preset release --target KELUtils KELUtilsMsvcLibrary interface documents
+    mkdir -p "$second/devkit"
+    cp -p "$first"/bin/kelctl.exe* "$second/bin/"
+    cp -p "$first"/devkit/*.{exe,dll} "$second/devkit/"
+    cp -np "$first"/generated/*.map "$second/generated/"
   fi
   scripts/package.sh --no-build
 ) >build/another/output.txt 2>&1 || { cat build/another/output.txt; exit 1; }
 
-archive=$(basename "$first"/package/*.zip .zip)
 bad=0
-for file in bin/KELUtils.dll bin/KELUtils.dll.debug lib/libKELUtils.dll.a lib/KELUtils.lib "package/$archive.zip"; do
+for file in bin/KELUtils.dll bin/KELUtils.dll.debug lib/libKELUtils.dll.a lib/KELUtils.lib package/SHA256SUMS; do
   cmp "$first/$file" "$second/$file" || { echo "not reproducible: $file"; bad=1; }
 done
+(cd "$first/package" && sha256sum --quiet -c SHA256SUMS && [ "$(wc -l <SHA256SUMS)" = 2 ]) || bad=1
 
-# The bill of materials against the package, unpacked: every file with its checksum, every relationship, the parts of the binaries.
-unzip -q "$first/package/$archive.zip" -d build/another/package
-/usr/bin/python3 - "build/another/package/$archive" <<'CHECK' || bad=1
-import hashlib, json, pathlib, sys
-root = pathlib.Path(sys.argv[1])
-bill = root / "share/doc/KELUtils/KELUtils.spdx.json"
-content = json.loads(bill.read_text())
-listed = {(f["fileName"], c["checksumValue"]) for f in content["files"] for c in f["checksums"]}
-packed = {("./" + p.relative_to(root).as_posix(), hashlib.new(kind, p.read_bytes()).hexdigest())
-          for p in root.rglob("*") if p.is_file() and p != bill for kind in ("sha1", "sha256")}
-assert listed == packed, sorted(listed ^ packed)
-elements = ["SPDXRef-DOCUMENT"] + [e["SPDXID"] for e in content["packages"] + content["files"]]
-assert len(elements) == len(set(elements)), "identifiers repeat"
-ends = {r[end] for r in content["relationships"] for end in ("spdxElementId", "relatedSpdxElement")}
-assert ends == set(elements), ends ^ set(elements)
-for package in content["packages"]:
-    assert package["versionInfo"][0].isdigit() and (root / package["comment"].partition(": ")[2]).is_file(), package
+# Each bill of materials against its archive: every file with its checksum, every relationship, the parts of the binaries. Then every link
+# of the documents.
+mkdir build/another/package
+for archive in "$first"/package/*.zip; do unzip -qo "$archive" -d "build/another/package/$(basename "$archive" .zip)"; done
+/usr/bin/python3 - build/another/package/*/* <<'CHECK' || bad=1
+import hashlib, json, pathlib, re, sys
 runtime = {"libgcc", "libstdcxx", "mingw-w64-runtime"}
-for binary, parts in (("bin-KELUtils.dll", runtime), ("bin-kelctl.exe", runtime | {"libssp", "CLI11", "nlohmann-json"})):
-    found = {r["relatedSpdxElement"][len("SPDXRef-Package-"):] for r in content["relationships"]
-             if r["spdxElementId"] == "SPDXRef-File-" + binary and r["relationshipType"] == "STATIC_LINK"}
-    assert found == parts, (binary, found)
+linked = {"bin-KELUtils.dll": runtime, "bin-kelctl.exe": runtime | {"libssp", "CLI11", "nlohmann-json"},
+          "devkit-Scheduler-zumat.exe": runtime | {"libssp", "nlohmann-json"}}
+names = set()
+for root in map(pathlib.Path, sys.argv[1:]):
+    (bill,) = root.rglob("*.spdx.json")
+    content = json.loads(bill.read_text())
+    listed = {(f["fileName"], c["checksumValue"]) for f in content["files"] for c in f["checksums"]}
+    packed = {("./" + p.relative_to(root).as_posix(), hashlib.new(kind, p.read_bytes()).hexdigest())
+              for p in root.rglob("*") if p.is_file() and p != bill for kind in ("sha1", "sha256")}
+    assert listed == packed, sorted(listed ^ packed)
+    elements = ["SPDXRef-DOCUMENT"] + [e["SPDXID"] for e in content["packages"] + content["files"]]
+    assert len(elements) == len(set(elements)), "identifiers repeat"
+    ends = {r[end] for r in content["relationships"] for end in ("spdxElementId", "relatedSpdxElement")}
+    assert ends == set(elements), ends ^ set(elements)
+    for package in content["packages"]:
+        assert package["versionInfo"][0].isdigit() and (root / package["comment"].partition(": ")[2]).is_file(), package
+        assert package["externalRefs"][0]["referenceLocator"].startswith("pkg:") and package["supplier"], package
+    assert content["creationInfo"]["creators"][0].startswith("Organization: "), content["creationInfo"]
+    binaries = {r["spdxElementId"][len("SPDXRef-File-"):] for r in content["relationships"] if r["relationshipType"] == "STATIC_LINK"}
+    for binary in linked.keys() & binaries:
+        found = {r["relatedSpdxElement"][len("SPDXRef-Package-"):] for r in content["relationships"]
+                 if r["spdxElementId"] == "SPDXRef-File-" + binary and r["relationshipType"] == "STATIC_LINK"}
+        assert found == linked[binary], (binary, found)
+    names |= {name for name, _ in packed} | binaries & linked.keys()
+for needed in ["./README.md", "./share/doc/KELUtils/reference/index.html", "./bin/kelctl.exe.debug", "./devkit/README.md", *linked]:
+    assert needed in names, needed
+for root in map(pathlib.Path, sys.argv[1:]):
+    for document in root.rglob("*.md"):
+        text = re.sub(r"^ *```.*?^ *```|`[^`\n]*`", "", document.read_text(), flags=re.M | re.S)
+        for path, heading in re.findall(r"\]\(([^)#]*)(#[^)]*)?\)", text):
+            # devkit/README.md links to documents of the other archive, unpacked in the same place.
+            target = "./" + (document.parent / path).resolve().relative_to(root.resolve()).as_posix()
+            assert not path or target in names or any(name.startswith(target + "/") for name in names), (document, path)
 CHECK
 [ $bad -ne 0 ] || rm -rf build/another
 exit $bad

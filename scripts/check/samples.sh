@@ -1,23 +1,24 @@
 #!/usr/bin/env bash
-# Unpacks the package into an empty folder, builds the samples against it and runs them under Wine, in a product tree whose library
-# is the packaged one and whose other modules are the development versions.
+# Unpacks both archives of the package into an empty folder, builds the samples against it and runs them under Wine, in a product tree
+# of nothing else.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . scripts/wine.sh
 
 work=$PWD/build/samples
 rm -rf "$work"
-mkdir -p "$work/unpacked" "$work/product"/{KELUtils,KESAgent,Common,Scheduler,Sample}
-unzip -q build/release/package/*.zip -d "$work/unpacked"
+mkdir -p "$work/unpacked"
+for archive in build/release/package/*.zip; do unzip -q "$archive" -d "$work/unpacked"; done
 package=$(echo "$work"/unpacked/*)
 shared=$package/share/KELUtils
-product=$work/product
+product=$package/devkit
+mkdir "$product/Sample"
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' build/release/CMakeCache.txt)
 prefix=i686-w64-mingw32
 strict=(-std=c89 -pedantic -Wall -Wextra -Werror)
 
 fail() { echo "$*"; exit 1; }
-[ "$(basename "$package")" = "KELUtils-$version-win32" ] || fail "the package's folder is $(basename "$package")"
+[ "$(basename "$package")" = "KELUtils-$version-win32-dev" ] || fail "the package's folder is $(basename "$package")"
 
 # As a user does, with find_package.
 for sample in c cpp; do
@@ -55,10 +56,7 @@ used = {node.attr for node in ast.walk(ast.parse(open(sys.argv[1]).read())) if i
 assert used and used <= kelutils.FUNCTIONS.keys() | vars(kelutils).keys(), used
 CHECK
 
-devkit=build/release/devkit
-cp "$package/bin/KELUtils.dll" "$package/bin/kelctl.exe" "$devkit/ApiCr.dll" "$work/c/linked_agent.exe" "$product/KELUtils/"
-cp "$devkit/ApiCr.dll" "$devkit/TvLogSys.dll" "$product/Common/"
-cp "$devkit/zumat.exe" "$product/Scheduler/"
+cp "$package/bin/KELUtils.dll" "$package/bin/kelctl.exe" "$work/c/linked_agent.exe" "$product/KELUtils/"
 cp "$work/cpp/loading_agent.exe" "$product/Sample/"
 wine() { scripts/run_wine.sh "$product/$1" "${@:2}"; }
 

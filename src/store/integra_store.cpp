@@ -54,7 +54,7 @@ void ReplaceStore(std::unique_ptr<IniStore> store) noexcept { delete std::exchan
 bool IsDamaged(const IniStore& store) noexcept { return store.sections.size() < kFewestSections; }
 
 void ResetPolicies() {
-  const std::string policies = win::FolderOf("KELSysCf").value_or("") + "KelSysCf.dat";
+  const std::string policies = win::ComponentFile("KELSysCf", "KelSysCf.dat");
   for (const char* key : {"POLICY_101", "POLICY_200"}) {
     win::WriteProfile(policies, "POLICIES", key, "{00000000-0000-0000-0000-000000000000}");
   }

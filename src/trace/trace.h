@@ -3,7 +3,9 @@
 
 #include "KEResults.h"
 
-#if defined(__MINGW32__)
+#if defined(__clang__)
+#define KE_PRINTF_LIKE(text, arguments) __attribute__((format(printf, text, arguments)))
+#elif defined(__MINGW32__)
 #define KE_PRINTF_LIKE(text, arguments) __attribute__((format(gnu_printf, text, arguments)))
 #else
 #define KE_PRINTF_LIKE(text, arguments)

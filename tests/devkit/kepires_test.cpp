@@ -73,7 +73,7 @@ TEST_CASE("prompts: dialogs, their buttons and the end of their time") {
       {" -MsgType:1 -CheckOS", WM_COMMAND, IDYES, kYes, "restarted now?|"},
       {" -MsgType:1 -CheckOS -sec:0", WM_COMMAND, IDNO, kNo, "restarted now?|"},
       {" -MsgType:7 -sec:100", WM_CLOSE, 0, kLater, "question 7. Do you agree?|Seconds left: "},
-      {" -MsgType:2 -CheckOS -sec:100", WM_COMMAND, IDOK, kYes, "|Seconds left: "}};
+      {" -MsgType:2 -CheckOS -sec:100", WM_COMMAND, BUTTON_RESTART, kYes, "|Seconds left: "}};
   const Prompter prompter;
   const win::Process over = prompter.Start(" -MsgType:2 -CheckOS -sec:1"), late = prompter.Start(" -MsgType:1 -sec:1");
   for (const auto& [switches, message, button, code, text] : rows) {
@@ -91,9 +91,7 @@ TEST_CASE("prompts: the event closes every installation prompt; it is gone with 
   CHECK(TextOf(one, TEXT_NUMBER) + TextOf(two, TEXT_NUMBER) == "04294967295");
   SendMessageA(WindowOf(one), WM_COMMAND, IDCANCEL, 0);
   const auto open = [] { return win::EventHandle(OpenEventA(EVENT_MODIFY_STATE, FALSE, kInstallEventName)); };
-  win::EventHandle event = open();
-  SetEvent(event.Get());
-  event.Reset();
+  SetEvent(open().Get());
   CHECK((CodeOf(one) == kYes && CodeOf(two) == kYes));
   CHECK(!open());
   prompter.Set("Answer=2");

@@ -36,7 +36,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"get agent-id", 0, "A-1\n"},
       {"set container -- -x", 0, ""},
       {"get container", 0, "-x\n"},
-      {"get device-id", 1, "KE_GetDeviceID failed with 1782 KE_STORE_UNUSABLE: the value is missing"},
+      {"get device-id", 1, "KE_GetDeviceID failed with 1782 KE_STORE_UNUSABLE: a store or settings file"},
       {"set certificate MIIB", 0, ""},
       {"get certificate", 0, "********\n"},
       {"get certificate --reveal", 0, "MIIB\n"},
@@ -72,9 +72,12 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"get property:Site", 0, "Madrid\n"},
       {"shwo", kUsage, "no such command: shwo; did you mean \"show\"?"},
       {"explain ke_store_unusable", 0,
-       "1782 KE_STORE_UNUSABLE: the value is missing, or its file cannot be opened or written\nwhat to do: kelctl "
-       "doctor: is only this value missing, or is the store damaged?\n"},
-      {"explain 5", 0, "5 (unnamed): a code this kelctl does not know\nwhat to do: look into the log: kelctl log\n"},
+       "1782 KE_STORE_UNUSABLE: a store or settings file cannot be opened or written, or a value is missing\nwhat to "
+       "do: "
+       "kelctl doctor; getter: the value was never stored or the store is damaged; setter: rights, full disk, a "
+       "program "
+       "that holds the file\n"},
+      {"explain 5", 0, "5 (unnamed): a code this kelctl does not know\nwhat to do: read the log: kelctl log\n"},
       {"explain x", kUsage, "neither a result code"},
       {"log level x", kUsage, "not a decimal number"},
       {"log level 20", 0, "20\n"},
@@ -151,4 +154,11 @@ TEST_CASE("kelctl: says what is wrong with the library or the store") {
   CHECK(tool.Run("show").exitCode == 1);
   CHECK(tool.Run("get container").output.find("1783 KE_CRYPTO_NOT_LOADED") != std::string::npos);
   CHECK(tool.Run("get container", "absent.dll").exitCode == 2);
+}
+
+TEST_CASE("kelctl: sees the true release of Windows, which Windows hides from programs without a manifest") {
+  constexpr char kKey[] = "Software\\Wine\\AppDefaults\\kelctl.exe";
+  CHECK(RegSetKeyValueA(HKEY_CURRENT_USER, kKey, "Version", REG_SZ, "win10", 6) == ERROR_SUCCESS);
+  CHECK(Tool().Run("os").output.starts_with("Microsoft Windows 10 "));
+  CHECK(RegDeleteTreeA(HKEY_CURRENT_USER, kKey) == ERROR_SUCCESS);
 }

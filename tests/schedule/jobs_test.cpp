@@ -178,9 +178,10 @@ TEST_CASE("default tasks: a failed allocation costs more than one job") {
   };
   CHECK(commands(0) == 21);
   int at = 1;
-  for (; reached; at += 3) {
+  while (reached) {
     CAPTURE(at);
     CHECK(commands(at) >= 19);
+    at += 3;
   }
   CHECK(at > 100);
 }

@@ -89,8 +89,12 @@ ProgramRun RunProgram(const std::string& commandLine) {
   CloseHandle(startup.hStdOutput);
   ProgramRun run{};
   char buffer[4096];
-  for (DWORD got = 0; ::ReadFile(reader, buffer, sizeof buffer, &got, nullptr) && got > 0;)
-    run.output.append(buffer, got);
+  // To the end of the program: what Wine starts along with it holds the pipe open.
+  for (DWORD got = 0, end = WAIT_TIMEOUT; PeekNamedPipe(reader, nullptr, 0, nullptr, &got, nullptr);) {
+    if (got == 0 && end == WAIT_OBJECT_0) break;
+    if (got != 0 && ::ReadFile(reader, buffer, sizeof buffer, &got, nullptr)) run.output.append(buffer, got);
+    if (got == 0) end = WaitForSingleObject(process.hProcess, 5);
+  }
   CHECK(WaitForSingleObject(process.hProcess, 60000) == WAIT_OBJECT_0);
   GetExitCodeProcess(process.hProcess, &run.exitCode);
   CloseHandle(reader);

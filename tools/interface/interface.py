@@ -109,13 +109,20 @@ def parameters_of(cursor, contract):
     return parameters
 
 
+def documented_codes():
+    """{code: (meaning, what to do)} of docs/operations.md."""
+    rows = re.findall(r"^\| \d+ \| `(KE_\w+)` \| (.+) \| (.+) \|$", (ROOT / "docs/operations.md").read_text(), re.M)
+    return {row[0]: tuple(text.replace("`", "") for text in row[1:]) for row in rows}
+
+
 def read_interface(version):
     cursors = parse_header()
     codes, records, functions, contracts = {}, [], [], {}
     lists = result_lists(HEADER.read_text())
     for cursor in cursors:
         if cursor.kind == CursorKind.ENUM_DECL:
-            codes.update({value.spelling: {"value": value.enum_value, "text": one_line(plain(value.raw_comment))}
+            codes.update({value.spelling: {"value": value.enum_value, "text": one_line(plain(value.raw_comment)),
+                                           "remedy": documented_codes().get(value.spelling, ("", ""))[1]}
                           for value in cursor.get_children()})
         elif cursor.kind == CursorKind.STRUCT_DECL:
             records.append({"name": cursor.spelling, "size": cursor.type.get_size(), "text": one_line(plain(cursor.raw_comment)), "fields": [
@@ -164,7 +171,7 @@ def check(interface, build):
 
     def compare(what, expected, found):
         for word, names in (("lacks", set(expected) - set(found)), ("has", set(found) - set(expected))):
-            bad.extend("%s %s %s" % (what, word, name) for name in sorted(names))
+            bad.extend("%s %s %s" % (what, word, name if isinstance(name, str) else ", ".join(name)) for name in sorted(names))
         if len(found) != len(set(found)):
             bad.append(what + " names something twice")
 
@@ -182,7 +189,9 @@ def check(interface, build):
     if not re.match(r"\s*%d,? " % len(names), table):
         bad.append("README.md does not begin its table with the number of exports, %d" % len(names))
     compare("docs/operations.md", codes, [" ".join(row) for row in found("docs/operations.md", r"^\| (\d+) \| `(KE_\w+)` \|")])
-    compare("tools/kelctl/result_codes.cpp", interface["codes"], found("tools/kelctl/result_codes.cpp", r"KELCTL_CODE\((KE_\w+)"))
+    source = re.sub(r'"\s*"', "", (ROOT / "tools/kelctl/result_codes.cpp").read_text())
+    texts = [(name, meaning, remedy) for name, (meaning, remedy) in documented_codes().items()]
+    compare("tools/kelctl/result_codes.cpp", texts, re.findall(r'KELCTL_CODE\(\s*(KE_\w+),\s*"(.*?)",\s*"(.*?)"\)', source))
     definition = r"^\w.* KE_API (KE_\w+)\("
     compare("src/exports", names, sum((found(file, definition) for file in sorted((ROOT / "src/exports").glob("*_exports.cpp"))), []))
     for file in sorted((ROOT / "src").rglob("*.cpp")):

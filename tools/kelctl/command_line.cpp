@@ -24,32 +24,6 @@ constexpr char kFooter[] =
     "found a failure, 4 refused. NO_COLOR in the environment switches colours off.\n"
     "Example: kelctl --dll C:\\Agent\\KELUtils\\KELUtils.dll show";
 
-/// What to do about a result code.
-struct ResultRemedy {
-  KE_RESULT code;
-  const char* remedy;
-};
-
-constexpr ResultRemedy kRemedies[] = {
-    {KE_SUCCESS, "nothing"},
-    {KE_MISSING_ARGUMENT, "give the argument"},
-    {KE_BUFFER_TOO_SMALL, "call again with a larger buffer"},
-    {KE_NOT_CREATED, "look into the log: kelctl log"},
-    {KE_EXCEPTION, "look into the log, and report it: kelctl diagnostics FILE"},
-    {KE_NO_MODULE_DIRECTORY, "put the library into a folder whose name the code page can spell"},
-    {KE_STORE_UNUSABLE, "kelctl doctor: is only this value missing, or is the store damaged?"},
-    {KE_CRYPTO_NOT_LOADED, "put ApiCr.dll into the folder of KELUtils.dll; for value files into Common"},
-    {KE_CRYPTO_FAILED, "kelctl doctor: do library, ApiCr.dll and store belong together?"},
-    {KE_SCHEDULER_NOT_STARTED, "install Scheduler\\zumat.exe again"},
-    {KE_SCHEDULER_FAILED, "look into Scheduler\\zumat.log"},
-    {KE_SCHEDULER_TIMEOUT, "look into Scheduler\\zumat.log; end a scheduler that hangs"},
-    {KE_AGENT_NOT_LOADED, "install Common\\KELAGAPI.dll again"},
-    {KE_AGENT_INCOMPLETE, "install the KELAGAPI.dll that belongs to this library"},
-    {KE_LAUNCHER_NOT_LOADED, "install Common\\KELMNAPI.dll again"},
-    {KE_EVENTS_UNAVAILABLE, "install KELTVEVT\\TvEvAPI.dll again"},
-    {KE_PROMPT_FAILED, "install KESAgent\\KePIRes.exe again"},
-};
-
 // What a result code, its name, or a code of the doctor means, and what to do.
 void Explain(Session& session, const std::string& typed) {
   for (const FindingCode& row : FindingCodes()) {
@@ -69,10 +43,8 @@ void Explain(Session& session, const std::string& typed) {
       throw UsageError("\"" + typed + "\" is neither a result code, its name, nor a code of kelctl doctor");
     }
   }
-  const auto* const row = std::ranges::find(kRemedies, code.code, &ResultRemedy::code);
-  const std::string remedy = row == std::end(kRemedies) ? "look into the log: kelctl log" : row->remedy;
-  session.Show(DescribeResult(code.code) + "\nwhat to do: " + remedy + "\n",
-               {{"code", code.code}, {"name", code.name}, {"meaning", code.text}, {"remedy", remedy}});
+  session.Show(DescribeResult(code.code) + "\nwhat to do: " + code.remedy + "\n",
+               {{"code", code.code}, {"name", code.name}, {"meaning", code.text}, {"remedy", code.remedy}});
 }
 
 void AddExplainCommand(CLI::App& kelctl, Session& session) {

@@ -16,11 +16,12 @@ enum ExitCode {
   kRefused = 4,          // nothing was changed: something would have been lost
 };
 
-/// One result code of KELUtils: its number, its constant's name and its meaning.
+/// One result code of KELUtils: its number, its constant's name, its meaning and what to do.
 struct ResultCode {
   KE_RESULT code;
   const char* name;
   const char* text;
+  const char* remedy;
 };
 
 /// The row of `code`; for a number that KEResults.h does not list, a row that says so.

@@ -24,17 +24,15 @@ struct ProgramOutcome {
   std::string output;
 };
 
-// Runs a program (command line in UTF-8) and reads its output, which it writes into a pipe.
-ProgramOutcome RunProgram(const std::string& commandLine) {
+// Runs a program (command line in UTF-8) and reads its output, until its end or a silence of so many milliseconds.
+ProgramOutcome RunProgram(const std::string& commandLine, DWORD longestSilence) {
   const PipedChild child = StartPiped(WideFromUtf8(commandLine), true);
   if (!child.output) throw CommandError(kCallFailed, "cannot make a pipe (" + WindowsError(child.error) + ")");
   if (!child.process) throw LibraryError("cannot start " + commandLine + " (" + WindowsError(child.error) + ")");
   ProgramOutcome outcome{};
-  char part[4096];
-  DWORD count = 0;
-  while (ReadFile(child.output.Get(), part, sizeof part, &count, nullptr) && count > 0)
-    outcome.output.append(part, count);
-  if (WaitForSingleObject(child.process.Get(), kLongestWait) != WAIT_OBJECT_0 ||
+  for (std::string part = NextOutput(child, longestSilence); !part.empty(); part = NextOutput(child, longestSilence))
+    outcome.output += part;
+  if (WaitForSingleObject(child.process.Get(), longestSilence) != WAIT_OBJECT_0 ||
       !GetExitCodeProcess(child.process.Get(), &outcome.exitCode)) {
     throw CommandError(kCallFailed, "no end of " + commandLine);
   }
@@ -50,7 +48,7 @@ ProgramOutcome AskScheduler(const Session& session, const std::string& arguments
   if (!win::Exists(scheduler)) scheduler = product.Path({fallback, file});
   if (!win::Exists(scheduler))
     throw LibraryError("cannot start " + Utf8FromCodePage(scheduler) + ": the file is missing");
-  ProgramOutcome outcome = RunProgram("\"" + Utf8FromCodePage(scheduler) + "\" " + arguments);
+  ProgramOutcome outcome = RunProgram("\"" + Utf8FromCodePage(scheduler) + "\" " + arguments, kLongestWait);
   if (outcome.exitCode == 0) return outcome;
   throw CommandError(kCallFailed, "the scheduler ended with exit code " + std::to_string(outcome.exitCode) +
                                       (outcome.output.empty() ? "" : ": " + outcome.output));
@@ -88,7 +86,7 @@ void RunJob(Session& session, const std::string& typed) {
     const Product product(LibraryPath(session.libraryPath));
     const std::string commandLine =
         "\"" + ProgramOf(product, job.value("program", "")) + "\" " + job.value("command", "");
-    const ProgramOutcome outcome = RunProgram(commandLine);
+    const ProgramOutcome outcome = RunProgram(commandLine, INFINITE);
     if (outcome.exitCode != 0) session.exitCode = kCallFailed;
     return session.Show(commandLine + "\nended with exit code " + std::to_string(outcome.exitCode) + "\n",
                         {{"command", commandLine}, {"exitCode", outcome.exitCode}});

@@ -1,5 +1,8 @@
 #include "piped_child.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace kelctl {
 
 PipedChild StartPiped(std::wstring commandLine, bool errors) {
@@ -27,6 +30,24 @@ PipedChild StartPiped(std::wstring commandLine, bool errors) {
     child.error = GetLastError();
   }
   return child;
+}
+
+std::string NextOutput(const PipedChild& child, DWORD longestSilence) {
+  constexpr DWORD kPause = 5;  // milliseconds
+  const DWORD begin = GetTickCount();
+  do {
+    const bool ended = WaitForSingleObject(child.process.Get(), 0) == WAIT_OBJECT_0;  // before the last look
+    char part[4096];
+    DWORD count = 0;
+    if (!PeekNamedPipe(child.output.Get(), nullptr, 0, nullptr, &count, nullptr)) return {};
+    if (count > 0) {
+      const DWORD size = std::min<DWORD>(count, std::size(part));
+      return ReadFile(child.output.Get(), part, size, &count, nullptr) ? std::string(part, count) : std::string();
+    }
+    if (ended) return {};
+    WaitForSingleObject(child.process.Get(), kPause);
+  } while (longestSilence == INFINITE || GetTickCount() - begin < longestSilence);
+  return {};
 }
 
 }  // namespace kelctl

@@ -19,4 +19,8 @@ struct PipedChild {
 /// Starts a program without a console window, with its output in a pipe, and with its errors too when `errors` is set.
 PipedChild StartPiped(std::wstring commandLine, bool errors);
 
+/// The next part of the output. Empty when the process has ended and all was read, whoever else holds the pipe, or when
+/// nothing came for so many milliseconds.
+std::string NextOutput(const PipedChild& child, DWORD longestSilence);
+
 }  // namespace kelctl

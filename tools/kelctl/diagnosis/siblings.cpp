@@ -136,10 +136,12 @@ bool Is64Bit(const std::string& path) {
 void CheckModule(const Sibling& sibling, const std::string& path, Finding& finding) {
   const win::ModuleHandle module(LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   if (!module) {
+    const DWORD error = GetLastError();
+    const bool other = Is64Bit(path);
     finding.health = sibling.whenUnusable;
-    finding.code = Is64Bit(path) ? "MODULE-64-BIT" : "MODULE-NOT-LOADED";
-    finding.detail = std::string(Is64Bit(path) ? "is a 64-bit module, and " : "") + "cannot be loaded (" +
-                     WindowsError(GetLastError()) + ")";
+    finding.code = other ? "MODULE-64-BIT" : "MODULE-NOT-LOADED";
+    finding.detail =
+        std::string(other ? "is a 64-bit module, and " : "") + "cannot be loaded (" + WindowsError(error) + ")";
     return;
   }
   finding.detail = sibling.names.empty() ? "loaded" : "loaded, has all functions";
@@ -163,7 +165,7 @@ void CheckProgram(const Sibling& sibling, const std::string& path, Finding& find
 // The lines that a child of this program writes about the siblings from number `first` on, until it ends or is silent
 // for too long.
 std::vector<std::string> LinesOfChild(const Product& product, std::size_t first) {
-  constexpr DWORD kLongestSilence = 20000, kPause = 5;  // milliseconds
+  constexpr DWORD kLongestSilence = 20000;  // milliseconds
   std::vector<std::string> lines;
   wchar_t program[kLongestPath];
   GetModuleFileNameW(nullptr, program, kLongestPath);
@@ -173,18 +175,8 @@ std::vector<std::string> LinesOfChild(const Product& product, std::size_t first)
   const PipedChild child = StartPiped(words, false);
   if (!child.process) return lines;
   std::string text;
-  for (DWORD since = GetTickCount(); GetTickCount() - since < kLongestSilence;) {
-    DWORD available = 0, count = 0;
-    if (!PeekNamedPipe(child.output.Get(), nullptr, 0, nullptr, &available, nullptr)) break;  // the child has ended
-    if (available == 0) {
-      Sleep(kPause);
-      continue;
-    }
-    char part[4096];
-    if (!ReadFile(child.output.Get(), part, std::min<DWORD>(available, sizeof part), &count, nullptr)) break;
-    text.append(part, count);
-    since = GetTickCount();
-  }
+  for (std::string part = NextOutput(child, kLongestSilence); !part.empty(); part = NextOutput(child, kLongestSilence))
+    text += part;
   TerminateProcess(child.process.Get(), 1);
   for (auto end = text.find('\n'); end != text.npos; end = text.find('\n')) {
     lines.push_back(text.substr(0, end));
