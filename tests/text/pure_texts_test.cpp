@@ -123,14 +123,12 @@ TEST_CASE("command gate: a command that may run in another state") {
                                                  {"KelUpd", "40 41 42 43 44 46 47 48 200 "},
                                                  {"KELReport", "48 200 "},
                                                  {"KELQtine", "48 200 "},
-                                                 {"KELTes", "200 "},
                                                  {"KELTest ", "200 "},
                                                  {nullptr, "200 "}};
   for (const auto& [command, states] : rows) {
     string allowed;
-    for (const int state : {-1, 0, 39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 199, 200}) {
-      if (registration::IsCommandAllowed(command, state)) allowed += std::to_string(state) + " ";
-    }
+    for (const int state : {-1, 0, 39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 199, 200})
+      allowed += registration::IsCommandAllowed(command, state) ? std::to_string(state) + " " : "";
     CHECK(allowed == states);
   }
 }
