@@ -120,6 +120,9 @@ TEST_CASE("value files: states of the file, a failing cipher, names that are cut
   const LoadedDll crypto(tree.tree.Path("KELUtils/ApiCr.dll")), dll = tree.Load();
   CALL(crypto, FakeCipher)()->error = 9;
   CHECK(Decrypted(dll, "QUJD", 99) == "(9)");  // binds the fake for all exports
+  std::string text(99, ' ');
+  int32_t size = 99;
+  CHECK(CALL(dll, KE_EncryptSetting)("secret", 6, text.data(), &size) == 9);
   CALL(crypto, FakeCipher)()->error = 0;
   const auto get = CALL(dll, KE_GetEncryptedFileValue);
   const auto set = CALL(dll, KE_SetEncryptedFileValue);

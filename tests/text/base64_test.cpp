@@ -28,5 +28,7 @@ TEST_CASE("base64: a text that differs from RFC 4648, a break at another place, 
   CHECK(Encoded(std::string(115, '\0'), kBase64NoLineBreaks) == line + line + "AA==");
   const int rows[][3] = {{0, 0, 2}, {1, 1, 6}, {2, 2, 4}, {57, 0, 80}, {58, 0, 84}, {536870911, 2, 715827884}};
   for (const auto& row : rows) CHECK(Base64RequiredLength(row[0], static_cast<std::uint32_t>(row[1])) == row[2]);
+  std::int32_t length = 0;
+  CHECK_FALSE((Base64DecodeText(nullptr, 0, nullptr, &length) || Base64DecodeText("", 0, &length, nullptr)));
   CHECK_THROWS_AS(Base64RequiredLength(536870912, 0), std::bad_array_new_length);
 }
