@@ -35,25 +35,22 @@ struct EventTree : support::AgentTree {
 };
 
 const struct {
-  std::string name, call, record, notSent, told;
+  std::string name, call, record, notSent;
   KE_RESULT (*send)();
 } kEvents[] = {
     {"KE_ScanStateEvent", "ScanState",
      R"("product":"KEC","extra":0,"text":now,"description":null,"argument":"Unknown","status":-3,"taskId":null,)",
-     "State Event asociated with TaskId: [(null)] and Status: [-3] to the Queue", "Fecha y Hora UTC: 2",
+     "State Event asociated with TaskId: [(null)] and Status: [-3] to the Queue",
      [] { return KE_ScanStateEvent("KEC", nullptr, -3); }},
     {"KE_RebootForcedEvent", "RebootForced",
      R"("product":null,"extra":0,"text":null,"description":null,"argument":"0",)",
-     "UnInstall Event asociated with product: [(null)]", "", [] { return KE_RebootForcedEvent(nullptr); }},
+     "UnInstall Event asociated with product: [(null)]", [] { return KE_RebootForcedEvent(nullptr); }},
     {"KE_Uninstall", "Install", R"("product":"KEC","extra":0,"text":null,"description":null,"flag":1,)",
-     "UnInstall Event asociated with product: [KEC]", "Finishing time out to send the event",
-     [] { return KE_Uninstall("KEC"); }},
+     "UnInstall Event asociated with product: [KEC]", [] { return KE_Uninstall("KEC"); }},
     {"KE_GenerateEvent", "ErrorEvent",
      R"("product":"KEAGENT","extra":4294967295,"text":"x","description":"The agent has run out of memory.",)"
      R"("source":4294967295,"identifier":"KEAGENT-2",)",
-     "Error Event asociated with ErrorCode: [2] to the Queue",
-     "Event Description Read : [The agent has run out of memory.]",
-     [] { return KE_GenerateEvent(7, 0xFFFFFFFF, 2, "x"); }},
+     "Error Event asociated with ErrorCode: [2] to the Queue", [] { return KE_GenerateEvent(7, 0xFFFFFFFF, 2, "x"); }},
 };
 
 /// The agent's shutdown script and another one in the policy of the machine for the scope.
@@ -102,7 +99,7 @@ TEST_CASE("events: another record or result, a module that stays, a script of th
     };
     const std::string sent = "StartAPI 0\n" + row.call + " \"class\":" + (row.call == "ErrorEvent" ? "7" : "4") +
                              ",\"computer\":\"" + computer + "\"," + row.record;
-    check("", KE_SUCCESS, sent + "0\nStopAPI 0\n", row.told);
+    check("", KE_SUCCESS, sent + "0\nStopAPI 0\n", "Function start");
     check("TEVT_StartAPI=7", KE_EVENT_NOT_SENT, "StartAPI 7\n", "Failed to start TvEvAPI-TEVT_StartAPI\"");
     check("TEVT_" + row.call + "=9", KE_EVENT_NOT_SENT, sent + "9\nStopAPI 0\n",
           "Could not send " + row.notSent + "\"");

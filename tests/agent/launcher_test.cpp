@@ -167,15 +167,14 @@ TEST_CASE("plug-ins: an unusable one is used, stays loaded or is not finalised")
 TEST_CASE("update settings: a value at another place, or a file that is created on demand") {
   const LauncherTree tree;
   char buffer[8] = "before";
-  CHECK(KE_SetUpdateNowConfig("S", "K", "v", 1) == KE_SUCCESS);
-  CHECK_FALSE(std::filesystem::exists(tree.Path("KesLpmng/UPDNW.DAT")));
-  CHECK((KE_GetUpdateNowConfig("S", "K", "none", buffer, 0) == KE_SUCCESS && std::string(buffer) == "before"));
-  CHECK((KE_GetUpdateNowConfig("S", "K", "none", buffer, 8) == KE_SUCCESS && buffer == std::string("none")));
-  CHECK(KE_SetUpdateNowConfig("S", "K", "a long value", 0) == KE_SUCCESS);
-  CHECK(KE_SetUpdateNowConfig("S", "L", "x", 1) == KE_SUCCESS);
-  CHECK((KE_GetUpdateNowConfig("S", "K", "", buffer, 8) == KE_SUCCESS && buffer == std::string("a long ")));
+  const auto get = [&](const char* fallback, int32_t size) {
+    return KE_GetUpdateNowConfig("S", "K", fallback, buffer, size) == KE_SUCCESS ? buffer : std::string();
+  };
+  CHECK((KE_SetUpdateNowConfig("S", "K", "v", 1) == 0 && !std::filesystem::exists(tree.Path("KesLpmng/UPDNW.DAT"))));
+  CHECK((get("none", 0) == "before" && get("none", 8) == "none"));
+  CHECK((KE_SetUpdateNowConfig("S", "K", "a long value", 0) == 0 && KE_SetUpdateNowConfig("S", "L", "x", 1) == 0));
+  CHECK((get("", 8) == "a long " && KE_SetNoCheckAVValue(-5) == KE_SUCCESS));
   CHECK(support::ReadFile(tree.Path("KesLpmng/UPDNW.DAT")) == "[S]\r\nK=a long value\r\nL=x\r\n");
-  CHECK(KE_SetNoCheckAVValue(-5) == KE_SUCCESS);
   CHECK(support::ReadFile(tree.Path("KelUpg/KelUpg.ini"))
             .ends_with("[GENERAL]\r\nNoCheckAV=-5\r\n[KEC]\r\nInstallWithOtherProducts=-5\r\n"));
 }

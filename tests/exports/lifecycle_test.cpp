@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include "exports/store_tree.h"
 
@@ -45,19 +44,6 @@ TEST_CASE("module directory: the folder of a similar name is used for one that t
     CHECK(support::ReadFile(root.Path("A") / file) == support::ReadFile(tree.tree.Path(file)));
 }
 
-TEST_CASE("random numbers: loading the library, or its jobs, use up those of the host") {
-  const support::ProductTree tree;
-  std::srand(1);
-  const int first = std::rand();
-  std::srand(1);
-  {
-    const LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
-    CHECK(CALL(dll, KE_SetPeriodicTask)("P", "M", "", 4, 60, 1) == KE_SCHEDULER_NOT_STARTED);
-    CHECK(CALL(dll, KE_ScheduleDefaultTasks)() == KE_INSTALL_HELPER_NOT_STARTED);
-  }
-  CHECK(std::rand() == first);
-}
-
 TEST_CASE("end of the process: a host that ends with a thread inside a call hangs") {
   // Runs in a child: this program, told to run the case below.
   const support::ProductTree tree;
@@ -78,18 +64,4 @@ TEST_CASE("child: ends inside a call" * doctest::skip()) {
   CloseHandle(CreateThread(nullptr, 0, SetForEver, &dll, 0, nullptr));
   Sleep(200);
   ExitProcess(77);
-}
-
-TEST_CASE("version resource: a version other than the build's, or a name that is missing") {
-  const std::string path = (support::BuildFolder() / "bin/KELUtils.dll").string();
-  std::vector<char> resource(GetFileVersionInfoSizeA(path.c_str(), nullptr));
-  REQUIRE(GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()));
-  void* data = nullptr;
-  UINT size = 0;
-  REQUIRE(VerQueryValueA(resource.data(), "\\", &data, &size));
-  const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(data);
-  constexpr DWORD high = VERSION_MAJOR << 16 | VERSION_MINOR, low = VERSION_PATCH << 16;
-  CHECK((fixed.dwFileVersionMS == high && fixed.dwFileVersionLS == low && fixed.dwProductVersionMS == high));
-  REQUIRE(VerQueryValueA(resource.data(), "\\StringFileInfo\\040904E4\\OriginalFilename", &data, &size));
-  CHECK(std::string(static_cast<const char*>(data)) == "KELUtils.dll");
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <tuple>
 
@@ -90,44 +91,46 @@ TEST_CASE("proxy exports: a failure with another code, that stores something, or
   std::filesystem::remove(tree.Path("Common/KELAGAPI.dll"));
   const LoadedDll dll(tree.library), crypto(tree.Path("KELUtils/ApiCr.dll"));
   KE_PROXY proxy{};
-  const auto configured = [&] { return CALL(dll, KE_GetConfiguratedProxy)(&proxy); };
-  const auto internet = [&] { return CALL(dll, KE_GetInetConfig)(&proxy, sizeof proxy); };
   const auto set = [&](const string& user = "", const string& password = "", const char* server = "h") {
     return CALL(dll, KE_SetAgentProxyInfo)(server, "1", user.c_str(), password.c_str());
   };
-  const auto setStatic = [&] { return CALL(dll, KE_SetStaticProxyInfo)("h", nullptr); };
-  const auto setServer = [&] { return CALL(dll, KE_SetURLServer)("https://s"); };
+  const std::function<KE_RESULT()> setServer = [&] { return CALL(dll, KE_SetURLServer)("https://s"); },
+                                   configured = [&] { return CALL(dll, KE_GetConfiguratedProxy)(&proxy); },
+                                   internet = [&] { return CALL(dll, KE_GetInetConfig)(&proxy, sizeof proxy); },
+                                   setAgent = [&] { return set(); },
+                                   setStatic = [&] { return CALL(dll, KE_SetStaticProxyInfo)("h", nullptr); };
   // No module, one that loads but lacks the functions in the second folder, and one in the first.
-  for (const char* folder : {"", "KELUtils", "Common"}) {
-    if (*folder) tree.AddFake("FakeKERegister", string(folder) + "/KELAGAPI.dll");
-    const KE_RESULT expected = string(folder) == "Common" ? KE_AGENT_INCOMPLETE : KE_AGENT_NOT_LOADED;
+  for (const string folder : {"", "KELUtils", "Common"}) {
+    if (!folder.empty()) tree.AddFake("FakeKERegister", folder + "/KELAGAPI.dll");
     CHECK(setServer() == KE_AGENT_NOT_LOADED);
-    for (const KE_RESULT result : {configured(), internet(), set(), setStatic()}) {
-      CHECK_MESSAGE(result == expected, folder);
+    for (const auto& call : {configured, internet, setAgent, setStatic}) {
+      CHECK_MESSAGE(call() == (folder == "Common" ? KE_AGENT_INCOMPLETE : KE_AGENT_NOT_LOADED), folder);
       CHECK(GetModuleHandleA("KELAGAPI.dll") == nullptr);
     }
   }
   tree.AddFake("FakeKELAGAPI", "Common/KELAGAPI.dll");
   const LoadedDll agent(tree.Path("Common/KELAGAPI.dll"));
-  const auto fail = [&](const char* function, KE_RESULT expected, const char* host, auto call) {
+  const std::tuple<const char*, KE_RESULT, const char*, std::function<KE_RESULT()>> failures[] = {
+      {"KE_AGAPI_AskProxyConfig", KE_NOT_CREATED, "kept", internet},
+      {"KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "kept", internet},
+      {"KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "", configured},
+      {"KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "", configured},
+      {"KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "kept", setServer},
+      {"KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setServer},
+      {"KE_AGAPI_SetConfig", KE_REGISTRY_UNUSABLE, "kept", setAgent},
+      {"KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setStatic}};
+  for (const auto& [function, expected, host, call] : failures) {
     std::strcpy(proxy.host, "kept");
     FakeCallState* const state = CALL(agent, FakeCall)(function);
     state->answer = -9;
     CHECK_MESSAGE((call() == expected && state->count == 1 && string(proxy.host) == host), function);
     state->answer = state->count = 0;
-  };
-  fail("KE_AGAPI_AskProxyConfig", KE_NOT_CREATED, "kept", internet);
-  fail("KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "kept", internet);
-  fail("KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "", configured);
-  fail("KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "", configured);
-  fail("KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "kept", setServer);
-  fail("KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setServer);
-  fail("KE_AGAPI_SetConfig", KE_REGISTRY_UNUSABLE, "kept", set);
-  fail("KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setStatic);
-
+  }
   const string good = Setting(dll, "u"), longest = good + string(1023 - good.size(), ' ');
   CALL(crypto, FakeCipher)()->error = 9;
-  CHECK(set(good, good) == 9);
+  char text[99];
+  int32_t size = sizeof text;
+  CHECK((set(good, good) == 9 && CALL(dll, KE_EncryptSetting)("secret", 6, text, &size) == 9));
   CALL(crypto, FakeCipher)()->error = 0;
   CHECK((set(longest + " ") == KE_OUT_OF_RANGE && set(good, longest + " ") == KE_OUT_OF_RANGE));
   CHECK((set("", "", "") == KE_MISSING_ARGUMENT && CALL(dll, KE_SetAgentProxyInfo)("h", "", "", nullptr) == 1777));

@@ -1,10 +1,8 @@
 #include <doctest/doctest.h>
 
-#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <tuple>
 
 #include "exports/store_tree.h"
@@ -28,8 +26,7 @@ std::string Installed(const support::Folder& root) {
 // A tree with the folders of the modules that host plug-ins, and the DLL in it.
 struct RegistrationTree : StoreTree {
   RegistrationTree() {
-    for (const char* host : {"KELUpg", "KELUpd", "KELConf", "KesLpmng"})
-      std::filesystem::create_directory(tree.Path(host));
+    for (const char* host : {"KELUpg", "KELUpd", "KELConf"}) std::filesystem::create_directory(tree.Path(host));
   }
   std::string Ini(std::string module) const { return support::ReadFile(tree.Path(module + "/" + module + ".ini")); }
   const LoadedDll dll = Load();
@@ -37,7 +34,7 @@ struct RegistrationTree : StoreTree {
 
 }  // namespace
 
-TEST_CASE("initialisation: a file with another text, or another one in the second run or with a backslash") {
+TEST_CASE("initialisation: a file with another text, also in a second run, or written behind a failure") {
   const RegistrationTree with;
   const support::Folder root;
   const std::string path = root / "";
@@ -56,20 +53,14 @@ TEST_CASE("initialisation: a file with another text, or another one in the secon
   for (const char* folder : {"KELSYSCF", "KELTASK", "KELSYSUD", "KELSYSIN", "KesAgent", "KEPWINST"})
     CHECK(std::filesystem::is_directory(root.Path(folder)));
   CHECK((initialise(bare.c_str()) == KE_SUCCESS && Installed(root) == first));
-}
 
-TEST_CASE("initialisation: it goes on behind a file that cannot be written, or takes back the ones before") {
-  const RegistrationTree with;
   for (const char* blocked : kFiles) {
-    CAPTURE(blocked);
-    const support::Folder root;
-    std::filesystem::create_directories(root.Path(blocked));
-    CHECK(CALL(with.dll, KE_InitializeSystem)((root / "").c_str()) == KE_STORE_UNUSABLE);
+    const support::Folder other;
+    std::filesystem::create_directories(other.Path(blocked));
+    CHECK(initialise((other / "").c_str()) == KE_STORE_UNUSABLE);
     bool before = true;
-    for (const char* file : kFiles) {
-      before = before && file != blocked;
-      CHECK(std::filesystem::is_regular_file(root.Path(file)) == before);
-    }
+    for (const char* file : kFiles)
+      CHECK(std::filesystem::is_regular_file(other.Path(file)) == (before = before && file != blocked));
   }
 }
 
@@ -104,45 +95,42 @@ TEST_CASE("initialisation: another key is lost, a plug-in not registered again, 
 
 TEST_CASE("plug-ins, versions and subscriptions: a call leaves another text in its file") {
   const RegistrationTree with;
-  const auto addPlugin = CALL(with.dll, KE_AddPlugin);
-  const auto removePlugin = CALL(with.dll, KE_RemovePlugin);
-  const auto setVersion = CALL(with.dll, KE_SetVersion);
-  const auto subscribe = CALL(with.dll, KE_AddPolicyTypeSuscription);
-  const auto withdraw = CALL(with.dll, KE_RemovePolicyTypeSuscription);
-  const auto edit = [&](KE_RESULT result, const char* module, const std::string& text) {
-    CHECK((result == KE_SUCCESS && with.Ini(module) == text));
-  };
-  edit(addPlugin("K", "KELConf", "\"a b\""), "KELConf", "[PLUGINS]\r\nK=\"a b\"\r\n");
-  edit(addPlugin("k", "kelconf", "c"), "KELConf", "[PLUGINS]\r\nK=c\r\n");
-  edit(removePlugin("K", "KELConf"), "KELConf", "[PLUGINS]\r\n");
-  edit(addPlugin("K", "KELConf", nullptr), "KELConf", "[PLUGINS]\r\n");
-  const std::string type = "[PLUGINS]\r\n[TYPES_101]\r\n";
-  edit(subscribe("KELSYSCF", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
-  edit(subscribe("kec", "101"), "KELConf", type + "KELSYSCF=YES\r\nkec=YES\r\n");
-  edit(withdraw("kec", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
-  edit(subscribe("KEC", "101"), "KELConf", type + "KEC=YES\r\n");
-  edit(withdraw("KEC", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
+  const auto add = CALL(with.dll, KE_AddPlugin);
+  const auto remove = CALL(with.dll, KE_RemovePlugin), setVersion = CALL(with.dll, KE_SetVersion),
+             subscribe = CALL(with.dll, KE_AddPolicyTypeSuscription),
+             withdraw = CALL(with.dll, KE_RemovePolicyTypeSuscription);
+  const std::string log = with.tree / "KELUpg\\KELUPG.log", type = "[PLUGINS]\r\n[TYPES_101]\r\n";
   with.tree.AddDevkit("KELUPG.dll", "KELUpg");
-  edit(setVersion("X", "2"), "KELUpg", "[INSTALLED]\r\nX=2\r\n");
-  CHECK_FALSE(std::filesystem::exists(with.tree.Path("KELUpg/KELUPG.log")));
-  edit(setVersion("keagent", "3"), "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n");
-  CHECK(support::ReadFile(with.tree.Path("KELUpg/KELUPG.log")).ends_with(";1;0\r\n"));
-  edit(addPlugin("X", "KELUpg", "x"), "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n[PLUGINS]\r\nX=x\r\n");
-  edit(removePlugin("X", "kelupg"), "KELUpg", "[INSTALLED]\r\nX=NOT\r\nkeagent=3\r\n[PLUGINS]\r\n");
-  using TwoTexts = decltype(&KE_SetVersion);
+  const std::tuple<std::function<KE_RESULT()>, const char*, std::string> steps[] = {
+      {[&] { return add("K", "KELConf", "\"a b\""); }, "KELConf", "[PLUGINS]\r\nK=\"a b\"\r\n"},
+      {[&] { return add("k", "kelconf", "c"); }, "KELConf", "[PLUGINS]\r\nK=c\r\n"},
+      {[&] { return remove("K", "KELConf"); }, "KELConf", "[PLUGINS]\r\n"},
+      {[&] { return add("K", "KELConf", nullptr); }, "KELConf", "[PLUGINS]\r\n"},
+      {[&] { return subscribe("KELSYSCF", "101"); }, "KELConf", type + "KELSYSCF=YES\r\n"},
+      {[&] { return subscribe("kec", "101"); }, "KELConf", type + "KELSYSCF=YES\r\nkec=YES\r\n"},
+      {[&] { return withdraw("kec", "101"); }, "KELConf", type + "KELSYSCF=YES\r\n"},
+      {[&] { return subscribe("KEC", "101"); }, "KELConf", type + "KEC=YES\r\n"},
+      {[&] { return withdraw("KEC", "101"); }, "KELConf", type + "KELSYSCF=YES\r\n"},
+      {[&] { return setVersion("X", "2"); }, "KELUpg", "[INSTALLED]\r\nX=2\r\n"},
+      {[&] { return support::ReadFile(log).size(); }, "KELUpg", "[INSTALLED]\r\nX=2\r\n"},  // not notified
+      {[&] { return setVersion("keagent", "3"); }, "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n"},
+      {[&] { return add("X", "KELUpg", "x"); }, "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n[PLUGINS]\r\nX=x\r\n"},
+      {[&] { return remove("X", "kelupg"); }, "KELUpg", "[INSTALLED]\r\nX=NOT\r\nkeagent=3\r\n[PLUGINS]\r\n"},
+  };
+  for (const auto& [step, module, text] : steps) CHECK((step() == KE_SUCCESS && with.Ini(module) == text));
+  CHECK(support::ReadFile(log).ends_with(";1;0\r\n"));
   const char* const none = nullptr;
-  for (const TwoTexts change : {removePlugin, setVersion, subscribe, withdraw}) {
-    for (const auto& [key, text] : {std::pair{none, "KELConf"}, {"", "1"}, {"K", none}, {"K", ""}}) {
-      CHECK((change(key, text) == KE_MISSING_ARGUMENT && addPlugin(key, text, "v") == KE_MISSING_ARGUMENT));
-    }
+  for (const auto change : {remove, setVersion, subscribe, withdraw}) {
+    for (const auto& [key, text] : {std::pair{none, "KELConf"}, {"", "1"}, {"K", none}, {"K", ""}})
+      CHECK((change(key, text) == KE_MISSING_ARGUMENT && add(key, text, "v") == KE_MISSING_ARGUMENT));
   }
   for (const char* file : {"KELUpg", "KELConf/KELConf.ini"}) std::filesystem::remove_all(with.tree.Path(file));
   std::filesystem::create_directory(with.tree.Path("KELConf/KELConf.ini"));  // a folder in the file's place
   for (const char* key : {"KEC", "K"}) {
-    for (const TwoTexts change : {setVersion, subscribe, withdraw}) CHECK(change(key, "101") == KE_STORE_UNUSABLE);
-    for (const char* host : {"KELUpg", "KELConf"}) CHECK(removePlugin(key, host) == KE_STORE_UNUSABLE);
+    for (const auto change : {setVersion, subscribe, withdraw}) CHECK(change(key, "101") == KE_STORE_UNUSABLE);
+    for (const char* host : {"KELUpg", "KELConf"}) CHECK(remove(key, host) == KE_STORE_UNUSABLE);
   }
-  CHECK(addPlugin("K", "KELConf", "v") == KE_STORE_UNUSABLE);
+  CHECK(add("K", "KELConf", "v") == KE_STORE_UNUSABLE);
 }
 
 TEST_CASE("plug-ins of the update module: one stays, or the launcher's failure is another result") {
@@ -162,40 +150,6 @@ TEST_CASE("plug-ins of the update module: one stays, or the launcher's failure i
   CHECK(remove() == KE_STORE_UNUSABLE);
   launcher.result = -3;
   CHECK((remove() == KE_PROGRAM_NOT_STARTED && std::string(launcher.command) == "KELUPD -REMOVEINFO:X"));
-}
-
-TEST_CASE("long texts: one that Windows may crash on is written, in part, or elsewhere") {
-  RegistrationTree with;
-  const LoadedDll& dll = with.dll;
-  char buffer[8];
-  using Text = const char*;
-  const std::tuple<KE_RESULT, KE_RESULT, std::function<KE_RESULT(Text)>> rows[] = {
-      // for 32,766 characters, for more
-      {0, 1782, CALL(dll, KE_SetURLSecureServer)},
-      {0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(text, "KELConf", "v"); }},
-      {1782, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)("k", text, "v"); }},
-      {0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)("k", "KELConf", text); }},
-      {1782, 1782, CALL(dll, KE_InitializeSystem)},
-      {1782, 1782, CALL(dll, KE_UpgradeStart)},
-      {0, 0, [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)("S", text, "none", buffer, sizeof buffer); }},
-  };
-  const support::CurrentFolder current(with.tree.Path(""));  // names that are made of stray memory lie here
-  const auto size = [&] {
-    std::uintmax_t bytes = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(with.tree.Path("")))
-      bytes += entry.is_regular_file() ? entry.file_size() : 10000;
-    return bytes;
-  };
-  for (const auto& [fits, refused, call] : rows) {
-    CHECK(call(std::string(32766, 'x').c_str()) == fits);
-    const auto before = size();
-    for (const size_t length : {32767, 65535, 70000}) {
-      std::memset(buffer, '#', sizeof buffer);
-      CHECK(call(std::string(length, 'x').c_str()) == refused);
-      CHECK((buffer[0] == '#' || std::string_view(buffer, 3) == std::string_view("\0\0#", 3)));
-    }
-    CHECK(size() <= before + 400);  // the names of servers
-  }
 }
 
 TEST_CASE("command gate: a command runs although the installation state forbids it, or cannot be read") {

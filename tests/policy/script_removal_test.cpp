@@ -116,7 +116,7 @@ struct PendingDeletions {
 
 }  // namespace
 
-TEST_CASE("policy scripts: registering writes the places of the release, and nothing of a bad script") {
+TEST_CASE("policy scripts: registering writes another place than those of the release, or a bad script") {
   const struct {
     std::uint32_t code;
     bool vista, windows7;
@@ -140,11 +140,15 @@ TEST_CASE("policy scripts: registering writes the places of the release, and not
   for (const Script& script : {Script{u"a", u"x\r\n1CmdLine=b"}, {std::u16string(260, u'a'), u""}})
     CHECK(RegisterScript(nullptr, policy.places, kShutdown, script) == KE_OUT_OF_RANGE);
   CHECK(Remove(policy, {u""}) == KE_MISSING_ARGUMENT);
-  CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);
+  support::RecordingSink sink;
+  CHECK(DeleteShutdownInformation(&sink, nullptr, L"text", 1) == KE_MISSING_ARGUMENT);
+  CHECK(sink.lines ==
+        L"50 Function start\n30 Parameter (parameters): (null)\n30 Parameter (text): text\n30 Parameter (flag): 1\n"
+        L"40 Return code (1777)\n50 Function end\n");
   CHECK((policy.folder.FileCount() == 0 && policy.Registry(0).empty()));
 }
 
-TEST_CASE("policy scripts: removing one of three leaves the others renumbered and whole") {
+TEST_CASE("policy scripts: the removal of one script changes another one") {
   const ThreeScripts policy;
   support::RecordingSink sink;
   CHECK((Remove(policy, {u"x", u"another.cmd"}) == KE_SUCCESS && policy.State().ends_with("abc")));
@@ -237,7 +241,7 @@ TEST_CASE("policy scripts: a file that is in use or not understood is lost, or c
   }
 }
 
-TEST_CASE("policy scripts: whichever file call fails, each file has its old text or its new one") {
+TEST_CASE("policy scripts: a failed file call leaves a part of a text, or a temporary file") {
   using torture::Gate;
   const std::string x = "[Shutdown]\r\n0CmdLine=b\r\n0Parameters=x\r\n1CmdLine=a\r\n1Parameters=another one\r\n",
                     y = "[Shutdown]\r\n0CmdLine=a\r\n0Parameters=another one\r\n";
@@ -269,7 +273,7 @@ TEST_CASE("policy scripts: whichever file call fails, each file has its old text
       CHECK((ini == Utf16(y) || (ini == row.ini && gpt == version)));
       CHECK((gpt == stepped || gpt == version));
       for (const auto& entry : std::filesystem::recursive_directory_iterator(policy.places.folder))
-        CHECK((row.act == Gate::kFailFromThenOn || entry.path().string().find("~") == std::string::npos));
+        CHECK((row.act == Gate::kFailFromThenOn || row.held || entry.path().string().find("~") == std::string::npos));
       CHECK(((result == KE_SUCCESS) == (gpt == stepped) && Remove(policy) == KE_SUCCESS));
       CHECK((ReadFile(policy.Ini()) == Utf16(y)));
     }
@@ -277,7 +281,7 @@ TEST_CASE("policy scripts: whichever file call fails, each file has its old text
   }
 }
 
-TEST_CASE("policy scripts: other policies stay, and numbers are closed up only where a script was taken out") {
+TEST_CASE("policy scripts: another policy is changed, or a number where nothing was taken out") {
   const TestPolicy policy;
   for (const auto& [number, id] : {std::pair{"0", "{domain}"}, {"2", "LocalGPO"}, {"10", "{other}"}, {"n", "LocalGPO"}})
     policy.AddObject(0, number, id);
@@ -305,7 +309,7 @@ TEST_CASE("policy scripts: other policies stay, and numbers are closed up only w
   CHECK((listed.size() == 4 && !listed[0].local && listed[0].script == Script{u"other.cmd", u"x"}));
 }
 
-TEST_CASE("policy scripts: only a script file of the policy that nothing else runs is deleted") {
+TEST_CASE("policy scripts: a file is deleted that something else runs, or that lies outside of the policy") {
   const struct {
     const char16_t *program, *otherProgram;  // "|" for the folder of the kind
     const char* file;
@@ -329,7 +333,7 @@ TEST_CASE("policy scripts: only a script file of the policy that nothing else ru
   }
 }
 
-TEST_CASE("trees: a file in use is left to the next start, with the folders above it") {
+TEST_CASE("trees: a file in use stays for ever, or a folder above it") {
   const PendingDeletions restored;
   const support::Folder folder;
   const auto tree = folder.Path("tree"), used = tree / "used" / "file", readOnly = tree / "other" / "file";
@@ -347,7 +351,7 @@ TEST_CASE("trees: a file in use is left to the next start, with the folders abov
   CHECK(folder.FileCount() == 0);
 }
 
-TEST_CASE("policy scripts: a script file in use, and a key without rights") {
+TEST_CASE("policy scripts: a file in use stays for ever, or is deleted although a key may name it") {
   const PendingDeletions restored;
   for (const bool denied : {false, true}) {
     const TestPolicy policy;

@@ -16,7 +16,6 @@
 #include "trace/trace.h"
 
 using namespace siblings;
-using support::LoadedDll;
 using support::Wide;
 
 namespace {
@@ -37,10 +36,6 @@ const bool g_child = [] {
 // A traced tree that can be the DLL's, where children note their command lines.
 struct SiblingTree : support::ProductTree {
   SiblingTree() { TurnLogOn(); }
-  ~SiblingTree() {
-    while (FreeAgentApi()) {
-    }
-  }
   std::string Note() const { return support::ReadFile(Path("note")); }
   const std::string own = (support::TestFolder() / "unit_tests.exe").string();
   const support::EnvironmentVariable child{kChildVariable, Path("note").string().c_str()};
@@ -82,24 +77,6 @@ TEST_CASE("binding: a module that lacks a required name is bound, or one that la
   check("TvEvAPI.dll", {KE_EVENT_API_FUNCTIONS(NAME, NAME)}, 0, loadEvents, freeEvents);
 }
 
-TEST_CASE("agent module: an inner use finalises it, the last one does not, or an incomplete one is used") {
-  const SiblingTree agent;
-  const auto module = agent.Path("Common/KELAGAPI.dll");
-  const std::string whole = support::ReadFile(support::TestFolder() / "FakeKELAGAPI.dll");
-  for (const char* missing : {"KE_AGAPI_CanBeProxy", "KE_AGAPI_SetProxyConfig"}) {  // required; optional
-    support::WriteFile(module, Without(whole, missing));
-    CHECK(CheckAgentProxyApi() == KE_AGENT_INCOMPLETE);
-    CHECK((AgentApi().KE_AGAPI_GetConfig != nullptr) == (missing == std::string("KE_AGAPI_SetProxyConfig")));
-    CHECK((FreeAgentApi() && GetModuleHandleA("KELAGAPI.dll") == nullptr));
-  }
-  support::WriteFile(module, whole);
-  const LoadedDll fake(module);
-  const auto calls = CALL(fake, FakeCalls);
-  CHECK((OpenAgentApi() == KE_SUCCESS && CheckAgentProxyApi() == KE_SUCCESS && FreeAgentApi()));
-  CHECK((calls("KE_AGAPI_Finalize") == 0 && FreeAgentApi() && calls("KE_AGAPI_Initialize") == 1));
-  CHECK((calls("KE_AGAPI_Finalize") == 1 && !FreeAgentApi()));
-}
-
 TEST_CASE("sink: a line of another level, or a long text that is not cut") {
   support::RecordingSink sink;
   sink.level = 30;
@@ -120,31 +97,28 @@ TEST_CASE("sink: a line of another level, or a long text that is not cut") {
 
 TEST_CASE("LanzarProceso: another command line, result or sink line; a handle that is left over, also of a sibling") {
   const SiblingTree tree;
-  const std::wstring own = Wide(tree.own);
-  const auto check = [&](const std::wstring& program, const wchar_t* parameters, DWORD timeout, const wchar_t* error) {
-    const std::wstring quoted = L"\"" + program + L"\"", shown = parameters ? parameters : L"(null)";
-    support::RecordingSink sink;
-    PROCESS_INFORMATION started{nullptr, nullptr, 1, 1};
-    CHECK(policy::LanzarProceso(&sink, program.c_str(), parameters, nullptr, true, &started, timeout,
-                                CREATE_NO_WINDOW) == (*error ? 40 : 0));
-    CHECK((GetProcessId(started.hProcess) == started.dwProcessId && !started.dwProcessId == (*error != 0)));
-    const win::Process closing(started);
-    if (!*error) CHECK((Wide(tree.Note()) == (parameters ? quoted + L" " + shown : quoted)));
-    const std::wstring failure = L"20 Error launching program (" + quoted + L" \"" + shown + L"\") - (" + error + L"\n";
-    CHECK((sink.lines.find(*error ? failure : L"Launching program (" + quoted + L" " + shown) != sink.lines.npos));
-  };
+  const std::wstring own = Wide(tree.own), quoted = L"\"" + own + L"\"";
+  const std::tuple<std::wstring, const wchar_t*, DWORD, std::uint32_t, std::wstring, std::wstring> rows[] = {
+      {own, nullptr, INFINITE, 0, quoted, L"Launching program (" + quoted + L" (null))"},
+      {own, L"a \"b\" ", 60000, 0, quoted + L" a \"b\" ", L"Launching program (" + quoted + L" a \"b\" )"},
+      {own, L"-sleep", 0, 40, L"", L" \"-sleep\") - (WaitForSingleObject): 258 <40 258>\n"},
+      {L"no.exe", L"x", 0, 40, L"", L"20 Error launching program (\"no.exe\" \"x\") - (CreateProcess): 2 <40 2>\n"}};
   DWORD handles[3];
   for (DWORD& count : handles) {
-    check(own, nullptr, INFINITE, L"");
-    check(own, L"a \"b\" ", 60000, L"");
-    check(own, L"-sleep", 0, L"WaitForSingleObject): 258 <40 258>");
-    check(L"no.exe", L"x", 0, L"CreateProcess): 2 <40 2>");
+    for (const auto& [program, parameters, timeout, result, noted, line] : rows) {
+      support::RecordingSink sink;
+      PROCESS_INFORMATION started{nullptr, nullptr, 1, 1};
+      CHECK(policy::LanzarProceso(&sink, program.c_str(), parameters, nullptr, true, &started, timeout,
+                                  CREATE_NO_WINDOW) == result);
+      CHECK((GetProcessId(started.hProcess) == started.dwProcessId && !started.dwProcessId == (result != 0)));
+      const win::Process closing(started);
+      CHECK(((noted.empty() || Wide(tree.Note()) == noted) && sink.lines.find(line) != sink.lines.npos));
+    }
     CHECK(policy::LanzarProceso(nullptr, own.c_str(), L"-sleep", nullptr, false, nullptr, 0, 0) == 0);
     const SiblingProgram sibling{"KE_Ask", "a -exit:1", {.application = tree.own.c_str()}};
     CHECK(StartAndWait(sibling, INFINITE, 2, count) == KE_SUCCESS);
     const std::string sleeping = "\"" + tree.own + "\" -sleep";
-    const win::Process inBackground = StartInBackground("KE_Ask", {"\"C:\\none.exe\"", sleeping});
-    CHECK(WaitForProgram("KE_Ask", inBackground, 0) == WAIT_TIMEOUT);
+    CHECK(WaitForProgram("KE_Ask", StartInBackground("KE_Ask", {"\"C:\\none.exe\"", sleeping}), 0) == WAIT_TIMEOUT);
     count = support::OpenHandles();
   }
   CHECK(handles[2] == handles[0]);
@@ -169,20 +143,6 @@ TEST_CASE("sibling programs: another result, one from the current folder, or a f
   CHECK_FALSE(StartInBackground("KE_Ask", {"\"C:\\none.exe\" -1", "\"unit_tests.exe\" -2", "unit_tests.exe -3"}));
   CHECK(tree.Traced("KE_Ask;\"CreateProcess failed [Command = unit_tests.exe -3]\""));
   CHECK(tree.Log().find("none.exe") == std::string::npos);
-  const std::string command = "\"" + tree.own + "\" " + std::string(9000, 'x');
-  CHECK(StartInBackground("KE_Ask", {command}).Wait(60000) == WAIT_OBJECT_0);
-  CHECK(tree.Note() == command.substr(0, 8198));
-}
-
-TEST_CASE("actions: another result of a module, or a module that stays loaded") {
-  const SiblingTree tree;
-  tree.AddDevkit("KELUPG.dll", "KELUPG");
-  tree.AddFake("FakeKERegister", "NODO/NODO.dll");
-  CHECK(ExecuteLocalProcessAction("KELUPG", 3, 7) == 17);
-  CHECK(support::ReadFile(tree.Path("KELUPG/KELUPG.log")).find(";3;7\r\n") != std::string::npos);
-  CHECK(ExecuteLocalProcessAction(nullptr, 1, 0) == KE_OUT_OF_RANGE);
-  for (const char* name : {"NODO", "MISSING"}) CHECK(ExecuteLocalProcessAction(name, 1, 0) == 1801);
-  for (const char* file : {"KELUPG.dll", "NODO.dll"}) CHECK(GetModuleHandleA(file) == nullptr);
 }
 
 TEST_CASE("settings file: another file, a value that is cut, or a text that Windows may crash on") {
@@ -225,7 +185,6 @@ TEST_CASE("product info: a path past its bounds, of another type, or not that of
   const std::tuple<DWORD, std::string, std::string> rows[] = {{REG_SZ, fits, fits},
                                                               {REG_SZ, fits + "p", ""},
                                                               {REG_DWORD, "123", ""},
-                                                              {REG_EXPAND_SZ, "%KE_NONE%\\A\\", "%KE_NONE%\\A\\"},
                                                               {REG_EXPAND_SZ, "%" + longName + "%", "C:\\Long\\"},
                                                               {REG_EXPAND_SZ, "p%KE_MOST%", fits},
                                                               {REG_EXPAND_SZ, "pp%KE_MOST%", ""},
