@@ -1,4 +1,4 @@
-# What an installation, and with it the packages of scripts/package.sh, holds: docs/package.md.
+# The contents of an installation and of the packages of scripts/package.sh: docs/package.md.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KELUtils RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)

@@ -1,6 +1,6 @@
-"""Writes the bill of materials of an installed component (SPDX 2.3), and installs the licences of what is linked into its binaries.
-Versions and licence texts are those of the distribution's packages; a library whose licence is not known here is an error. The only
-date is SOURCE_DATE_EPOCH.
+"""Writes the bill of materials of an installed component (SPDX 2.3), and installs the licences of the libraries that are linked into
+its binaries. Versions and licence texts are those of the distribution's packages; a library whose licence is not known here is an
+error. The only date is SOURCE_DATE_EPOCH.
 
     bill_of_materials.py library|devkit PREFIX VERSION FOLDER-OF-MAPS BINARY=HEADER-ONLY-LIBRARY,... INSTALLED-FILE..."""
 import hashlib, json, os, re, shutil, subprocess, sys, time, uuid
@@ -43,7 +43,7 @@ def keep(file, name):
     paths.append(target)
 
 def parts_of(binary):
-    """What the linker took something from: members of archives and start files, by its map; and header-only libraries."""
+    """The linked files, by the linker's map: members of archives and start files; and header-only libraries."""
     linked = re.findall(r"^(/[^ (]+\.a)\(|^LOAD (/[^ ]+/(?:crt[a-z0-9]*|dllcrt[0-9])\.o)$", (maps / (binary + ".map")).read_text(), re.M)
     files = {os.path.normpath(archive or start) for archive, start in linked} | {header for name, header in headers if name == binary}
     return sorted({component_of(file) for file in sorted(files)})

@@ -1,8 +1,7 @@
-// Parses any bytes as a store, also line by line in the plainest way. What is written of it must read as the same store
-// again; and a value that is changed must be the one that is found.
+// Parses any bytes as a store, and compares the result with that of a simple parser. The written store must read as the
+// same store, and a changed value must be found.
 #include <algorithm>
-#include <span>
-#include <vector>
+#include <ranges>
 
 #include "fuzzer.h"
 #include "store/ini_store.h"
@@ -12,7 +11,7 @@ using namespace store;
 
 namespace {
 
-// The text form of what is understood of a text, which has no line breaks within its lines.
+// The text form of the parsed text, by a simple parser, line by line.
 std::string Expected(const std::string& text) {
   std::string written;
   for (std::size_t at = 0; (at = text.find_first_not_of("\r\n", at)) != text.npos;) {
@@ -28,46 +27,32 @@ std::string Expected(const std::string& text) {
   return written;
 }
 
-// As many of each are looked at as leave the fuzzer quick.
-constexpr std::size_t kLookedAt = 16;
-
-template <typename Row>
-auto Some(const std::vector<Row>& rows) {
-  return std::span(rows).first(std::min(rows.size(), kLookedAt));
-}
-
-// An entry is found by its names, unless a zero byte is in them: such a name is looked up by its beginning.
+// An entry is found by its names; a name with a zero byte is looked up by the part before it. Limits keep the fuzzer
+// quick.
 void CheckLookups(const IniStore& store) {
   const auto hasZero = [](std::string_view name) { return name.find('\0') != name.npos; };
-  for (const auto& section : Some(store.sections)) {
-    for (const auto& entry : Some(section.entries)) {
-      const bool first = &section == &*std::ranges::find_if(store.sections, [&](const auto& candidate) {
-        return text::SameName(candidate.name, section.name);
-      });
-      if (!first || hasZero(section.name) || hasZero(entry.key)) continue;
-      Require(LookupEntry(store, std::string(section.name).c_str(), std::string(entry.key).c_str()) != nullptr);
-    }
+  for (const auto& section : store.sections | std::views::take(16)) {
+    const auto same = [&](const auto& candidate) { return text::SameName(candidate.name, section.name); };
+    if (hasZero(section.name) || &section != &*std::ranges::find_if(store.sections, same)) continue;
+    for (const auto& entry : section.entries | std::views::take(16))
+      Require(hasZero(entry.key) ||
+              LookupEntry(store, std::string(section.name).c_str(), std::string(entry.key).c_str()) != nullptr);
   }
 }
 
-// Changes the first entry of each section twice, and one that is new.
+// Changes the first entry of each section twice, and a new one.
 void Change(IniStore& store) {
-  const std::size_t count = store.sections.size();
-  std::size_t entries = 0;
-  for (std::size_t i = 0; i < std::min<std::size_t>(count, 8); ++i) {
-    const std::string name(store.sections[i].name.data(), store.sections[i].name.size());
+  const std::size_t changed = std::min<std::size_t>(store.sections.size(), 8);
+  for (std::size_t i = 0; i < changed; ++i) {
+    const std::string name(store.sections[i].name);
     const std::string key(store.sections[i].entries.empty() ? "new" : store.sections[i].entries[0].key);
-    for (const std::string value : {"first", "", "the second, which is longer"}) {
-      Require(SetValue(store, name.c_str(), key.c_str(), value));
-      Require(LookupEntry(store, name.c_str(), key.c_str(), false)->value == value);
-    }
-    const std::string_view own = LookupEntry(store, name.c_str(), key.c_str(), false)->value;
-    Require(SetValue(store, name.c_str(), key.c_str(), own.substr(4)));
-    Require(LookupEntry(store, name.c_str(), key.c_str(), false)->value == "second, which is longer");
-    ++entries;
+    const auto value = [&] { return LookupEntry(store, name.c_str(), key.c_str(), false)->value; };
+    for (const std::string text : {"first", "", "the second, which is longer"})
+      Require(SetValue(store, name.c_str(), key.c_str(), text) && value() == text);
+    Require(SetValue(store, name.c_str(), key.c_str(), value().substr(4)) && value() == "second, which is longer");
   }
-  // Each change frees the one before it: what stays is the file's text, a value, and names of what had a zero byte.
-  Require(store.texts.size() <= 1 + 3 * entries);
+  // Each change frees the one before it: only the file's text, a value, and names with a zero byte remain.
+  Require(store.texts.size() <= 1 + 3 * changed);
 }
 
 }  // namespace

@@ -9,27 +9,28 @@ Jobs::iterator PlaceOf(int id, Jobs& jobs) { return std::ranges::lower_bound(job
 
 std::string Named(int id) { return "job " + std::to_string(id); }
 
-/// The ID of a job that came without one: that of the same job when it waits for its boot. Asking twice does not run it
-/// twice.
+/// The ID of a job without one: that of the same job if it waits for its boot, so adding it twice runs it once.
 int OwnId(const Command& command, const Jobs& jobs) {
   int free = kFirstOwnId;
   for (const Job& job : jobs) {
     if (job.id < kFirstOwnId) continue;
-    if (job.clauses.recurrence == Recurrence::kNextBoot && !job.armed && job.program == command.program &&
-        job.command == command.text)
+    if (job.clauses.recurrence == Recurrence::kNextBoot && !job.armed && !job.lastStart &&
+        job.program == command.program && job.command == command.text)
       return job.id;
     if (job.id == free) ++free;
   }
   return free;
 }
 
-/// Clauses that stay the same keep their first day and the start that was picked: writing a job again, as each upgrade
-/// does, must not put it off.
+/// Unchanged clauses keep their first day and the picked start: writing a job again, as each upgrade does, must not
+/// delay it. A job of the next boot that was started already waits for another boot.
 void Define(Job& job, const Command& command, const Moment& moment, bool isNew) {
   job.program = command.program;
   job.command = command.text;
-  if (!isNew && job.clauses == command.clauses && !job.armed) return;
+  const bool isNextBoot = command.clauses.recurrence == Recurrence::kNextBoot;
+  if (!isNew && job.clauses == command.clauses && !job.armed && !(isNextBoot && job.lastStart)) return;
   job.armed = false;
+  if (isNextBoot) job.lastStart.reset();
   job.handled = moment.now;
   job.clauses = command.clauses;
   job.since = std::chrono::floor<std::chrono::days>(moment.now);

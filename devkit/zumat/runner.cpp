@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <vector>
 
 #include "shared/texts.h"
 #include "win/file.h"
@@ -18,7 +19,6 @@ using win::EventHandle;
 constexpr DWORD kTickMilliseconds = 500;
 constexpr std::size_t kLongestTokens = 64 * 1024;  // bytes of tokens.tok
 
-constexpr char kInterrupted[] = "the scheduler ended while it started the job";
 constexpr char kUnknownEnd[] = "ended while no scheduler was running";
 
 HANDLE g_stop = nullptr;  // for the console's thread, as long as a scheduler runs
@@ -49,12 +49,59 @@ std::uint64_t CreationTime(DWORD id) noexcept {
   return (std::uint64_t{created.dwHighDateTime} << 32) | created.dwLowDateTime;
 }
 
+/// Processes that are created but do not run before `Resume`. Without it they never run: they end with this object, or,
+/// when the scheduler is killed, with the job object that Windows then closes.
+class NewProcesses {
+ public:
+  NewProcesses() noexcept : group_(CreateJobObjectW(nullptr, nullptr)) { Limit(JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE); }
+  ~NewProcesses() {
+    for (const Created& created : created_) TerminateProcess(created.process.Get(), 0);
+  }
+  NewProcesses(const NewProcesses&) = delete;
+  NewProcesses& operator=(const NewProcesses&) = delete;
+
+  void Add(int jobId, win::Process process) {
+    const PROCESS_INFORMATION made = process.Release();
+    created_.push_back({jobId, made.dwProcessId, win::ProcessHandle(made.hProcess), win::ProcessHandle(made.hThread)});
+    AssignProcessToJobObject(group_.Get(), made.hProcess);
+  }
+
+  /// Lets the processes run, and moves them to `running`.
+  void Resume(std::map<int, win::Process>& running) {
+    Limit(0);
+    for (Created& created : created_) {
+      ResumeThread(created.thread.Get());
+      running[created.jobId] = win::Process({created.process.Release(), nullptr, created.id, 0});
+      Report("job " + std::to_string(created.jobId) + " started");
+    }
+    created_.clear();
+  }
+
+ private:
+  struct Created {
+    int jobId;
+    DWORD id;
+    win::ProcessHandle process;
+    win::ProcessHandle thread;
+  };
+
+  void Limit(DWORD flags) noexcept {
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limit{};
+    limit.BasicLimitInformation.LimitFlags = flags;
+    SetInformationJobObject(group_.Get(), JobObjectExtendedLimitInformation, &limit, sizeof limit);
+  }
+
+  win::ProcessHandle group_;
+  std::vector<Created> created_;
+};
+
 class Runner {
  public:
   Runner(std::string folder, std::chrono::seconds offset) : folder_(std::move(folder)), offset_(offset), boot_(Now()) {}
 
-  /// Notes the processes that have ended, and starts the jobs whose time has come. The first time it takes over the
-  /// processes of an earlier scheduler, and arms the jobs of this boot.
+  /// Records the processes that have ended, and starts the jobs that are due. The first call also takes over the
+  /// processes of an earlier scheduler and arms the jobs of this boot. Does nothing while other processes keep the jobs
+  /// file locked.
   Outcome Tick();
 
  private:
@@ -62,12 +109,10 @@ class Runner {
   win::FileStatus FileStatus() const noexcept { return win::StatusOf(folder_ + "\\jobs.json"); }
   bool IsRunning(const Job& job) const { return running_.contains(job.id); }
   bool HasWork() const;
-  template <typename Work>
-  Outcome Update(Work work);
   void Adopt(Job& job);
-  void NoteEnds();
-  Outcome StartDueJobs(const JobFile& file);
-  void Start(Job& job, const Job& before);
+  void RecordEnds();
+  void CreateDueProcesses(NewProcesses& created);
+  void CreateProcessOf(Job& job, Second now, NewProcesses& created);
 
   const std::string folder_;
   const std::chrono::seconds offset_;  // of the clock that -now has set
@@ -78,17 +123,27 @@ class Runner {
   std::map<int, win::Process> running_;  // by the job's task ID
 };
 
+/// The processes run only after the file with their starts is written: no start is repeated after a failure, or by the
+/// successor of a scheduler that is killed.
 Outcome Runner::Tick() {
   if (!HasWork()) return {};
-  return Update([this](const JobFile& file) {
-    if (!begun_) {
-      for (Job& job : jobs_) Adopt(job);
-      ArmForBoot(jobs_);
-      begun_ = true;
-    }
-    NoteEnds();
-    return StartDueJobs(file);
-  });
+  const JobFile file(folder_, 1000);
+  Outcome outcome = file.Read(jobs_);
+  if (outcome.result == kBusy) return Report(outcome.message), Outcome();
+  if (!outcome.Succeeded()) return outcome;
+  const Jobs before = jobs_;
+  if (!begun_) {
+    for (Job& job : jobs_) Adopt(job);
+    ArmForBoot(jobs_);
+    begun_ = true;
+  }
+  RecordEnds();
+  NewProcesses created;
+  CreateDueProcesses(created);
+  if (jobs_ != before) outcome = file.Write(jobs_);
+  if (outcome.Succeeded()) created.Resume(running_);
+  seen_ = FileStatus();
+  return outcome;
 }
 
 bool Runner::HasWork() const {
@@ -99,21 +154,6 @@ bool Runner::HasWork() const {
   }
   return std::ranges::any_of(jobs_,
                              [&](const Job& job) { return StepOf(job, IsRunning(job), boot_, Now()) != Step::kWait; });
-}
-
-/// Reads the jobs, does `work` on them, and writes them when they have changed. A file that other processes keep
-/// locked is tried again at the next tick.
-template <typename Work>
-Outcome Runner::Update(Work work) {
-  const JobFile file(folder_, 1000);
-  Outcome outcome = file.Read(jobs_);
-  if (outcome.result == kBusy) return Report(outcome.message), Outcome();
-  if (!outcome.Succeeded()) return outcome;
-  const Jobs before = jobs_;
-  outcome = work(file);
-  if (outcome.Succeeded() && jobs_ != before) outcome = file.Write(jobs_);
-  seen_ = FileStatus();
-  return outcome;
 }
 
 void Runner::Adopt(Job& job) {
@@ -127,72 +167,58 @@ void Runner::Adopt(Job& job) {
   job.error = kUnknownEnd;
 }
 
-void Runner::NoteEnds() {
+void Runner::RecordEnds() {
   std::erase_if(running_, [this](const auto& entry) {
     const auto& [id, process] = entry;
     if (process.Wait(0) != WAIT_OBJECT_0) return false;
     const auto code = process.ExitCode();
     Report("job " + std::to_string(id) + " ended with " + (code ? std::to_string(*code) : "an unknown exit code"));
     Job* const job = FindJob(id, jobs_);
-    if (job == nullptr || job->process != process.Id()) return true;  // deleted, or another one by now
+    if (job == nullptr || job->process != process.Id()) return true;  // deleted, or replaced by another job
     job->process = 0;
     job->exitCode = code;
     job->error = code ? "" : kUnknownEnd;
-    if (job->clauses.recurrence == Recurrence::kNextBoot)
+    if (job->clauses.recurrence == Recurrence::kNextBoot && job->lastStart)
       std::erase_if(jobs_, [finished = job->id](const Job& done) { return done.id == finished; });
     return true;
   });
 }
 
-/// First writes which jobs are about to start, then starts them: a scheduler that is killed in between may lose a
-/// start, but never repeats one.
-Outcome Runner::StartDueJobs(const JobFile& file) {
+void Runner::CreateDueProcesses(NewProcesses& created) {
   const Second now = Now();
-  Jobs before = jobs_;
-  std::vector<int> due;
   for (Job& job : jobs_) {
     const Step step = StepOf(job, IsRunning(job), boot_, now);
     if (step == Step::kWait) continue;
     job.handled = now;
     job.armed = false;
-    if (step == Step::kSkip) {
+    if (step == Step::kStart)
+      CreateProcessOf(job, now, created);
+    else
       Report("job " + std::to_string(job.id) + " skipped: it still runs, or has run within its window");
-      continue;
-    }
-    due.push_back(job.id);
-    job.lastStart = now;
-    job.exitCode.reset();
-    job.error = kInterrupted;
   }
-  if (due.empty()) return {};
-  if (Outcome written = file.Write(jobs_); !written.Succeeded()) {
-    jobs_ = before;
-    return written;
-  }
-  for (const int id : due) Start(*FindJob(id, jobs_), *FindJob(id, before));
-  return {};
 }
 
-void Runner::Start(Job& job, const Job& before) {
+void Runner::CreateProcessOf(Job& job, Second now, NewProcesses& created) {
   const auto tokens = devkit::ReadShared(folder_ + "\\tokens.tok", kLongestTokens);
   const std::string path = FindProgram(tokens.value_or(""), job.program);
   win::Process process;
   if (!path.empty()) {
     process = win::StartProcess(L"\"" + Widen(CP_ACP, path) + L"\" " + Widen(CP_UTF8, job.command),
-                                DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP);
+                                CREATE_SUSPENDED | DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP);
   }
+  job.exitCode.reset();
   if (process) {
+    job.lastStart = now;
     job.error.clear();
     job.process = process.Id();
     job.created = CreationTime(process.Id());
-    running_[job.id] = std::move(process);
+    created.Add(job.id, std::move(process));
   } else {
-    job.lastStart = before.lastStart;
     job.error = path.empty() ? "tokens.tok does not name the program " + job.program
                              : FileFailure(path + " cannot be started").message;
     job.error = devkit::OneLine(job.error.c_str(), kMaximumError - 3);
+    Report("job " + std::to_string(job.id) + ": " + job.error);
   }
-  Report("job " + std::to_string(job.id) + (job.error.empty() ? " started" : ": " + job.error));
 }
 
 Outcome RunUntilStopped(Runner& runner, HANDLE stop, std::optional<int> seconds) {

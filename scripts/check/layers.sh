@@ -1,18 +1,26 @@
 #!/usr/bin/env bash
-# Which folder of src/ may use which: the list in docs/overview.md, lines of the form "- `folder` -> `folder`, `folder`". Looks at the
-# #include lines and, when the tree is built, at the symbols of the object files, for includes do not show calls of exports.
+# A folder of src/ may use the folders that its arrows lead to, directly or through others, in the picture of the layers in
+# docs/overview.md. Checks the #include lines and, when the tree is built, the symbols of the object files, which reveal calls of exports.
 set -uo pipefail
 cd "$(dirname "$0")/../.." || exit 1
-edges=$(mktemp)
-trap 'rm -f "$edges"' EXIT
-sed -n 's/^- `\([a-z]*\)` -> \(.*\)$/\1 \2/p' docs/overview.md | tr -d '`,.' >"$edges"
+edges=$(sed -n '/^flowchart TD/,/^```/p' docs/overview.md)
 
-# Lines "FROM TO WHAT" of uses between two folders; those that the list does not have are complained of.
+# Reads lines "FROM TO PLACE" of uses between two folders, and complains about those that the picture does not allow.
 judge() {
-  awk -v list="$edges" '
-    BEGIN { while ((getline line < list) > 0) { n = split(line, word, " "); known[word[1]] = 1; for (i = 2; i <= n; ++i) may[word[1], word[i]] = 1 } }
-    !($1 in known) { print "docs/overview.md lists no edges for " $1; bad = 1; next }
-    $1 != $2 && !(($1, $2) in may) { print $1 " uses " $2 ", which docs/overview.md does not list: " $3; bad = 1 }
+  awk -v edges="$edges" '
+    BEGIN {
+      for (n = split(edges, line, "\n"); n > 0; --n) {
+        if (line[n] !~ /^    /) continue
+        for (words = split(substr(line[n], 5), word, " "); words > 0; --words) {   # from the end of the line to its beginning
+          if (word[words] == "-->") { split("", lower); for (each in upper) lower[each]; split("", upper) }
+          else if (word[words] != "&") { known[word[words]]; upper[word[words]]; for (each in lower) may[word[words], each] }
+        }
+        split("", lower); split("", upper)
+      }
+      for (via in known) for (from in known) for (to in known) if ((from, via) in may && (via, to) in may) may[from, to]
+    }
+    !($1 in known) { print "the picture in docs/overview.md lacks " $1; bad = 1; next }
+    $1 != $2 && !(($1, $2) in may) { print $1 " uses " $2 " against the picture in docs/overview.md: " $3; bad = 1 }
     END { exit bad }' | sort -u
 }
 
@@ -23,10 +31,10 @@ for file in src/*/*.h src/*/*.cpp; do
 done | judge || status=1
 
 objects=build/release/src/CMakeFiles
-[ -d "$objects" ] || { echo "not built: only the #include lines were looked at"; exit $status; }
+[ -d "$objects" ] || { echo "not built: only the #include lines were checked"; exit $status; }
 for folder in src/*/; do
   folder=$(basename "$folder")
-  [ "$folder" != runtime ] || continue   # it stands in for functions of the compiler that everything uses
+  [ "$folder" != runtime ] || continue   # it replaces functions of the compiler that everything uses
   find "$objects" -path "*/$folder/*.obj" -exec i686-w64-mingw32-nm {} + | sed -n "s/^[0-9a-f ]*\([TDBRU]\) \(.*\)$/$folder \1 \2/p"
 done | awk '
   $2 != "U" { home[$3] = $1; next }

@@ -11,7 +11,6 @@
 #include "siblings/modules.h"
 #include "siblings/programs.h"
 #include "siblings/sibling_table.h"
-#include "text/paths.h"
 #include "text/text.h"
 #include "trace/trace.h"
 #include "win/module.h"
@@ -52,7 +51,8 @@ struct Sending {
 // The event module, bound for one export.
 struct EventModule {
   explicit EventModule(const char* name)
-      : function(name), api(text::SiblingFolder(win::GetModuleDirectory(), siblings::kEventModule.folder).c_str()) {
+
+      : function(name), folder(win::FolderOf(siblings::kEventModule.folder)), api(folder ? folder->c_str() : nullptr) {
     if (!api) Trace(trace::kAlways, function, "Could not load TvEvAPI");
   }
 
@@ -75,6 +75,7 @@ struct EventModule {
   }
 
   const char* function;
+  std::optional<std::string> folder;  // none when the module directory is unknown
   siblings::EventApiScope api;
 };
 
@@ -99,11 +100,11 @@ struct RemoveScriptAtEnd {
 KE_RESULT DescribeError(const char* function, std::uint32_t errorCode, const char* insert, char* buffer,
                         std::size_t size) {
   constexpr const char* kFile = siblings::kPromptProgram.file;
-  const std::string folder = text::SiblingFolder(win::GetModuleDirectory(), siblings::kPromptProgram.folder);
+  const auto folder = win::FolderOf(siblings::kPromptProgram.folder);
   win::ModuleHandle module;
-  siblings::SiblingSearch(function, kFile).Bind(folder.c_str(), module, {}, nullptr);
+  siblings::SiblingSearch(function, kFile).Bind(folder ? folder->c_str() : nullptr, module, {}, nullptr);
   if (!module) {
-    Trace(trace::kAlways, function, "Error loading %s%s", folder.c_str(), kFile);
+    Trace(trace::kAlways, function, "Error loading %s%s", folder.value_or("").c_str(), kFile);
     return KE_MODULE_NOT_LOADED;
   }
   char resource[kDescriptionSize] = {};

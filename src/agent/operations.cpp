@@ -4,8 +4,8 @@
 #include "agent/agent.h"
 #include "siblings/modules.h"
 #include "siblings/plugins.h"
+#include "siblings/sibling_table.h"
 #include "store/accessors.h"
-#include "text/paths.h"
 #include "trace/trace.h"
 #include "win/module.h"
 #include "win/process.h"
@@ -134,10 +134,7 @@ KE_RESULT UpdateAtOnceEx(const char* function, std::uint32_t firstValue, std::ui
   return first.exitCode > 0 ? ResultOf(first.exitCode) : static_cast<KE_RESULT>(first.returned);
 }
 
-std::string UpdateSettingsFile() {
-  const std::string directory = win::GetModuleDirectory();
-  return directory.empty() ? directory : text::SiblingFolder(directory, "KesLpmng") + "UPDNW.DAT";
-}
+std::string UpdateSettingsFile() { return win::ComponentFile(siblings::kPluginManager.folder, "UPDNW.DAT"); }
 
 KE_RESULT NotificarPasswordRCM(const char* password) {
   return NotifyRemoteControl("NotificarPasswordRCM_RCM", KE_INFO_PASSWORD, password);

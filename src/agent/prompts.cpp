@@ -7,6 +7,7 @@
 #include "agent/agent.h"
 #include "agent/texts.h"
 #include "siblings/programs.h"
+#include "siblings/sibling_table.h"
 #include "store/accessors.h"
 #include "text/text.h"
 #include "trace/trace.h"
@@ -29,7 +30,7 @@ constexpr LPARAM kCloseGuideLong = 1;
 // beginning of the command line.
 struct Prompt {
   Prompt(const char* function, const std::string& switches)
-      : path(PromptProgram(win::GetModuleDirectory())),
+      : path(win::ComponentFile(siblings::kPromptProgram.folder, siblings::kPromptProgram.file)),
         program{function, path + switches, {.application = path.c_str()}} {}
   Prompt(const Prompt&) = delete;  // the program points to the path
   Prompt& operator=(const Prompt&) = delete;

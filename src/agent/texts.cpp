@@ -1,8 +1,5 @@
 #include "agent/texts.h"
 
-#include "siblings/sibling_table.h"
-#include "text/paths.h"
-
 namespace agent {
 
 namespace {
@@ -39,10 +36,6 @@ std::string DescriptionText(std::string_view resource, std::string_view insert) 
   std::string text = takesText ? Formatted(resource, insert) : std::string(resource.substr(0, kLongest));
   if (text.size() > kLongest) text.resize(kLongest);
   return text;
-}
-
-std::string PromptProgram(std::string_view moduleDirectory) {
-  return text::SiblingFolder(moduleDirectory, siblings::kPromptProgram.folder) + siblings::kPromptProgram.file;
 }
 
 std::string PromptSwitches(std::int32_t kind, std::optional<std::int32_t> seconds) {

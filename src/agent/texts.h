@@ -22,9 +22,6 @@ std::string DescriptionText(std::string_view resource, std::string_view insert);
 /// The kinds of prompt with an export of their own.
 inline constexpr std::int32_t kCanRebootPrompt = 1, kRebootCountDownPrompt = 2, kInstallDialogPrompt = 4;
 
-/// The path of the prompt program, KePIRes.exe, in the agent's folder.
-std::string PromptProgram(std::string_view moduleDirectory);
-
 /// The switches of a prompt of any kind, with a leading blank; without seconds their switch is left out.
 std::string PromptSwitches(std::int32_t kind, std::optional<std::int32_t> seconds = std::nullopt);
 

@@ -53,7 +53,7 @@ KE_RESULT KE_API KE_SetAgentProxyInfo(const char* server, const char* port, cons
     Trace(kDetail, self.name, "Parameter User:     [%s]", OrNullText(user));
     Trace(kDetail, self.name, "Parameter Password: [%s]", OrNullText(password));
     if (user == nullptr || password == nullptr || IsBlank(server) || port == nullptr) return KE_MISSING_ARGUMENT;
-    if (win::GetModuleDirectory().empty()) return KE_NO_MODULE_DIRECTORY;
+    if (!win::FolderOf("")) return KE_NO_MODULE_DIRECTORY;
     return agent::SetAgentProxy(self.name, {server, port, user, password});
   });
 }

@@ -7,7 +7,6 @@
 #include "agent/agent.h"
 #include "siblings/programs.h"
 #include "siblings/settings_file.h"
-#include "text/paths.h"
 #include "trace/trace.h"
 #include "win/file.h"
 #include "win/module.h"
@@ -63,7 +62,7 @@ KE_RESULT KE_API KE_SetUpdateNowConfig(const char* section, const char* key, con
 KE_RESULT KE_API KE_SetNoCheckAVValue(int32_t value) {
   return ExportCall(__func__, [&](Export&) -> KE_RESULT {
     const std::string text = std::to_string(value);
-    const std::string file = text::SiblingFolder(win::GetModuleDirectory(), "KelUpg") + "KelUpg.ini";
+    const std::string file = win::ComponentFile("KelUpg", "KelUpg.ini");
     const KE_RESULT check = siblings::SetMyConfigIniValue("GENERAL", "NoCheckAV", text.c_str(), file.c_str());
     const KE_RESULT install =
         siblings::SetMyConfigIniValue("KEC", "InstallWithOtherProducts", text.c_str(), file.c_str());

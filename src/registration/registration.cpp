@@ -182,11 +182,7 @@ KE_RESULT WriteRegistrationFiles(const char* root) {
   return KE_SUCCESS;
 }
 
-std::string ModuleFile(std::string_view module) {
-  const auto directory = win::KeptModuleDirectory();
-  if (directory.empty()) return {};
-  return text::SiblingFolder(directory, module).append(module).append(".ini");
-}
+std::string ModuleFile(std::string_view module) { return win::ComponentFile(module, std::string(module) + ".ini"); }
 
 KE_RESULT AddPlugin(const char* function, const char* key, const char* host, const char* value) {
   return Plugins(function, host).Write(key, value);

@@ -156,8 +156,7 @@ std::uintptr_t __stack_chk_guard = 0xff0a0d00;
 }
 
 // Runs before the constructors of the DLL. Its lowest byte stays zero: a text that runs over ends there.
-// NOLINTNEXTLINE(clang-diagnostic-unknown-attributes): clang 14 does not know the second one
-[[gnu::constructor(101), gnu::no_stack_protector]] static void ChooseStackGuard() {
+__attribute__((constructor(101), no_stack_protector)) static void ChooseStackGuard() {
   std::uintptr_t number = 0;
   if (!RtlGenRandom(&number, sizeof number)) {
     LARGE_INTEGER counter{};

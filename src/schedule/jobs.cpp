@@ -6,7 +6,6 @@
 #include "siblings/programs.h"
 #include "siblings/sibling_table.h"
 #include "store/accessors.h"
-#include "text/paths.h"
 #include "text/text.h"
 #include "trace/trace.h"
 #include "win/module.h"
@@ -29,10 +28,9 @@ std::size_t EndOfProgram(const std::string& command) {
 }
 
 win::Process StartScheduler(const std::string& program, const std::string& rest) {
-  const std::string directory = win::GetModuleDirectory();
-  const auto commandIn = [&](const std::string& folder) { return "\"" + folder + program + "\"" + rest; };
-  return siblings::StartInBackground(kFunction, {commandIn(text::SiblingFolder(directory, siblings::kScheduler.folder)),
-                                                 commandIn(text::OwnFolder(directory))});
+  const auto commandIn = [&](const char* folder) { return "\"" + win::ComponentFile(folder, program) + "\"" + rest; };
+  return siblings::StartInBackground(
+      kFunction, {commandIn(siblings::kScheduler.folder), commandIn(siblings::kScheduler.fallback)});
 }
 
 KE_RESULT Run(const std::string& command) {

@@ -16,7 +16,7 @@ constexpr std::int32_t kModes[] = {6, 1};
 
 // The plug-in's path from the list; empty, and traced, when it is missing.
 std::string PathOf(const PluginPlace& place, const char* function) {
-  const std::string list = win::FolderOf(place.folder).value_or("") + place.listFile;
+  const std::string list = win::ComponentFile(place.folder, place.listFile);
   std::string path = GetMyConfigIniValue("PLUGINS", place.key, list.c_str());
   if (path.empty()) {
     Trace(trace::kAlways, function, "Could not load the plug-in %s: %s has no path of it", place.key, list.c_str());

@@ -118,7 +118,7 @@ std::string QuotedCommand(const std::string& program, const std::string& argumen
 KE_RESULT LaunchInstallHelper() noexcept {
   return trace::ExportCall("LaunchKEPWinst", [](trace::Export& self) -> KE_RESULT {
     const auto commandIn = [](const char* folder) {
-      return QuotedCommand(win::FolderOf(folder).value_or("") + kInstallHelper.file, "-FORCE");
+      return QuotedCommand(win::ComponentFile(folder, kInstallHelper.file), "-FORCE");
     };
     const bool started = static_cast<bool>(
         StartInBackground(self.name, {commandIn(kInstallHelper.folder), commandIn(kInstallHelper.fallback)}));

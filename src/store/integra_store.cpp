@@ -54,7 +54,7 @@ void ReplaceStore(std::unique_ptr<IniStore> store) noexcept { delete std::exchan
 bool IsDamaged(const IniStore& store) noexcept { return store.sections.size() < kFewestSections; }
 
 void ResetPolicies() {
-  const std::string policies = win::FolderOf("KELSysCf").value_or("") + "KelSysCf.dat";
+  const std::string policies = win::ComponentFile("KELSysCf", "KelSysCf.dat");
   for (const char* key : {"POLICY_101", "POLICY_200"}) {
     win::WriteProfile(policies, "POLICIES", key, "{00000000-0000-0000-0000-000000000000}");
   }
@@ -128,7 +128,7 @@ bool NeedsRepair(const StorePaths& paths) {
   return IntegraStore != nullptr && IsDamaged(*IntegraStore) && win::Exists(paths.Start());
 }
 
-// What a read does about a damaged store.
+// How a read handles a damaged store.
 enum class Repair {
   kNow,    // the caller holds the store's lock
   kLater,  // it is only reported; the next read loads the file again
@@ -162,7 +162,7 @@ Reading ReadFiles(const StorePaths& paths, Repair repair) {
   if (const KE_RESULT result = LoadFiles(paths, status); result != KE_SUCCESS) return {result};
   if (!NeedsRepair(paths)) return {};
   if (repair == Repair::kNow) return {RepairLoadedStore(paths)};
-  // What looks damaged may be a file that is being overwritten in place: it is read again before it is repaired.
+  // The file may be in the middle of being overwritten in place: it is read again before it is repaired.
   IntegraFileStatus = {};
   return {.needsRepair = true};
 }

@@ -1,9 +1,11 @@
-// Tracing: what exports and inner routines write about themselves. Nothing here throws or changes the last-error value.
+// Tracing of exports and inner routines. Nothing here throws or changes the last-error value.
 #pragma once
 
 #include "KEResults.h"
 
-#if defined(__MINGW32__)
+#if defined(__clang__)
+#define KE_PRINTF_LIKE(text, arguments) __attribute__((format(printf, text, arguments)))
+#elif defined(__MINGW32__)
 #define KE_PRINTF_LIKE(text, arguments) __attribute__((format(gnu_printf, text, arguments)))
 #else
 #define KE_PRINTF_LIKE(text, arguments)
@@ -28,7 +30,7 @@ void DebugMessage(const char* format, ...) noexcept KE_PRINTF_LIKE(1, 2);
 /// discards them.
 void DebugTrace(const char* format, ...) noexcept KE_PRINTF_LIKE(1, 2);
 
-/// Keeps the trace library loaded while it lives. One stands in every export.
+/// Keeps the trace library loaded for its lifetime. Every export has one.
 class TraceScope {
  public:
   TraceScope() noexcept;

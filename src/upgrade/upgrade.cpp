@@ -92,8 +92,7 @@ bool UpdateOptionalFiles(const std::string& root) {
 // The command line of the plug-in manager.
 std::string PluginManagerCommand(const std::string& arguments) {
   const auto& manager = siblings::kPluginManager;
-  return siblings::QuotedCommand(text::SiblingFolder(win::GetModuleDirectory(), manager.folder) + manager.file,
-                                 arguments);
+  return siblings::QuotedCommand(win::ComponentFile(manager.folder, manager.file), arguments);
 }
 
 // A job of the upgrade, and the trace of its failure.
@@ -134,9 +133,8 @@ KE_RESULT StartUpgrade(const char* installDir) {
 }
 
 KE_RESULT SetIntegrationServer(const char* server) {
-  const auto directory = win::KeptModuleDirectory();
-  if (directory.empty()) return KE_NO_MODULE_DIRECTORY;
-  const std::string file = text::SiblingFolder(directory, "KESAgent") + "KE_AGPRX.dat";
+  const std::string file = win::ComponentFile("KESAgent", "KE_AGPRX.dat");
+  if (file.empty()) return KE_NO_MODULE_DIRECTORY;
   const std::string dispatcher =
       std::string(kServiceBaseAddress) + "/Orvane/Services/Agents/Facade/SecureMessageDispatcher";
   const std::string address = dispatcher + "/ISecureMessages";

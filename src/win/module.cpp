@@ -67,6 +67,11 @@ std::optional<std::string> FolderOf(std::string_view component) {
   return component.empty() ? text::OwnFolder(*g_directory) : text::SiblingFolder(*g_directory, component);
 }
 
+std::string ComponentFile(std::string_view component, std::string_view file) {
+  auto folder = FolderOf(component);
+  return folder ? folder->append(file) : std::string();
+}
+
 std::string_view KeptModuleDirectory() noexcept { return g_directory ? *g_directory : std::string_view(); }
 
 bool BindNames(HMODULE module, void* table, std::span<const BoundName> names) noexcept {

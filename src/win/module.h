@@ -29,6 +29,9 @@ std::string GetModuleDirectory();
 /// trailing backslash. None before attach, after detach and when the module directory is unknown.
 std::optional<std::string> FolderOf(std::string_view component);
 
+/// The path of a file in the folder of a component; empty when the module directory is unknown.
+std::string ComponentFile(std::string_view component, std::string_view file);
+
 /// The copy of that text kept at attach; empty before attach, after detach and when the directory is unknown.
 std::string_view KeptModuleDirectory() noexcept;
 

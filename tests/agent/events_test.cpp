@@ -35,25 +35,22 @@ struct EventTree : support::AgentTree {
 };
 
 const struct {
-  std::string name, call, record, notSent, told;
+  std::string name, call, record, notSent;
   KE_RESULT (*send)();
 } kEvents[] = {
     {"KE_ScanStateEvent", "ScanState",
      R"("product":"KEC","extra":0,"text":now,"description":null,"argument":"Unknown","status":-3,"taskId":null,)",
-     "State Event asociated with TaskId: [(null)] and Status: [-3] to the Queue", "Fecha y Hora UTC: 2",
+     "State Event asociated with TaskId: [(null)] and Status: [-3] to the Queue",
      [] { return KE_ScanStateEvent("KEC", nullptr, -3); }},
     {"KE_RebootForcedEvent", "RebootForced",
      R"("product":null,"extra":0,"text":null,"description":null,"argument":"0",)",
-     "UnInstall Event asociated with product: [(null)]", "", [] { return KE_RebootForcedEvent(nullptr); }},
+     "UnInstall Event asociated with product: [(null)]", [] { return KE_RebootForcedEvent(nullptr); }},
     {"KE_Uninstall", "Install", R"("product":"KEC","extra":0,"text":null,"description":null,"flag":1,)",
-     "UnInstall Event asociated with product: [KEC]", "Finishing time out to send the event",
-     [] { return KE_Uninstall("KEC"); }},
+     "UnInstall Event asociated with product: [KEC]", [] { return KE_Uninstall("KEC"); }},
     {"KE_GenerateEvent", "ErrorEvent",
      R"("product":"KEAGENT","extra":4294967295,"text":"x","description":"The agent has run out of memory.",)"
      R"("source":4294967295,"identifier":"KEAGENT-2",)",
-     "Error Event asociated with ErrorCode: [2] to the Queue",
-     "Event Description Read : [The agent has run out of memory.]",
-     [] { return KE_GenerateEvent(7, 0xFFFFFFFF, 2, "x"); }},
+     "Error Event asociated with ErrorCode: [2] to the Queue", [] { return KE_GenerateEvent(7, 0xFFFFFFFF, 2, "x"); }},
 };
 
 /// The agent's shutdown script and another one in the policy of the machine for the scope.
@@ -82,7 +79,7 @@ struct MachinePolicy {
 
 }  // namespace
 
-TEST_CASE("events: the record of each, what goes wrong, and what an uninstallation still does then") {
+TEST_CASE("events: another record or result, a module that stays, a script of the uninstallation that stays") {
   const std::string computer = std::getenv("COMPUTERNAME");
   for (const auto& row : kEvents) {
     const EventTree tree;
@@ -102,7 +99,7 @@ TEST_CASE("events: the record of each, what goes wrong, and what an uninstallati
     };
     const std::string sent = "StartAPI 0\n" + row.call + " \"class\":" + (row.call == "ErrorEvent" ? "7" : "4") +
                              ",\"computer\":\"" + computer + "\"," + row.record;
-    check("", KE_SUCCESS, sent + "0\nStopAPI 0\n", row.told);
+    check("", KE_SUCCESS, sent + "0\nStopAPI 0\n", "Function start");
     check("TEVT_StartAPI=7", KE_EVENT_NOT_SENT, "StartAPI 7\n", "Failed to start TvEvAPI-TEVT_StartAPI\"");
     check("TEVT_" + row.call + "=9", KE_EVENT_NOT_SENT, sent + "9\nStopAPI 0\n",
           "Could not send " + row.notSent + "\"");
@@ -110,16 +107,9 @@ TEST_CASE("events: the record of each, what goes wrong, and what an uninstallati
     check("", KE_EVENTS_UNAVAILABLE, "", "Could not load TvEvAPI\"");
     CHECK(ReadFile(tree.Path("KELUPG/KELUPG.log")).ends_with(";2;0\r\n") == (row.call == "Install"));
   }
-  constexpr char kKey[] = "System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName";
-  const EventTree tree;
-  RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKey, "ComputerName");
-  CHECK(KE_RebootForcedEvent("KEC") == KE_SUCCESS);
-  RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "ComputerName", REG_SZ, computer.c_str(), computer.size() + 1);
-  CHECK(tree.Calls().find("\"computer\":\"UnKnownMachine\"") != std::string::npos);
-  CHECK(tree.Traced("KE_RebootForcedEvent;\"Could not get computer name\""));
 }
 
-TEST_CASE("event descriptions: the first %s takes the text, and nothing else is a conversion; cut, missing") {
+TEST_CASE("event descriptions: a conversion other than the first %s; a cut, missing or overlong text") {
   const std::string x511(511, 'x'),
       rows[][3] = {{"50% of %d and %%", "i", "50% of %d and %%"}, {"a %s %%s %s %", "%s %%", "a %s %% %s %s %"}};
   for (const auto& [resource, insert, text] : rows) CHECK(agent::DescriptionText(resource, insert) == text);
@@ -137,23 +127,18 @@ TEST_CASE("event descriptions: the first %s takes the text, and nothing else is 
   CHECK((KE_GenerateEvent(4, 0, 404, "x") == KE_EVENT_NOT_SENT && tree.Calls().empty()));
   tree.Remove("KESAgent/KePIRes.exe");
   check(403, nullptr, 600, KE_MODULE_NOT_LOADED, "before");
-  for (const int32_t noSize : {0, INT32_MIN}) check(403, nullptr, noSize, KE_BUFFER_TOO_SMALL, "before");
-  CHECK(KE_GetEventDescription(403, nullptr, 0, nullptr) == KE_MISSING_ARGUMENT);
+  check(403, nullptr, 0, KE_BUFFER_TOO_SMALL, "before");
   CHECK((KE_GenerateEvent(4, 0, 403, nullptr) == KE_MODULE_NOT_LOADED && tree.Calls().empty()));
 }
 
-TEST_CASE("event service: started by the launcher") {
+TEST_CASE("event service: it is not started, or a failed start is a success") {
   const EventTree tree;
-  const auto fails = [&](const char* line) {
-    CHECK(KE_InitEventSystem() == KE_EVENTS_UNAVAILABLE);
-    CHECK(tree.Traced(std::string("KE_InitEventSystem;\"Could not ") + line + "\""));
-  };
-  fails("Run KELTVEVT. Launcher function returned code :3");
+  CHECK(KE_InitEventSystem() == KE_EVENTS_UNAVAILABLE);
+  CHECK(tree.Traced("KE_InitEventSystem;\"Could not Run KELTVEVT. Launcher function returned code :3\""));
   const support::RecordedProgram service(tree, "KELTVEVT/KELTVEVT.exe");
   CHECK(KE_InitEventSystem() == KE_SUCCESS);
   service.EndWith(9);
-  fails("Run KELTVEVT. KELTVEVT Run returned code :9");
-  CHECK((service.Lines() == "-start\n-start\n" && GetModuleHandleA("KELMNAPI.dll") == nullptr));
+  CHECK((KE_InitEventSystem() == KE_EVENTS_UNAVAILABLE && service.Lines() == "-start\n-start\n"));
   tree.Remove("Common/KELMNAPI.dll");
-  fails("load KELMNAPI");
+  CHECK((KE_InitEventSystem() == KE_EVENTS_UNAVAILABLE && GetModuleHandleA("KELMNAPI.dll") == nullptr));
 }

@@ -42,7 +42,7 @@ TEST_CASE("windows of a guide" * doctest::skip()) {
   for (MSG message; GetMessageA(&message, nullptr, 0, 0);) DispatchMessageA(&message);
 }
 
-TEST_CASE("prompts: what the program's exit codes come to, and the lack of the program") {
+TEST_CASE("prompts: an exit code or the lack of the program becomes another result") {
   constexpr KE_RESULT failed = KE_PROMPT_FAILED;
   const std::tuple<uint32_t, KE_RESULT, KE_RESULT> rows[] = {
       {3, failed, failed}, {UINT32_MAX, failed, failed}, {0, 0, 0}, {1, 0, failed}, {2, 0, failed}};
@@ -68,7 +68,7 @@ TEST_CASE("prompts: what the program's exit codes come to, and the lack of the p
   CHECK(KE_ShowInstallDialog() == KE_SUCCESS);
 }
 
-TEST_CASE("prompts: the installation dialog is not waited for, and the event closes it") {
+TEST_CASE("prompts: the installation dialog is waited for, or its event does not close it") {
   const support::AgentTree tree;
   tree.AddDevkit("KePIRes.exe", "KESAgent");
   support::WriteFile(tree.Path("KESAgent/KePIRes.ini"), "[AUTO]\r\nAnswer=2\r\n");
@@ -80,7 +80,7 @@ TEST_CASE("prompts: the installation dialog is not waited for, and the event clo
   CHECK(log().find(";0;") != std::string::npos);
 }
 
-TEST_CASE("installation guide: the first window alone is closed, in the right states") {
+TEST_CASE("installation guide: another window is closed, or that one in another state") {
   const std::tuple<int32_t, bool, DWORD, int32_t> rows[] = {
       {39, true, 0, 39}, {40, true, 2, 47}, {47, true, 2, 47}, {48, true, 0, 48}, {48, false, 2, 48}};
   for (const auto& [state, readable, told, after] : rows) {

@@ -91,9 +91,7 @@ TEST_CASE("prompts: the event closes every installation prompt; it is gone with 
   CHECK(TextOf(one, TEXT_NUMBER) + TextOf(two, TEXT_NUMBER) == "04294967295");
   SendMessageA(WindowOf(one), WM_COMMAND, IDCANCEL, 0);
   const auto open = [] { return win::EventHandle(OpenEventA(EVENT_MODIFY_STATE, FALSE, kInstallEventName)); };
-  win::EventHandle event = open();
-  SetEvent(event.Get());
-  event.Reset();
+  SetEvent(open().Get());
   CHECK((CodeOf(one) == kYes && CodeOf(two) == kYes));
   CHECK(!open());
   prompter.Set("Answer=2");

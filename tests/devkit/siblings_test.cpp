@@ -297,15 +297,8 @@ TEST_CASE("events: every call is a line with its arguments, of any bytes, and it
   CHECK((events[0]["process"] == GetCurrentProcessId() && events[0]["thread"] == GetCurrentThreadId()));
   CHECK(events[3].value("description", "").starts_with("\xC3\xBF\xC3\xBE"));
   for (const char* changing : {"time", "process", "thread", "description"}) events[3].erase(changing);
-  CHECK(events[3] == json{{"call", "TEVT_ScanState"},
-                          {"class", 4},
-                          {"computer", "PC7"},
-                          {"extra", 4294967295},
-                          {"product", longText.substr(0, 1024)},
-                          {"text", nullptr},
-                          {"argument", "Unknown"},
-                          {"status", -3},
-                          {"taskId", nullptr},
-                          {"cut", true},
-                          {"result", 0}});
+  json expected = json::parse(R"({"call":"TEVT_ScanState","class":4,"computer":"PC7","extra":4294967295,"text":null,
+    "argument":"Unknown","status":-3,"taskId":null,"cut":true,"result":0})");
+  expected["product"] = longText.substr(0, 1024);
+  CHECK(events[3] == expected);
 }

@@ -43,50 +43,39 @@ std::string StoreText(const char* section, const char* key, const std::string& v
 
 }  // namespace
 
-TEST_CASE("text accessors: a value goes to its key and comes back, when the buffer has room for its terminator") {
-  for (const TextValue& row : kTexts) {
-    CAPTURE(std::string(row.getter));
-    const StoreTree tree;
-    const LoadedDll dll = tree.Load();
-    const auto get = dll.Get<Getter>(row.getter);
-    std::string value(5000, 'x');  // and every character but the line breaks, which a store does not keep
-    for (int c = 1; c < 256; ++c) value += c == '\r' || c == '\n' ? ' ' : static_cast<char>(c);
-    REQUIRE(dll.Get<Setter>(row.setter)(value.c_str()) == KE_SUCCESS);
-    CHECK(tree.Text("INTEGRA.DAT") == StoreText(row.section, row.key, value));
-    CHECK(tree.Text("INTEGRA.BAK") == tree.Text("INTEGRA.DAT"));
-
-    static char buffer[6000];
-    std::strcpy(buffer, "untouched");
-    const auto length = static_cast<int32_t>(value.size());
-    CHECK((get(buffer, length) == KE_BUFFER_TOO_SMALL && std::string(buffer) == "untouched"));
-    CHECK((get(buffer, length + 1) == KE_SUCCESS && buffer == value));
-    std::memset(buffer, 0, sizeof buffer);
-    CHECK(tree.Load().Get<Getter>(row.getter)(buffer, sizeof buffer) == KE_SUCCESS);  // as another process reads it
-    CHECK(buffer == value);
-  }
-}
-
-TEST_CASE("text accessors: each getter's answer to a missing value, and each setter's to null and empty texts") {
+TEST_CASE("text accessors: a text at another place, cut or lost; another result for a missing or empty one") {
+  std::string value(5000, 'x');  // and every character but the line breaks, which a store does not keep
+  for (int c = 1; c < 256; ++c) value += c == '\r' || c == '\n' ? ' ' : static_cast<char>(c);
+  const auto length = static_cast<int32_t>(value.size());
   for (const TextValue& row : kTexts) {
     CAPTURE(std::string(row.getter));
     const StoreTree tree;
     const LoadedDll dll = tree.Load();
     const auto get = dll.Get<Getter>(row.getter);
     const auto set = dll.Get<Setter>(row.setter);
-    char buffer[16] = "untouched";
+    static char buffer[6000];
+    std::strcpy(buffer, "untouched");
     CHECK(get(nullptr, -1) == KE_MISSING_ARGUMENT);
     for (const int32_t size : {0, -1, INT32_MIN}) CHECK(get(buffer, size) == row.noSize);
     CHECK((std::string(buffer) == "untouched" && get(buffer, 1) == row.missing));
     CHECK(std::string(buffer) == (row.empties ? "" : "untouched"));
-
     const bool nullRefused = std::strcmp(row.setter, "KE_SetLastErrorParam") != 0;
     CHECK(set(nullptr) == (nullRefused ? KE_MISSING_ARGUMENT : KE_SUCCESS));
     CHECK(set("") == (row.emptyRefused ? KE_MISSING_ARGUMENT : KE_SUCCESS));
     CHECK(tree.Text("INTEGRA.DAT") == (row.emptyRefused ? "" : StoreText(row.section, row.key, "")));
+
+    REQUIRE(set(value.c_str()) == KE_SUCCESS);
+    for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK"})
+      CHECK(tree.Text(file) == StoreText(row.section, row.key, value));
+    std::strcpy(buffer, "untouched");
+    CHECK((get(buffer, length) == KE_BUFFER_TOO_SMALL && std::string(buffer) == "untouched"));
+    CHECK((get(buffer, length + 1) == KE_SUCCESS && buffer == value));
+    std::memset(buffer, 0, sizeof buffer);
+    CHECK((tree.Load().Get<Getter>(row.getter)(buffer, sizeof buffer) == KE_SUCCESS && buffer == value));
   }
 }
 
-TEST_CASE("number accessors: stored in decimal, read leniently") {
+TEST_CASE("number accessors: a number that comes back as another one") {
   const StoreTree tree;
   int32_t value = INT32_MIN;
   CHECK(CALL(tree.Load(), KE_SetLastInstallError)(&value) == KE_SUCCESS);
@@ -101,29 +90,23 @@ TEST_CASE("number accessors: stored in decimal, read leniently") {
   }
 }
 
-TEST_CASE("install state: moves back only when that is not forbidden, and is complete from 200 on") {
+TEST_CASE("install state: it moves back although that is forbidden, or is complete before 200") {
   const StoreTree tree;
   const LoadedDll dll = tree.Load();
   int32_t value = -1;
-  CHECK(CALL(dll, KE_SetInstallState)(&value, 1) == KE_SUCCESS);
-  CHECK(tree.Text("INTEGRA.DAT").empty());  // nothing stored, not even an empty entry
-  CHECK(CALL(dll, KE_SetAgentVersion)("1") == KE_SUCCESS);
-  CHECK(tree.Text("INTEGRA.DAT") == "[AGENT]\r\nVERSION=1\r\n");
-
-  struct Step {
-    int32_t state, onlyForward, stored, complete;
-  };
-  const Step steps[] = {{48, 1, 48, 0}, {47, 1, 48, 0},   {200, 1, 200, 1},
-                        {47, 0, 47, 0}, {199, 0, 199, 0}, {-1, 0, -1, 0}};
-  for (const Step& step : steps) {
-    CAPTURE(step.state);
-    CHECK(CALL(dll, KE_SetInstallState)(&step.state, step.onlyForward) == KE_SUCCESS);
-    CHECK((CALL(dll, KE_GetInstallState)(&value) == KE_SUCCESS && value == step.stored));
-    CHECK((CALL(dll, KE_IsInstallComplete)(&value) == KE_SUCCESS && value == step.complete));
+  CHECK((CALL(dll, KE_SetInstallState)(&value, 1) == KE_SUCCESS && CALL(dll, KE_SetAgentVersion)("1") == KE_SUCCESS));
+  CHECK(tree.Text("INTEGRA.DAT") == "[AGENT]\r\nVERSION=1\r\n");  // not even an empty entry of the state
+  const int32_t steps[][4] = {{48, 1, 48, 0}, {47, 1, 48, 0},   {200, 1, 200, 1},
+                              {47, 0, 47, 0}, {199, 0, 199, 0}, {-1, 0, -1, 0}};
+  for (const auto& [state, onlyForward, stored, complete] : steps) {
+    CAPTURE(state);
+    CHECK(CALL(dll, KE_SetInstallState)(&state, onlyForward) == KE_SUCCESS);
+    CHECK((CALL(dll, KE_GetInstallState)(&value) == KE_SUCCESS && value == stored));
+    CHECK((CALL(dll, KE_IsInstallComplete)(&value) == KE_SUCCESS && value == complete));
   }
 }
 
-TEST_CASE("property: appended to its section, changed in place, the first of a name only") {
+TEST_CASE("property: a change at another place than the first entry of its name") {
   const StoreTree tree;
   tree.Put("INTEGRA.DAT", "[Integration]\r\nDate=d\r\n[A]\r\n[B]\r\n[INTEGRATION]\r\ndate=second\r\n");
   const LoadedDll dll = tree.Load();
@@ -135,7 +118,7 @@ TEST_CASE("property: appended to its section, changed in place, the first of a n
   CHECK((set("", "x") == KE_MISSING_ARGUMENT && set("K", "") == KE_MISSING_ARGUMENT));
 }
 
-TEST_CASE("unusable store files: outputs stay as they were, and so does the file") {
+TEST_CASE("unusable store files: a call changes its output, or the file") {
   const StoreTree tree;
   tree.Put("INTEGRA.DAT", WholeStore("live"));
   const LoadedDll cached = tree.Load();

@@ -15,13 +15,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kMessages[] = "KESAgent/KE_AGPRX.dat";
+
 // An installation with the folders of all modules, empty but for the files that a case puts there.
 struct Installation : support::ProductTree {
   Installation() {
     for (const char* folder :
-         {"KELTVEVT", "KELUpd", "KELUpg", "KELConf", "KELReport", "KELQtine", "KELSNET", "KELTask"}) {
+         {"KELTVEVT", "KELUpd", "KELUpg", "KELConf", "KELReport", "KELQtine", "KELSNET", "KELTask"})
       fs::create_directories(Path(folder));
-    }
   }
 
   LoadedDll Load() const { return LoadedDll(Path("KELUtils/KELUtils.dll")); }
@@ -38,45 +39,43 @@ struct Installation : support::ProductTree {
     return lines;
   }
 
+  void CheckParts(std::initializer_list<std::string> parts) const {
+    for (const std::string& part : parts) CHECK_MESSAGE(Lines(kMessages).find(part) != std::string::npos, part);
+  }
+
   // The files that an upgrade writes, with their content.
   std::map<std::string, std::string> Files() const {
     std::map<std::string, std::string> files;
     for (const auto& entry : fs::recursive_directory_iterator(Root())) {
-      if (entry.is_regular_file() && entry.path().extension() != ".dll") {
+      if (entry.is_regular_file() && entry.path().extension() != ".dll")
         files[fs::relative(entry.path(), Root()).generic_string()] = support::ReadFile(entry.path());
-      }
     }
     return files;
   }
 };
 
-constexpr char kMessages[] = "KESAgent/KE_AGPRX.dat";
-
 }  // namespace
 
-TEST_CASE("upgrade start: the message types of an installation that has none, and nothing more the second time") {
+TEST_CASE("upgrade start: a message type or a file that a new installation lacks; a second start that changes it") {
   const Installation tree;
   CHECK(CALL(tree.Load(), KE_UpgradeStart)("\\") == KE_MISSING_ARGUMENT);
   CHECK((tree.Upgrade("\\absent") == KE_STORE_UNUSABLE && tree.Files().empty() && tree.Upgrade() == KE_SUCCESS));
-  const std::string lines = tree.Lines(kMessages), download = "ENCRYPTED_DOWN=FALSE COMPRESSED_DOWN=TRUE";
-  CHECK(std::ranges::count(lines, '=') == 68);
-  for (const std::string& part :
-       {std::string("KE_AGM_GETUPDATEDPOLICIES=1000 KE_AGM_GETUPDATEDPOLICIESREALTIME=1014 "),
-        std::string("KE_AGM_TESTDEVICEID=1020 KE_AGM_TESTINSTALLDEVICEID=1021 [MESSAGE] KE_AGM_ERRORINFO=SendMessage "),
-        std::string("KE_AGM_GETUPDATEDPOLICIESNOTIFICATION=CheckPolicy KE_AGM_TESTDEVICEID=SendStateInfoEx "),
-        " [CheckPolicyCritical] ENCRYPTED_UP=TRUE COMPRESSED_UP=FALSE " + download +
-            " [SendMinorMessage] ENCRYPTED_UP=",
-        " [CheckPolicy] ENCRYPTED_UP=TRUE COMPRESSED_UP=FALSE " + download + " SERVER= [CheckPolicyRealTime] ",
-        std::string(" [StateInfoInstall] ENCRYPTED_UP=TRUE COMPRESSED_UP=TRUE SERVER= [IntegrationMessageInstall] "),
-        std::string("COMPRESSED_DOWN=FALSE SERVER= SERVER_NS= SERVER_AP= [SendStateInfoEx] ENCRYPTED_UP=TRUE ")})
-    CHECK_MESSAGE(lines.find(part) != lines.npos, part);
+  const std::string lines = tree.Lines(kMessages);
+  CHECK((std::ranges::count(lines, '=') == 68 && std::ranges::count(lines, '[') == 11));
+  tree.CheckParts(
+      {"KE_AGM_GETUPDATEDPOLICIES=1000 KE_AGM_GETUPDATEDPOLICIESREALTIME=1014 ",
+       "KE_AGM_TESTDEVICEID=1020 KE_AGM_TESTINSTALLDEVICEID=1021 [MESSAGE] KE_AGM_ERRORINFO=SendMessage ",
+       "KE_AGM_GETUPDATEDPOLICIESNOTIFICATION=CheckPolicy KE_AGM_TESTDEVICEID=SendStateInfoEx ",
+       " [CheckPolicyCritical] ENCRYPTED_UP=TRUE COMPRESSED_UP=FALSE ENCRYPTED_DOWN=FALSE COMPRESSED_DOWN=TRUE [SendM",
+       " [StateInfoInstall] ENCRYPTED_UP=TRUE COMPRESSED_UP=TRUE SERVER= [IntegrationMessageInstall] ",
+       "COMPRESSED_DOWN=FALSE SERVER= SERVER_NS= SERVER_AP= [SendStateInfoEx] ENCRYPTED_UP=TRUE "});
   const auto files = tree.Files();
   CHECK((files.size() == 14 && tree.Upgrade("\\") == KE_SUCCESS && tree.Files() == files));
 }
 
-TEST_CASE("upgrade start: message types that exist stay, whatever their value; the policy actions are kept current") {
+TEST_CASE("upgrade start: a message type that exists is changed, or a policy action is not kept current") {
   const Installation tree;
-  const std::string address(600, 'a');
+  const std::string address(600, 'a'), policy = "ENCRYPTED_UP=TRUE COMPRESSED_UP=FALSE ENCRYPTED_DOWN=FALSE ";
   support::WriteFile(tree.Path(kMessages),
                      "[MESSAGE_TYPES]\nKE_AGM_ERRORINFO=-1\nKE_AGM_NETINFO=\nKE_AGM_EVENTINFO=abc\n"
                      "KE_AGM_GETUPDATEDPOLICIES=7\nKE_AGM_GETUPDATEDPOLICIESREALTIME=8\nKE_AGM_TESTINSTALL=9\n"
@@ -84,33 +83,27 @@ TEST_CASE("upgrade start: message types that exist stay, whatever their value; t
                      "[SendMessage]\nSERVER=send\n[IntegrationMessage]\nSERVER_AP=a\nSERVER_NS=n\nSERVER=" +
                          address);
   CHECK(tree.Upgrade() == KE_SUCCESS);
-  const std::string lines = tree.Lines(kMessages),
-                    policy = "ENCRYPTED_UP=TRUE COMPRESSED_UP=FALSE ENCRYPTED_DOWN=FALSE ";
-  CHECK(
-      lines.starts_with("[MESSAGE_TYPES] KE_AGM_ERRORINFO=1008 KE_AGM_NETINFO= KE_AGM_EVENTINFO=abc "
-                        "KE_AGM_GETUPDATEDPOLICIES=7 KE_AGM_GETUPDATEDPOLICIESREALTIME=8 KE_AGM_TESTINSTALL=9 "
-                        "KE_AGM_GETUPDATEDPOLICIESCRITICAL=1011 "));
-  for (const std::string& part :
-       {std::string(" [CheckPolicyRealTime] ENCRYPTED_UP=TRUE SERVER=own COMPRESSED_UP=FALSE ENCRYPTED_DOWN=FALSE "),
-        std::string(" [StateInfoInstall] SERVER=state [SendMessage] SERVER=send [IntegrationMessage] SERVER_AP=a "),
-        " SERVER_NS=n SERVER=" + address + " [MESSAGE] KE_AGM_ERRORINFO=SendMessage KE_AGM_GETUPDATEDPOLICIESCRITICAL=",
-        std::string(" [SendMinorMessage] ENCRYPTED_UP=TRUE COMPRESSED_UP=TRUE SERVER=send [CheckPolicy] ENCRYPTED_UP="),
-        " [CheckPolicyInstall] " + policy + "COMPRESSED_DOWN=TRUE SERVER=send [IntegrationMessageInstall] " + policy +
-            "COMPRESSED_DOWN=FALSE SERVER=" + address.substr(0, 511) + " SERVER_NS=n SERVER_AP=a [SendStateInfoEx] "})
-    CHECK_MESSAGE(lines.find(part) != lines.npos, part);
-  CHECK(lines.ends_with(" SERVER=state"));
+  CHECK(tree.Lines(kMessages).ends_with(" SERVER=state"));
+  tree.CheckParts(
+      {"[MESSAGE_TYPES] KE_AGM_ERRORINFO=1008 KE_AGM_NETINFO= KE_AGM_EVENTINFO=abc KE_AGM_GETUPDATEDPOLICIES=7 "
+       "KE_AGM_GETUPDATEDPOLICIESREALTIME=8 KE_AGM_TESTINSTALL=9 KE_AGM_GETUPDATEDPOLICIESCRITICAL=1011 ",
+       " [CheckPolicyRealTime] ENCRYPTED_UP=TRUE SERVER=own COMPRESSED_UP=FALSE ENCRYPTED_DOWN=FALSE ",
+       " [StateInfoInstall] SERVER=state [SendMessage] SERVER=send [IntegrationMessage] SERVER_AP=a ",
+       " SERVER_NS=n SERVER=" + address + " [MESSAGE] KE_AGM_ERRORINFO=SendMessage KE_AGM_GETUPDATEDPOLICIESCRITICAL=",
+       " [SendMinorMessage] ENCRYPTED_UP=TRUE COMPRESSED_UP=TRUE SERVER=send [CheckPolicy] " + policy +
+           "COMPRESSED_DOWN=TRUE SERVER=send [CheckPolicyInstall] " + policy +
+           "COMPRESSED_DOWN=TRUE SERVER=send [IntegrationMessageInstall] " + policy +
+           "COMPRESSED_DOWN=FALSE SERVER=" + address.substr(0, 511) + " SERVER_NS=n SERVER_AP=a [SendStateInfoEx] "});
 }
 
-TEST_CASE("upgrade start: settings that exist are overwritten, kept or removed, each as its row says") {
+TEST_CASE("upgrade start: a setting that exists is overwritten, kept or removed against its row") {
   const std::string nil = "{00000000-0000-0000-0000-000000000000}";
   const struct {
     std::string file, before, after;  // the latter up to what an upgrade appends in any case
   } rows[] = {
       {"KELTVEVT/TVEvent.ini", "[DiscriminateKEC]\nEvent013=0\nEvent014=0\n",
        "[DiscriminateKEC] Event013=1 Event014=0 Event002=1 Event010=1 [DiscriminateKEAGENT] Event013=1 Event002=1 "
-       "Event010=1 [WindowsEventKEAGENT] Level013=0 Level002=0 Level010=0 [WindowsEventKEC] Level013=0 Level002=0 "
-       "Level010=0 [SERVERMOPKEAGENT] Level013=15 Level002=15 Level010=15 [SERVERMOPKEC] Level013=15 Level002=15 "
-       "Level010=15"},
+       "Event010=1 [WindowsEventKEAGENT] Level013=0 Level002=0 Level010=0 [WindowsEventKEC] Level013=0 "},
       {"KESAgent/KesAgent.conf", "[MESSAGE_RETRIES]\n500=7\n501=-1\n[ConfigOptions]\nReloadFromFile=TRUE\n",
        "[MESSAGE_RETRIES] 500=7 501=2 502=2 [ConfigOptions] ReloadFromFile=FALSE [Proxy] AskInterval=21600"},
       {"KELUpg/KelUpg.ini", "[GENERAL]\nUserAllowedReboot=1\nA=b\n[HOME_PROTECTIONS]\nC=d\n[PRODUCTS]\nPCSM=e\n",
@@ -128,7 +121,7 @@ TEST_CASE("upgrade start: settings that exist are overwritten, kept or removed, 
   }
 }
 
-TEST_CASE("upgrade start: a file that cannot be written fails the upgrade, and keeps nothing else from being done") {
+TEST_CASE("upgrade start: a file that cannot be written is no failure, or keeps others from being written") {
   const Installation whole;
   REQUIRE(whole.Upgrade() == KE_SUCCESS);
   const auto files = whole.Files();
@@ -150,7 +143,7 @@ TEST_CASE("upgrade start: a file that cannot be written fails the upgrade, and k
   }
 }
 
-TEST_CASE("secure server: both integration actions, in silence; a null server removes the two servers") {
+TEST_CASE("secure server: an integration action without it, or a trace of it") {
   const std::string base = SERVICE_BASE_ADDRESS "/Orvane/Services/Agents/Facade/SecureMessageDispatcher";
   const std::string names = " SERVER_NS=" + base + " SERVER_AP=" + base + "/ISecureMessages";
   Installation tree;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <tuple>
 
@@ -15,10 +16,7 @@ using support::LoadedDll;
 namespace {
 
 struct ProxyTree : support::ProductTree {
-  ProxyTree() {
-    TurnLogOn();
-    AddDevkit("KELAGAPI.dll", "Common");
-  }
+  ProxyTree() { AddDevkit("KELAGAPI.dll", "Common"); }
   // A record as the development module keeps it, behind the header of its file.
   string Record(const char* file) const { return support::ReadFile(Path("Common") / file).substr(32); }
   string library = Path("KELUtils/KELUtils.dll").string();
@@ -39,7 +37,7 @@ void Put(string& record, size_t offset, const string& text, size_t fieldSize) {
 
 }  // namespace
 
-TEST_CASE("agent and static proxy: the records at every offset, texts at and past the size of their field") {
+TEST_CASE("agent and static proxy: a record with another byte, or a text past the end of its field") {
   const ProxyTree tree;
   const LoadedDll dll(tree.library);
   KE_PROXY proxy{};  // filled anew by every row
@@ -62,9 +60,6 @@ TEST_CASE("agent and static proxy: the records at every offset, texts at and pas
     CHECK((CALL(dll, KE_GetConfiguratedProxy)(&proxy) == KE_SUCCESS && proxy.hasCredentials == (row.flags > 3)));
     CHECK(Shown(proxy) == row.shown);
   }
-  for (const string line : {"Server:   [h]", "Port:     [3128]", "User:     []", "Password: []"})
-    CHECK(tree.Traced("KE_SetAgentProxyInfo;\"Parameter " + line + "\""));
-
   const size_t lengths[][3] = {{2, 0, 96}, {0, 3, 160}, {0, 0, 32}, {255, 319, 224}, {256, 320, 224}};
   for (const auto& [host, ips, flags] : lengths) {
     CHECK(CALL(dll, KE_SetStaticProxyInfo)(host ? X(host).c_str() : nullptr, X(ips).c_str()) == KE_SUCCESS);
@@ -75,14 +70,14 @@ TEST_CASE("agent and static proxy: the records at every offset, texts at and pas
   }
 }
 
-TEST_CASE("agent server: the record keeps everything but the address, which is cut to its field") {
+TEST_CASE("agent server: a record that loses anything but the address, or an address past the end of its field") {
   const ProxyTree tree;
   const LoadedDll dll(tree.library), agent(tree.Path("Common/KELAGAPI.dll"));
   string record = X(2564);
   CALL(agent, KE_AGAPI_Initialize)();
   CHECK(CALL(agent, KE_AGAPI_SetConfig)(1, 6, record.data(), 2564) == 0);
   CHECK(CALL(dll, KE_SetURLServer)(nullptr) == KE_MISSING_ARGUMENT);
-  for (const string& server : {string(600, 's'), string(511, 's'), string("https://s"), string()}) {
+  for (const string& server : {string(600, 's'), string("https://s"), string()}) {
     CHECK(CALL(dll, KE_SetURLServer)(server.c_str()) == KE_SUCCESS);
     const string written = tree.Record("KELAGAPI-1-6.rec");
     CHECK((written.substr(0, 1028) == X(1028) && written.c_str() + 1028 == server.substr(0, 511)));
@@ -90,51 +85,52 @@ TEST_CASE("agent server: the record keeps everything but the address, which is c
   }
 }
 
-TEST_CASE("proxy exports: each failure has its code, stores nothing and gives the agent module back") {
+TEST_CASE("proxy exports: a failure with another code, that stores something, or that keeps the agent module") {
   const ProxyTree tree;
   tree.AddFake("FakeApiCr", "KELUtils/ApiCr.dll");
   std::filesystem::remove(tree.Path("Common/KELAGAPI.dll"));
   const LoadedDll dll(tree.library), crypto(tree.Path("KELUtils/ApiCr.dll"));
   KE_PROXY proxy{};
-  const auto configured = [&] { return CALL(dll, KE_GetConfiguratedProxy)(&proxy); };
-  const auto internet = [&] { return CALL(dll, KE_GetInetConfig)(&proxy, sizeof proxy); };
   const auto set = [&](const string& user = "", const string& password = "", const char* server = "h") {
     return CALL(dll, KE_SetAgentProxyInfo)(server, "1", user.c_str(), password.c_str());
   };
-  const auto setStatic = [&] { return CALL(dll, KE_SetStaticProxyInfo)("h", nullptr); };
-  const auto setServer = [&] { return CALL(dll, KE_SetURLServer)("https://s"); };
+  const std::function<KE_RESULT()> setServer = [&] { return CALL(dll, KE_SetURLServer)("https://s"); },
+                                   configured = [&] { return CALL(dll, KE_GetConfiguratedProxy)(&proxy); },
+                                   internet = [&] { return CALL(dll, KE_GetInetConfig)(&proxy, sizeof proxy); },
+                                   setAgent = [&] { return set(); },
+                                   setStatic = [&] { return CALL(dll, KE_SetStaticProxyInfo)("h", nullptr); };
   // No module, one that loads but lacks the functions in the second folder, and one in the first.
-  for (const char* folder : {"", "KELUtils", "Common"}) {
-    if (*folder) tree.AddFake("FakeKERegister", string(folder) + "/KELAGAPI.dll");
-    const KE_RESULT expected = string(folder) == "Common" ? KE_AGENT_INCOMPLETE : KE_AGENT_NOT_LOADED;
+  for (const string folder : {"", "KELUtils", "Common"}) {
+    if (!folder.empty()) tree.AddFake("FakeKERegister", folder + "/KELAGAPI.dll");
     CHECK(setServer() == KE_AGENT_NOT_LOADED);
-    for (const KE_RESULT result : {configured(), internet(), set(), setStatic()}) {
-      CHECK_MESSAGE(result == expected, folder);
+    for (const auto& call : {configured, internet, setAgent, setStatic}) {
+      CHECK_MESSAGE(call() == (folder == "Common" ? KE_AGENT_INCOMPLETE : KE_AGENT_NOT_LOADED), folder);
       CHECK(GetModuleHandleA("KELAGAPI.dll") == nullptr);
     }
   }
   tree.AddFake("FakeKELAGAPI", "Common/KELAGAPI.dll");
   const LoadedDll agent(tree.Path("Common/KELAGAPI.dll"));
-  const auto fail = [&](const char* function, KE_RESULT expected, const char* host, auto call) {
+  const std::tuple<const char*, KE_RESULT, const char*, std::function<KE_RESULT()>> failures[] = {
+      {"KE_AGAPI_AskProxyConfig", KE_NOT_CREATED, "kept", internet},
+      {"KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "kept", internet},
+      {"KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "", configured},
+      {"KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "", configured},
+      {"KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "kept", setServer},
+      {"KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setServer},
+      {"KE_AGAPI_SetConfig", KE_REGISTRY_UNUSABLE, "kept", setAgent},
+      {"KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setStatic}};
+  for (const auto& [function, expected, host, call] : failures) {
     std::strcpy(proxy.host, "kept");
     FakeCallState* const state = CALL(agent, FakeCall)(function);
     state->answer = -9;
     CHECK_MESSAGE((call() == expected && state->count == 1 && string(proxy.host) == host), function);
     state->answer = state->count = 0;
-  };
-  fail("KE_AGAPI_AskProxyConfig", KE_NOT_CREATED, "kept", internet);
-  fail("KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "kept", internet);
-  fail("KE_AGAPI_GetProxyConfig", KE_AGENT_READ_FAILED, "", configured);
-  fail("KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "", configured);
-  fail("KE_AGAPI_GetConfig", KE_AGENT_READ_FAILED, "kept", setServer);
-  fail("KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setServer);
-  fail("KE_AGAPI_SetConfig", KE_REGISTRY_UNUSABLE, "kept", set);
-  fail("KE_AGAPI_SetConfig", KE_AGENT_WRITE_FAILED, "kept", setStatic);
-  CHECK(tree.Traced("KE_SetAgentProxyInfo;\"Error during proxy configuration: [-9]\""));
-
+  }
   const string good = Setting(dll, "u"), longest = good + string(1023 - good.size(), ' ');
   CALL(crypto, FakeCipher)()->error = 9;
-  CHECK(set(good, good) == 9);
+  char text[99];
+  int32_t size = sizeof text;
+  CHECK((set(good, good) == 9 && CALL(dll, KE_EncryptSetting)("secret", 6, text, &size) == 9));
   CALL(crypto, FakeCipher)()->error = 0;
   CHECK((set(longest + " ") == KE_OUT_OF_RANGE && set(good, longest + " ") == KE_OUT_OF_RANGE));
   CHECK((set("", "", "") == KE_MISSING_ARGUMENT && CALL(dll, KE_SetAgentProxyInfo)("h", "", "", nullptr) == 1777));
@@ -143,7 +139,7 @@ TEST_CASE("proxy exports: each failure has its code, stores nothing and gives th
   CHECK(CALL(agent, FakeCalls)("KE_AGAPI_Finalize") == CALL(agent, FakeCalls)("KE_AGAPI_Initialize"));
 }
 
-TEST_CASE("internet configuration: the installer plug-in's answer; without one, the proxy in use from the agent") {
+TEST_CASE("internet configuration: not that of the installer plug-in or, without one, that of the agent") {
   const ProxyTree tree;
   tree.AddFake("FakeInstallerPlugin", "KelUpg/KEC.dll");
   tree.AddFake("FakeKERegister", "KelUpg/None.dll");  // loads, but is no plug-in

@@ -1,10 +1,9 @@
 #include <doctest/doctest.h>
 
-#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <tuple>
 
 #include "exports/store_tree.h"
 #include "registration/texts.h"
@@ -35,7 +34,7 @@ struct RegistrationTree : StoreTree {
 
 }  // namespace
 
-TEST_CASE("initialisation: writes every file; again, with or without a backslash behind the root, the same ones") {
+TEST_CASE("initialisation: a file with another text, also in a second run, or written behind a failure") {
   const RegistrationTree with;
   const support::Folder root;
   const std::string path = root / "";
@@ -54,24 +53,18 @@ TEST_CASE("initialisation: writes every file; again, with or without a backslash
   for (const char* folder : {"KELSYSCF", "KELTASK", "KELSYSUD", "KELSYSIN", "KesAgent", "KEPWINST"})
     CHECK(std::filesystem::is_directory(root.Path(folder)));
   CHECK((initialise(bare.c_str()) == KE_SUCCESS && Installed(root) == first));
-}
 
-TEST_CASE("initialisation: stops at the first file that cannot be written; the ones before it stay") {
-  const RegistrationTree with;
   for (const char* blocked : kFiles) {
-    CAPTURE(blocked);
-    const support::Folder root;
-    std::filesystem::create_directories(root.Path(blocked));
-    CHECK(CALL(with.dll, KE_InitializeSystem)((root / "").c_str()) == KE_STORE_UNUSABLE);
+    const support::Folder other;
+    std::filesystem::create_directories(other.Path(blocked));
+    CHECK(initialise((other / "").c_str()) == KE_STORE_UNUSABLE);
     bool before = true;
-    for (const char* file : kFiles) {
-      before = before && file != blocked;
-      CHECK(std::filesystem::is_regular_file(root.Path(file)) == before);
-    }
+    for (const char* file : kFiles)
+      CHECK(std::filesystem::is_regular_file(other.Path(file)) == (before = before && file != blocked));
   }
 }
 
-TEST_CASE("initialisation: other keys stay; plug-ins register anew whatever the root; a pending reboot is noted") {
+TEST_CASE("initialisation: another key is lost, a plug-in not registered again, or a pending reboot not noted") {
   const RegistrationTree with;
   const support::Folder root;
   const std::string path = root / "", protection = with.tree / "Protection";
@@ -100,50 +93,47 @@ TEST_CASE("initialisation: other keys stay; plug-ins register anew whatever the 
   CHECK(initialise(path.c_str(), "TRUE") == KE_SUCCESS);
 }
 
-TEST_CASE("plug-ins, versions and subscriptions: what each call leaves in its file") {
+TEST_CASE("plug-ins, versions and subscriptions: a call leaves another text in its file") {
   const RegistrationTree with;
-  const auto addPlugin = CALL(with.dll, KE_AddPlugin);
-  const auto removePlugin = CALL(with.dll, KE_RemovePlugin);
-  const auto setVersion = CALL(with.dll, KE_SetVersion);
-  const auto subscribe = CALL(with.dll, KE_AddPolicyTypeSuscription);
-  const auto withdraw = CALL(with.dll, KE_RemovePolicyTypeSuscription);
-  const auto edit = [&](KE_RESULT result, const char* module, const std::string& text) {
-    CHECK((result == KE_SUCCESS && with.Ini(module) == text));
-  };
-  edit(addPlugin("K", "KELConf", "\"a b\""), "KELConf", "[PLUGINS]\r\nK=\"a b\"\r\n");
-  edit(addPlugin("k", "kelconf", "c"), "KELConf", "[PLUGINS]\r\nK=c\r\n");
-  edit(removePlugin("K", "KELConf"), "KELConf", "[PLUGINS]\r\n");
-  edit(addPlugin("K", "KELConf", nullptr), "KELConf", "[PLUGINS]\r\n");
-  const std::string type = "[PLUGINS]\r\n[TYPES_101]\r\n";
-  edit(subscribe("KELSYSCF", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
-  edit(subscribe("kec", "101"), "KELConf", type + "KELSYSCF=YES\r\nkec=YES\r\n");
-  edit(withdraw("kec", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
-  edit(subscribe("KEC", "101"), "KELConf", type + "KEC=YES\r\n");
-  edit(withdraw("KEC", "101"), "KELConf", type + "KELSYSCF=YES\r\n");
+  const auto add = CALL(with.dll, KE_AddPlugin);
+  const auto remove = CALL(with.dll, KE_RemovePlugin), setVersion = CALL(with.dll, KE_SetVersion),
+             subscribe = CALL(with.dll, KE_AddPolicyTypeSuscription),
+             withdraw = CALL(with.dll, KE_RemovePolicyTypeSuscription);
+  const std::string log = with.tree / "KELUpg\\KELUPG.log", type = "[PLUGINS]\r\n[TYPES_101]\r\n";
   with.tree.AddDevkit("KELUPG.dll", "KELUpg");
-  edit(setVersion("X", "2"), "KELUpg", "[INSTALLED]\r\nX=2\r\n");
-  CHECK_FALSE(std::filesystem::exists(with.tree.Path("KELUpg/KELUPG.log")));
-  edit(setVersion("keagent", "3"), "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n");
-  CHECK(support::ReadFile(with.tree.Path("KELUpg/KELUPG.log")).ends_with(";1;0\r\n"));
-  edit(addPlugin("X", "KELUpg", "x"), "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n[PLUGINS]\r\nX=x\r\n");
-  edit(removePlugin("X", "kelupg"), "KELUpg", "[INSTALLED]\r\nX=NOT\r\nkeagent=3\r\n[PLUGINS]\r\n");
-  using TwoTexts = decltype(&KE_SetVersion);
+  const std::tuple<std::function<KE_RESULT()>, const char*, std::string> steps[] = {
+      {[&] { return add("K", "KELConf", "\"a b\""); }, "KELConf", "[PLUGINS]\r\nK=\"a b\"\r\n"},
+      {[&] { return add("k", "kelconf", "c"); }, "KELConf", "[PLUGINS]\r\nK=c\r\n"},
+      {[&] { return remove("K", "KELConf"); }, "KELConf", "[PLUGINS]\r\n"},
+      {[&] { return add("K", "KELConf", nullptr); }, "KELConf", "[PLUGINS]\r\n"},
+      {[&] { return subscribe("KELSYSCF", "101"); }, "KELConf", type + "KELSYSCF=YES\r\n"},
+      {[&] { return subscribe("kec", "101"); }, "KELConf", type + "KELSYSCF=YES\r\nkec=YES\r\n"},
+      {[&] { return withdraw("kec", "101"); }, "KELConf", type + "KELSYSCF=YES\r\n"},
+      {[&] { return subscribe("KEC", "101"); }, "KELConf", type + "KEC=YES\r\n"},
+      {[&] { return withdraw("KEC", "101"); }, "KELConf", type + "KELSYSCF=YES\r\n"},
+      {[&] { return setVersion("X", "2"); }, "KELUpg", "[INSTALLED]\r\nX=2\r\n"},
+      {[&] { return support::ReadFile(log).size(); }, "KELUpg", "[INSTALLED]\r\nX=2\r\n"},  // not notified
+      {[&] { return setVersion("keagent", "3"); }, "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n"},
+      {[&] { return add("X", "KELUpg", "x"); }, "KELUpg", "[INSTALLED]\r\nX=2\r\nkeagent=3\r\n[PLUGINS]\r\nX=x\r\n"},
+      {[&] { return remove("X", "kelupg"); }, "KELUpg", "[INSTALLED]\r\nX=NOT\r\nkeagent=3\r\n[PLUGINS]\r\n"},
+  };
+  for (const auto& [step, module, text] : steps) CHECK((step() == KE_SUCCESS && with.Ini(module) == text));
+  CHECK(support::ReadFile(log).ends_with(";1;0\r\n"));
   const char* const none = nullptr;
-  for (const TwoTexts change : {removePlugin, setVersion, subscribe, withdraw}) {
-    for (const auto& [key, text] : {std::pair{none, "KELConf"}, {"", "1"}, {"K", none}, {"K", ""}}) {
-      CHECK((change(key, text) == KE_MISSING_ARGUMENT && addPlugin(key, text, "v") == KE_MISSING_ARGUMENT));
-    }
+  for (const auto change : {remove, setVersion, subscribe, withdraw}) {
+    for (const auto& [key, text] : {std::pair{none, "KELConf"}, {"", "1"}, {"K", none}, {"K", ""}})
+      CHECK((change(key, text) == KE_MISSING_ARGUMENT && add(key, text, "v") == KE_MISSING_ARGUMENT));
   }
   for (const char* file : {"KELUpg", "KELConf/KELConf.ini"}) std::filesystem::remove_all(with.tree.Path(file));
   std::filesystem::create_directory(with.tree.Path("KELConf/KELConf.ini"));  // a folder in the file's place
   for (const char* key : {"KEC", "K"}) {
-    for (const TwoTexts change : {setVersion, subscribe, withdraw}) CHECK(change(key, "101") == KE_STORE_UNUSABLE);
-    for (const char* host : {"KELUpg", "KELConf"}) CHECK(removePlugin(key, host) == KE_STORE_UNUSABLE);
+    for (const auto change : {setVersion, subscribe, withdraw}) CHECK(change(key, "101") == KE_STORE_UNUSABLE);
+    for (const char* host : {"KELUpg", "KELConf"}) CHECK(remove(key, host) == KE_STORE_UNUSABLE);
   }
-  CHECK(addPlugin("K", "KELConf", "v") == KE_STORE_UNUSABLE);
+  CHECK(add("K", "KELConf", "v") == KE_STORE_UNUSABLE);
 }
 
-TEST_CASE("removing a plug-in of the update module: what the launcher makes of it; the plug-in is out in any case") {
+TEST_CASE("plug-ins of the update module: one stays, or the launcher's failure is another result") {
   const RegistrationTree with;
   const auto remove = [&] {
     support::WriteFile(with.tree.Path("KELUpd/KELUpd.ini"), "[PLUGINS]\r\nX=x\r\n");
@@ -162,62 +152,13 @@ TEST_CASE("removing a plug-in of the update module: what the launcher makes of i
   CHECK((remove() == KE_PROGRAM_NOT_STARTED && std::string(launcher.command) == "KELUPD -REMOVEINFO:X"));
 }
 
-TEST_CASE(
-    "texts that Windows may crash on: of each export that hands one to a settings file, as a failed write or read") {
-  RegistrationTree with;
-  for (const char* folder : {"KesLpmng", "5"}) std::filesystem::create_directory(with.tree.Path(folder));
-  const LoadedDll& dll = with.dll;
-  const char *const s = "S", *const k = "K", *const v = "v";
-  char buffer[8];
-  struct Row {
-    const char* call;
-    KE_RESULT fits, refused;  // for 32,766 characters, and for more
-    std::function<KE_RESULT(const char* text)> make;
-  };
-  using Text = const char*;
-  const Row rows[] = {
-      {"KE_SetURLSecureServer", 0, 1782, CALL(dll, KE_SetURLSecureServer)},
-      {"KE_AddPlugin, key", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(text, "KELConf", v); }},
-      {"KE_AddPlugin, host", 1782, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(k, text, v); }},
-      {"KE_AddPlugin, value", 0, 1782, [&](Text text) { return CALL(dll, KE_AddPlugin)(k, "KELConf", text); }},
-      {"KE_SetVersion", 0, 1782, [&](Text text) { return CALL(dll, KE_SetVersion)(k, text); }},
-      {"KE_InitializeSystem", 1782, 1782, CALL(dll, KE_InitializeSystem)},
-      {"KE_UpgradeStart", 1782, 1782, CALL(dll, KE_UpgradeStart)},
-      {"reading, key", 0, 0,
-       [&](Text text) { return CALL(dll, KE_GetUpdateNowConfig)(s, text, "none", buffer, sizeof buffer); }},
-  };
-  SetCurrentDirectoryA((with.tree / "").c_str());  // names that are made of stray memory lie here
-  const auto size = [&] {
-    std::uintmax_t bytes = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(with.tree.Path(""))) {
-      bytes += entry.is_regular_file() ? entry.file_size() : 10000;
-    }
-    return bytes;
-  };
-  for (const Row& row : rows) {
-    CAPTURE(std::string(row.call));
-    CHECK(row.make(std::string(32766, 'x').c_str()) == row.fits);
-    const auto before = size();
-    for (const size_t length : {32767, 40000, 65535, 70000}) {
-      std::memset(buffer, '#', sizeof buffer);
-      CHECK(row.make(std::string(length, 'x').c_str()) == row.refused);
-      CHECK((buffer[0] == '#' || std::string_view(buffer, 3) == std::string_view("\0\0#", 3)));
-    }
-    CHECK(size() <= before + 400);  // the names of servers
-  }
-  SetCurrentDirectoryA("C:\\");
-}
-
-TEST_CASE("command gate: asks the installation state, and allows nothing when it cannot be read") {
+TEST_CASE("command gate: a command runs although the installation state forbids it, or cannot be read") {
   const RegistrationTree with;
   uint32_t allowed = 7;
-  const auto check = [&](int32_t state, const char* command, uint32_t expected) {
+  for (const auto& [state, expected] : {std::pair{199, 0u}, {200, 1u}}) {
     REQUIRE(CALL(with.dll, KE_SetInstallState)(&state, 0) == KE_SUCCESS);
-    CHECK((CALL(with.dll, KE_CanRunCommand)(command, &allowed) == KE_SUCCESS && allowed == expected));
-  };
-  check(45, "keltest", 0);
-  check(199, nullptr, 0);
-  check(200, nullptr, 1);
+    CHECK((CALL(with.dll, KE_CanRunCommand)(nullptr, &allowed) == KE_SUCCESS && allowed == expected));
+  }
   const support::LockedFile locked(with.tree.Store("INTEGRA.DAT"));
   CHECK((CALL(with.Load(), KE_CanRunCommand)("KELTVEVT", &allowed) == KE_STORE_UNUSABLE && allowed == 0));
 }

@@ -3,6 +3,7 @@
 #include <aclapi.h>
 #include <doctest/doctest.h>
 
+#include <functional>
 #include <optional>
 
 #include "policy/policy_fixture.h"
@@ -44,61 +45,43 @@ struct ThreeScripts : TestPolicy {
   }
 };
 
-// Keeps each state of a policy in which a removal that ended before a line of its log would leave it.
-struct Snapshots : support::RecordingSink {
-  explicit Snapshots(const ThreeScripts& removed) : policy(removed) {}
-  ~Snapshots() { RegDeleteTreeA(HKEY_CURRENT_USER, kKept); }
-
+// Removes b in a thread that ends at a line of its log, or does not.
+struct EndingRemoval : support::RecordingSink {
+  EndingRemoval(const TestPolicy& from, int line) : policy(from), left(line) {
+    const win::ProcessHandle thread(CreateThread(nullptr, 0, Run, this, 0, nullptr));
+    WaitForSingleObject(thread.Get(), INFINITE);
+  }
+  static DWORD WINAPI Run(void* removal) {
+    auto& self = *static_cast<EndingRemoval*>(removal);
+    self.completed = Remove(self.policy, {u"x"}, &self) == KE_SUCCESS;
+    return 0;
+  }
   void KE_API Write(std::uint32_t, std::uint32_t, const wchar_t*, const wchar_t*) override {
-    if (const std::string state = policy.State(); state != last) last = state, Copy(TestPolicy::kPrefix, Key(count++));
+    if (--left == 0) ExitThread(0);
   }
-  void Restore(int number) const {
-    RegDeleteTreeA(HKEY_CURRENT_USER, TestPolicy::kPrefix);
-    Copy(Key(number), TestPolicy::kPrefix);
-  }
-  int count = 0;
-
- private:
-  // With the files, which have a folder for each key.
-  void Copy(const std::string& from, const std::string& to) const {
-    HKEY key = nullptr;
-    CHECK(RegCreateKeyA(HKEY_CURRENT_USER, to.c_str(), &key) == ERROR_SUCCESS);
-    CHECK(RegCopyTreeA(HKEY_CURRENT_USER, from.c_str(), key) == ERROR_SUCCESS);
-    RegCloseKey(key);
-    const auto folder = [&](const std::string& of) {
-      return of == TestPolicy::kPrefix ? std::filesystem::path(policy.places.folder) : policy.folder.Path(of);
-    };
-    std::filesystem::remove_all(folder(to));
-    std::filesystem::create_directories(folder(to).parent_path());
-    std::filesystem::copy(folder(from), folder(to), std::filesystem::copy_options::recursive);
-  }
-  static std::string Key(int number) { return kKept + std::to_string(number); }
-
-  static constexpr char kKept[] = "Software\\KELUtils tests kept\\";
-  const ThreeScripts& policy;
-  std::string last;
+  const TestPolicy& policy;
+  int left;
+  bool completed = false;
 };
 
-// A file that another program holds. It lets go after so many of the library's pauses, which take no time, and then
-// writes `text`, unless that is empty.
+// A file that another program holds for so many of the library's pauses, which take no time, and that then has `text`,
+// unless that is empty.
 struct HeldFile {
   HeldFile(const std::filesystem::path& path, DWORD share, int pauses, const std::string& text) {
-    s_left = pauses, s_noted.clear(), s_path = path, s_text = text;
+    s_noted.clear();
+    if (pauses == 0) return;
     s_lock.emplace(path, share);
-    win::g_waiting.pause = [](DWORD milliseconds) {
-      s_noted += std::to_string(milliseconds) + " ";
-      if (--s_left == 0) s_lock.reset();
-      if (s_left == 0 && !s_text.empty()) support::WriteFile(s_path, s_text);
+    s_release = [=]() mutable {
+      if (--pauses != 0) return;
+      s_lock.reset();
+      if (!text.empty()) support::WriteFile(path, text);
     };
+    win::g_waiting.pause = [](DWORD milliseconds) { s_noted += std::to_string(milliseconds) + " ", s_release(); };
   }
-  ~HeldFile() {
-    s_lock.reset();
-    win::g_waiting = kept;
-  }
+  ~HeldFile() { s_lock.reset(), win::g_waiting = kept; }
   static inline std::optional<support::LockedFile> s_lock;
-  static inline int s_left;
-  static inline std::string s_noted, s_text;
-  static inline std::filesystem::path s_path;
+  static inline std::string s_noted;
+  static inline std::function<void()> s_release;
   const win::Waiting kept = win::g_waiting;
 };
 
@@ -117,11 +100,9 @@ std::string ObjectLines(const TestPolicy& policy, bool scriptOrder = true) {
 constexpr char kKey[] = "SYSTEM\\CurrentControlSet\\Control\\Session Manager", kName[] = "PendingFileRenameOperations";
 struct PendingDeletions {
   ~PendingDeletions() {
-    const auto size = static_cast<DWORD>(before.size());
-    if (size > 0)
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKey, kName);
+    if (const auto size = static_cast<DWORD>(before.size()); size > 0)
       RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, kName, REG_MULTI_SZ, before.data(), size);
-    else
-      RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kKey, kName);
   }
   static std::string Read() {
     std::string data(65536, '\0');
@@ -135,7 +116,7 @@ struct PendingDeletions {
 
 }  // namespace
 
-TEST_CASE("policy scripts: registering writes the places of the release, and nothing of a bad script") {
+TEST_CASE("policy scripts: registering writes another place than those of the release, or a bad script") {
   const struct {
     std::uint32_t code;
     bool vista, windows7;
@@ -159,11 +140,15 @@ TEST_CASE("policy scripts: registering writes the places of the release, and not
   for (const Script& script : {Script{u"a", u"x\r\n1CmdLine=b"}, {std::u16string(260, u'a'), u""}})
     CHECK(RegisterScript(nullptr, policy.places, kShutdown, script) == KE_OUT_OF_RANGE);
   CHECK(Remove(policy, {u""}) == KE_MISSING_ARGUMENT);
-  CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);
+  support::RecordingSink sink;
+  CHECK(DeleteShutdownInformation(&sink, nullptr, L"text", 1) == KE_MISSING_ARGUMENT);
+  CHECK(sink.lines ==
+        L"50 Function start\n30 Parameter (parameters): (null)\n30 Parameter (text): text\n30 Parameter (flag): 1\n"
+        L"40 Return code (1777)\n50 Function end\n");
   CHECK((policy.folder.FileCount() == 0 && policy.Registry(0).empty()));
 }
 
-TEST_CASE("policy scripts: removing one of three leaves the others renumbered and whole") {
+TEST_CASE("policy scripts: the removal of one script changes another one") {
   const ThreeScripts policy;
   support::RecordingSink sink;
   CHECK((Remove(policy, {u"x", u"another.cmd"}) == KE_SUCCESS && policy.State().ends_with("abc")));
@@ -187,93 +172,91 @@ TEST_CASE("policy scripts: removing one of three leaves the others renumbered an
   CHECK_FALSE(std::filesystem::exists(policy.Ini()));
 }
 
-TEST_CASE("policy scripts: a removal that was interrupted anywhere is brought to its end") {
-  const ThreeScripts policy;
-  for (const auto& [number, id] : {std::pair{"0", "{a}"}, {"1", "LocalGPO"}, {"2", "{b}"}, {"3", "{c}"}})
-    policy.AddObject(2, number, id);
-  Snapshots snapshots(policy);
-  CHECK(Remove(policy, {u"x"}, &snapshots) == KE_SUCCESS);
-  const std::string expected = policy.State();
-  REQUIRE(snapshots.count > 20);
-  for (int number = 0; number < snapshots.count; ++number) {
-    CAPTURE(number);
-    snapshots.Restore(number);
-    CHECK((Remove(policy) == KE_SUCCESS && policy.State() == expected));
+TEST_CASE("policy scripts: a removal that is interrupted at any line loses or doubles a script") {
+  std::string expected;
+  bool completed = false;
+  for (int line = 0; line < 2 || !completed; ++line) {  // the first is to none
+    CAPTURE(line);
+    const ThreeScripts policy;
+    for (const auto& [number, id] : {std::pair{"0", "{a}"}, {"1", "LocalGPO"}, {"2", "{b}"}, {"3", "{c}"}})
+      policy.AddObject(2, number, id);
+    completed = EndingRemoval(policy, line).completed;
+    REQUIRE((Remove(policy) == KE_SUCCESS && line < 999));
+    if (line == 0) expected = policy.State();
+    CHECK(policy.State() == expected);
   }
 }
 
-TEST_CASE("policy scripts: files that others hold are waited for; in vain, they stay and the next call does it all") {
-  const std::string x = "[Shutdown]\r\n0CmdLine=b\r\n0Parameters=x\r\n", y = "[Startup]\r\n0CmdLine=a\r\n",
-                    z = "1CmdLine=z\r\n";
+TEST_CASE("policy scripts: a file that is in use or not understood is lost, or changed after all") {
+  const std::string plain = "[Shutdown]\r\n0CmdLine=b\r\n0Parameters=x\r\n", ansi = plain + "1CmdLine=\xE4\r\n";
+  const std::string x = Utf16(plain), y = Utf16("[Startup]\r\n0CmdLine=a\r\n").substr(2), mark = x.substr(0, 2),
+                    z = Utf16("1CmdLine=z\r\n").substr(2), huge = plain + std::string(1100000, ' ');
   const std::string version = "[General]\r\nVersion=4\r\n", stepped = "[General]\r\nVersion=5\r\n";
   constexpr DWORD kRead = FILE_SHARE_READ, kWrite = FILE_SHARE_READ | FILE_SHARE_WRITE;
   constexpr int kLong = 1000;
   const struct {
     const char* name;
-    bool version;  // gpt.ini is held
-    DWORD share;
-    int pauses;
-    KE_RESULT result;
-    std::string ini, left;
-    bool ours = true;  // which waits; else it is the replacement of files, as long as it likes
+    std::string ini, left, gpt;  // with the same text left, the call is refused
+    DWORD share = 0;
+    int pauses = 0;  // for which scripts.ini is held, or gpt.ini
+    bool gptHeld = false;
     std::string written = "";
   } rows[] = {
-      {"reading in vain", false, 0, kLong, KE_STORE_UNUSABLE, x + y, ""},
-      {"the check", false, kRead, 6, KE_SUCCESS, x + y, y},
-      {"the check in vain", false, kRead, kLong, KE_STORE_UNUSABLE, x + y, ""},
-      {"the check, and it is changed", false, kRead, 6, KE_SUCCESS, x + y, y + z, true, x + y + z},
-      {"deleting", false, kWrite, 6, KE_SUCCESS, x, ""},
-      {"deleting in vain", false, kWrite, kLong, KE_SUCCESS, "\r\n" + x, "\r\n", false},
-      {"replacing in vain", false, kWrite, kLong, KE_SUCCESS, x + y, y, false},
-      {"gpt.ini in vain", true, 0, kLong, KE_STORE_UNUSABLE, x + y, ""},
-      {"replacing gpt.ini in vain", true, kWrite, kLong, KE_SUCCESS, x + y, y, false},
+      {"the system's code page", ansi, Utf16("[Shutdown]\r\n0CmdLine=\xE4\r\n"), version},
+      {"no gpt.ini", x + y, mark + y, ""},
+      {"gpt.ini is garbage", x, x, "[General]\nVersion=?"},
+      {"UTF-16 without a mark", x.substr(2), x.substr(2), version},
+      {"a section twice", plain + plain, plain + plain, version},
+      {"too large", huge, huge, version},
+      {"reading in vain", x + y, x + y, version, 0, kLong},
+      {"the check", x + y, mark + y, version, kRead, 6},
+      {"the check in vain", x + y, x + y, version, kRead, kLong},
+      {"the check, and it is changed", x + y, mark + y + z, version, kRead, 6, false, x + y + z},
+      {"deleting", x, "", version, kWrite, 6},
+      {"deleting in vain", mark + x.substr(2), mark, version, kWrite, kLong},
+      {"replacing in vain", x + y, mark + y, version, kWrite, kLong},
+      {"gpt.ini in vain", x + y, x + y, version, 0, kLong, true},
+      {"replacing gpt.ini in vain", x + y, mark + y, version, kWrite, kLong, true},
   };
   for (const auto& row : rows) {
     CAPTURE(row.name);
     const TestPolicy policy;
-    TestPolicy::Put(policy.Ini(), Utf16(row.ini));
-    TestPolicy::Put(policy.Gpt(), version);
+    TestPolicy::Put(policy.Ini(), row.ini);
+    if (!row.gpt.empty()) TestPolicy::Put(policy.Gpt(), row.gpt);
     TestPolicy::Put(policy.ScriptFile("b"), "");
+    policy.AddObject(0, "0", "LocalGPO");
+    const bool refused = row.left == row.ini, inPlace = row.share == kWrite && row.pauses == kLong;
     support::RecordingSink sink;
     {
-      const HeldFile held(row.version ? policy.Gpt() : policy.Ini(), row.share, row.pauses,
-                          row.written.empty() ? "" : Utf16(row.written));
-      CHECK(Remove(policy, {u"x"}, &sink) == row.result);
-      if (row.ours) CHECK(HeldFile::s_noted == "1 5 10 20 40 80 ");
-      if (row.result != KE_SUCCESS)
-        CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"d.cmd", u"4"}) == KE_STORE_UNUSABLE);
+      const HeldFile held(row.gptHeld ? policy.Gpt() : policy.Ini(), row.share, row.pauses, row.written);
+      CHECK(Remove(policy, {u"x"}, &sink) == (refused ? KE_STORE_UNUSABLE : KE_SUCCESS));
+      CHECK((inPlace || HeldFile::s_noted == (row.pauses ? "1 5 10 20 40 80 " : "")));
+      if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"d.cmd", u"4"}) == KE_STORE_UNUSABLE);
     }
-    CHECK((sink.lines.find(L"Overwritten in place") != std::wstring::npos) ==
-          (row.share == kWrite && row.pauses == kLong));
-    if (row.result != KE_SUCCESS) {
-      CHECK((ReadFile(policy.Ini()) == Utf16(row.ini) && ReadFile(policy.Gpt()) == version));
-      CHECK((std::filesystem::exists(policy.ScriptFile("b")) && Remove(policy) == KE_SUCCESS));
-    } else {
-      CHECK((ReadFile(policy.Ini()) == (row.left.empty() ? "" : Utf16(row.left))));
-    }
-    CHECK(ReadFile(policy.Gpt()) == stepped);
-    CHECK_FALSE(std::filesystem::exists(policy.ScriptFile("b")));
+    CHECK((sink.lines.find(L"Overwritten in place") != std::wstring::npos) == inPlace);
+    CHECK((ReadFile(policy.Ini()) == row.left && policy.Registry(0) == "\n"));
+    CHECK(ReadFile(policy.Gpt()) == (refused || row.gpt.empty() ? row.gpt : stepped));
+    CHECK(std::filesystem::exists(policy.ScriptFile("b")) == refused);  // the text may name it
+    if (refused && row.pauses) CHECK((Remove(policy) == KE_SUCCESS && ReadFile(policy.Gpt()) == stepped));
   }
 }
 
-TEST_CASE("policy scripts: whichever file call fails, each file has its old text or its new one") {
+TEST_CASE("policy scripts: a failed file call leaves a part of a text, or a temporary file") {
   using torture::Gate;
   const std::string x = "[Shutdown]\r\n0CmdLine=b\r\n0Parameters=x\r\n1CmdLine=a\r\n1Parameters=another one\r\n",
                     y = "[Shutdown]\r\n0CmdLine=a\r\n0Parameters=another one\r\n";
   const std::string version = "[General]\r\nVersion=9\r\n", stepped = "[General]\r\nVersion=10\r\n";
   const struct {
-    const char* name;
     Gate::Act act;
     bool held;  // scripts.ini can only be overwritten in place
     std::string ini;
-  } rows[] = {{"once", Gate::kFailOnce, false, Utf16(x)},
-              {"from then on", Gate::kFailFromThenOn, false, Utf16(x)},
-              {"in place", Gate::kFailOnce, true, Utf16(x)},
-              {"in place, the text grows", Gate::kFailOnce, true, x}};
+  } rows[] = {{Gate::kFailOnce, false, Utf16(x)},
+              {Gate::kFailFromThenOn, false, Utf16(x)},
+              {Gate::kFailOnce, true, Utf16(x)},
+              {Gate::kFailOnce, true, x}};  // the text grows
   for (const auto& row : rows) {
     bool reached = true;
     for (int at = 1; reached && at < 200; ++at) {
-      CAPTURE(row.name);
       CAPTURE(at);
       const TestPolicy policy;
       TestPolicy::Put(policy.Ini(), row.ini);
@@ -289,16 +272,16 @@ TEST_CASE("policy scripts: whichever file call fails, each file has its old text
       const std::string ini = ReadFile(policy.Ini()), gpt = ReadFile(policy.Gpt());
       CHECK((ini == Utf16(y) || (ini == row.ini && gpt == version)));
       CHECK((gpt == stepped || gpt == version));
+      for (const auto& entry : std::filesystem::recursive_directory_iterator(policy.places.folder))
+        CHECK((row.act == Gate::kFailFromThenOn || row.held || entry.path().string().find("~") == std::string::npos));
       CHECK(((result == KE_SUCCESS) == (gpt == stepped) && Remove(policy) == KE_SUCCESS));
       CHECK((ReadFile(policy.Ini()) == Utf16(y)));
-      for (const auto& entry : std::filesystem::recursive_directory_iterator(policy.places.folder))
-        CHECK(entry.path().string().find("~") == std::string::npos);  // nothing is left of the failed call
     }
     CHECK_FALSE(reached);
   }
 }
 
-TEST_CASE("policy scripts: other policies stay, and numbers are closed up only where a script was taken out") {
+TEST_CASE("policy scripts: another policy is changed, or a number where nothing was taken out") {
   const TestPolicy policy;
   for (const auto& [number, id] : {std::pair{"0", "{domain}"}, {"2", "LocalGPO"}, {"10", "{other}"}, {"n", "LocalGPO"}})
     policy.AddObject(0, number, id);
@@ -326,41 +309,7 @@ TEST_CASE("policy scripts: other policies stay, and numbers are closed up only w
   CHECK((listed.size() == 4 && !listed[0].local && listed[0].script == Script{u"other.cmd", u"x"}));
 }
 
-TEST_CASE("policy scripts: the state of scripts.ini and gpt.ini") {
-  const std::string both = "[Shutdown]\r\n0CmdLine=a\r\n0Parameters=x\r\n1CmdLine=\xE4\r\n1Parameters=y\r\n";
-  const std::string left = "[Shutdown]\r\n0CmdLine=\xE4\r\n0Parameters=y\r\n", huge = both + std::string(1100000, ' ');
-  const std::string version = "[General]\r\nVersion=4\r\n", stepped = "[General]\r\nVersion=5\r\n",
-                    bad = "[General]\nVersion=?";
-  const struct {
-    const char* name;
-    std::string ini, gpt, iniAfter, gptAfter;
-  } rows[] = {
-      {"the system's code page", both, version, Utf16(left), stepped},
-      {"no gpt.ini", both, "", Utf16(left), ""},
-      {"refused: gpt.ini is garbage", both, bad, both, bad},
-      {"no section stays", "\r\n[Shutdown]\r\n0CmdLine=a\r\n0Parameters=x", version, "", stepped},
-      {"refused: UTF-16 without a mark", Utf16(both).substr(2), version, Utf16(both).substr(2), version},
-      {"refused: half a character", Utf16(both) + "x", version, Utf16(both) + "x", version},
-      {"refused: a section twice", both + both, version, both + both, version},
-      {"refused: too large", huge, version, huge, version},
-  };
-  for (const auto& row : rows) {
-    CAPTURE(row.name);
-    const TestPolicy policy;
-    TestPolicy::Put(policy.ScriptFile("other.cmd"), "");
-    TestPolicy::Put(policy.Ini(), row.ini);
-    if (!row.gpt.empty()) TestPolicy::Put(policy.Gpt(), row.gpt);
-    policy.AddObject(0, "0", "LocalGPO");
-    const bool refused = std::string(row.name).starts_with("refused");
-    CHECK(Remove(policy) == (refused ? KE_STORE_UNUSABLE : KE_SUCCESS));
-    CHECK(std::filesystem::exists(policy.ScriptFile("other.cmd")) == refused);  // the text may name it
-    if (refused) CHECK(RegisterScript(nullptr, policy.places, kShutdown, {u"n", u"n"}) == KE_STORE_UNUSABLE);
-    CHECK((ReadFile(policy.Ini()) == row.iniAfter && ReadFile(policy.Gpt()) == row.gptAfter));
-    CHECK(policy.Registry(0) == "\n");
-  }
-}
-
-TEST_CASE("policy scripts: only a script file of the policy that nothing else runs is deleted") {
+TEST_CASE("policy scripts: a file is deleted that something else runs, or that lies outside of the policy") {
   const struct {
     const char16_t *program, *otherProgram;  // "|" for the folder of the kind
     const char* file;
@@ -384,7 +333,7 @@ TEST_CASE("policy scripts: only a script file of the policy that nothing else ru
   }
 }
 
-TEST_CASE("trees: a file in use is left to the next start, with the folders above it") {
+TEST_CASE("trees: a file in use stays for ever, or a folder above it") {
   const PendingDeletions restored;
   const support::Folder folder;
   const auto tree = folder.Path("tree"), used = tree / "used" / "file", readOnly = tree / "other" / "file";
@@ -402,7 +351,7 @@ TEST_CASE("trees: a file in use is left to the next start, with the folders abov
   CHECK(folder.FileCount() == 0);
 }
 
-TEST_CASE("policy scripts: a script file in use, and a key without rights") {
+TEST_CASE("policy scripts: a file in use stays for ever, or is deleted although a key may name it") {
   const PendingDeletions restored;
   for (const bool denied : {false, true}) {
     const TestPolicy policy;

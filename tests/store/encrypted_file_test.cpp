@@ -29,6 +29,7 @@ struct CodecTree : support::ProductTree {
   std::int32_t Write(const IniStore& store) const { return WriteEncryptedFile(file.c_str(), &store); }
 
   const support::InnerModule module{*this};
+  const support::HeldTime time;
   const support::EnvironmentVariable installPath{"VOSK_TESTING_INSTALLPATH", (*this / "").c_str()};
   const std::string file = *this / "values.dat";
   FakeCipherState* cipher;
@@ -42,7 +43,7 @@ IniStore Parsed(const std::string& text) {
 
 }  // namespace
 
-TEST_CASE("encrypted file: another form than the marker and whole blocks, a text that a failing cipher loses") {
+TEST_CASE("encrypted file: another form than the marker and whole blocks, or a text that a failing cipher loses") {
   const CodecTree codec;
   const std::string text = "[A]\r\nk=value 0123456789\r\n";
   CHECK(codec.Write(Parsed(text)) == store::kFileDone);
@@ -71,12 +72,12 @@ TEST_CASE("encrypted file: another form than the marker and whole blocks, a text
   CHECK((codec.Read(store) == store::kFileDone && store.sections.empty()));
 }
 
-TEST_CASE("encrypted file: missing files are created empty; folders, locked files and no store are refused") {
+TEST_CASE("encrypted file: one that is in use or on a full disk is lost, or a file of others is removed") {
   const CodecTree codec;
   IniStore store;
   CHECK((codec.Read(store) == store::kFileDone && store.sections.empty() && std::filesystem::exists(codec.file)));
-  CHECK(ReadEncryptedFile(codec.file.c_str(), nullptr) == store::kFileNoStore);
-  CHECK(WriteEncryptedFile(codec.file.c_str(), nullptr) == store::kFileNoStore);
+  CHECK((ReadEncryptedFile("", nullptr) == store::kFileNoStore &&
+         WriteEncryptedFile("", nullptr) == store::kFileNoStore));
   const std::string folder = codec / "Common";
   CHECK(ReadEncryptedFile(folder.c_str(), &store) == store::kFileNotOpened);
   CHECK(WriteEncryptedFile(folder.c_str(), &store) == store::kFileNotOpened);
@@ -98,4 +99,23 @@ TEST_CASE("encrypted file: missing files are created empty; folders, locked file
     const support::LockedFile locked(codec.file, share);
     CHECK((codec.Read(store) == store::kFileNotOpened && codec.Write(store) == store::kFileNotOpened));
   }
+}
+
+TEST_CASE("value files: one that cannot be read is overwritten, or a missing value changes the buffer") {
+  const CodecTree codec;
+  const std::pair<std::string, KE_RESULT> files[] = {
+      {"TVKE\xA7=", 1782}, {"", 1782}, {"[S]\nK=", 1782}, {"[S]\nK=1234", 1778}, {FakeEnciphered("[s]\nk=v=w"), 0}};
+  for (const auto& [content, result] : files) {
+    char buffer[8] = "kept";
+    support::WriteFile(codec.file, content);
+    CHECK(store::GetFileValue("S", "K", buffer, 4, codec.file.c_str()) == result);
+    CHECK(std::string(buffer) == (result == 0 ? "v=w" : "kept"));
+    codec.cipher->error = 9;
+    CHECK(store::SetFileValue("S", "K", "new", codec.file.c_str()) == KE_CRYPTO_FAILED);
+    if (content.starts_with("TVKE")) CHECK(codec.Content() == content);
+    codec.cipher->error = 0;
+  }
+  std::filesystem::remove(codec.file);
+  CHECK(store::SetFileValue("S", std::string(300, 'k').c_str(), "v", codec.file.c_str()) == KE_SUCCESS);
+  CHECK(codec.Content() == FakeEnciphered("[S]\r\n" + std::string(255, 'k') + "=v\r\n"));
 }

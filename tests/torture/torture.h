@@ -25,9 +25,10 @@ class Gate {
   enum Act { kEndProcess, kFailOnce, kFailFromThenOn, kFailWritesFromThenOn };
   static constexpr unsigned kEnded = 77;  // the exit code of a process that was ended
 
-  /// Acts at call number `at`, counted from 1; failing calls leave `error`.
-  Gate(Act act, int at, DWORD error = 0) {
-    s_act = act, s_at = at, s_error = error, s_calls = 0, s_secondHalf = false;
+  /// Acts at call number `at`, counted from 1; failing calls leave `error`. With `inPlace`, no access rights can be
+  /// read, and files are overwritten in place.
+  Gate(Act act, int at, DWORD error = 0, bool inPlace = false) {
+    s_act = act, s_at = at, s_error = error, s_calls = 0, s_secondHalf = false, s_inPlace = inPlace;
     win::g_fileGate = Ask;
     win::g_waiting.pause = [](DWORD) {};
   }
@@ -39,6 +40,7 @@ class Gate {
 
  private:
   static bool Ask(win::FileCall call, unsigned long& bytes) {
+    if (s_inPlace && call == win::FileCall::kRights) return SetLastError(ERROR_ACCESS_DENIED), false;
     ++s_calls;
     if (call == win::FileCall::kWrite && (s_secondHalf = !s_secondHalf) && bytes > 1) bytes /= 2;
     if (s_calls < s_at || (s_act == kFailOnce && s_calls > s_at)) return true;
@@ -50,7 +52,7 @@ class Gate {
   static inline Act s_act;
   static inline int s_at, s_calls;
   static inline DWORD s_error;
-  static inline bool s_secondHalf;
+  static inline bool s_secondHalf, s_inPlace;
   win::Waiting kept_ = win::g_waiting;
 };
 

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Mutation testing of src/: which small changes of behaviour do the tests notice?
+"""Mutation testing of src/: which small changes of behaviour do the tests detect?
 
-Draws N places at random, builds one copy of the tree that contains all of these mutants, each switched on by its number in the
-environment variable KELUTILS_MUTANT, and runs the test programs once per mutant until one fails. A first run without a mutant
-records which program reaches which mutant; a program that does not reach it is not run. Prints the share of killed mutants
-and the survivors.
+Draws N places at random and builds one copy of the tree that contains all of these mutants, each switched on by its number in the
+environment variable KELUTILS_MUTANT. A first pass without a mutant runs each test case alone and records the mutants that it reaches.
+Then each mutant runs the cases that reach it, the quickest first, until some fail twice, hang or crash. Prints the share of killed
+mutants and the survivors; those in equivalent.txt cannot change behaviour, and have their reason there.
 """
 import argparse
 import collections
@@ -16,8 +16,10 @@ import random
 import re
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 from clang import cindex
@@ -25,6 +27,9 @@ from clang import cindex
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SWAPPED = {"==": "!=", "!=": "==", "<": "<=", "<=": "<", ">": ">=", ">=": ">", "&&": "||", "||": "&&", "+": "-", "-": "+"}
 Mutant = collections.namedtuple("Mutant", "file line start end kind text mutated")
+Case = collections.namedtuple("Case", "name program pattern")
+QUICK = 2  # seconds: quicker cases of a program run in one process
+EQUIVALENT = pathlib.Path(__file__).with_name("equivalent.txt")
 
 HEADER = """#pragma once
 bool MutantIs(int number) noexcept;
@@ -39,21 +44,25 @@ namespace {
 int Active() noexcept { const char* text = std::getenv("KELUTILS_MUTANT"); return text ? std::atoi(text) : -1; }
 bool g_reached[100000];
 void Note(int number) noexcept {
-  const char* log = std::getenv("KELUTILS_MUTANT_LOG");
+  static const char* const log = std::getenv("KELUTILS_MUTANT_REACHED");
   if (!log || g_reached[number]) return;
   g_reached[number] = true;
-#ifdef _WIN32
-  const unsigned long error = GetLastError();
-#endif
   if (std::FILE* file = std::fopen(log, "a")) { std::fprintf(file, "%d\\n", number); std::fclose(file); }
-#ifdef _WIN32
-  SetLastError(error);
-#endif
 }
 }
 bool MutantIs(int number) noexcept {
-  static const int active = Active();
+  static bool known;
+  static int active;
+  if (known && active >= 0) return active == number;
+#ifdef _WIN32
+  const unsigned long error = GetLastError();
+#endif
+  if (!known) active = Active();
+  known = true;
   if (active < 0) Note(number);
+#ifdef _WIN32
+  SetLastError(error);
+#endif
   return active == number;
 }
 """
@@ -135,7 +144,7 @@ def instrument(data, numbered):
         else:
             new = f"(MutantIs({number}) ? ({mutant.mutated}) : ({mutant.text}))"
         data = data[:mutant.start] + new.encode() + data[mutant.end:]
-    return data
+    return b'#include "mutants.h"\n#line 1\n' + data if numbered else data
 
 
 def overlaps(mutant, chosen):
@@ -161,7 +170,7 @@ def draw(candidates, wanted, arguments, tree):
                 target = tree / path.relative_to(ROOT)
                 target.write_bytes(instrument(path.read_bytes(), mine))
                 command = commands[str(path)].replace(str(ROOT / "src"), str(tree / "src"))
-                command = re.sub(r" -o \S+ -c", " -fsyntax-only -Wno-error -include mutants.h -c", command)
+                command = re.sub(r" -o \S+ -c", " -fsyntax-only -Wno-error -c", command)
                 errors = subprocess.run(command, shell=True, capture_output=True, text=True).stderr
                 lines = {int(line) for line in re.findall(re.escape(path.name) + r":(\d+):\d+: (?:fatal )?error", errors)}
                 if " error" not in errors or not mine:
@@ -174,20 +183,119 @@ def draw(candidates, wanted, arguments, tree):
     return chosen
 
 
-def run(program, tree, prefix, environment, limit):
-    """True when the program's tests pass."""
-    variables = dict(os.environ, WINEDEBUG="-all", LC_ALL="C.UTF-8", WINEDLLOVERRIDES="mscoree,mshtml=", WINEPREFIX=str(prefix), **environment)
-    command = [str(program), "--abort-after=1", "--minimal"]
-    if program.suffix == ".exe":
-        command = ["/usr/lib/wine/wine64"] + command
-    try:
-        with subprocess.Popen(command, cwd=tree, env=variables, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                              start_new_session=True) as process:
-            return process.wait(limit) == 0
-    except subprocess.TimeoutExpired:
-        os.killpg(process.pid, 9)
-        subprocess.run(["/usr/lib/wine/wineserver64", "-k"], env=variables, check=False)
-        return False
+def copy_tree(tree):
+    """Copies the working tree, and adds the function that switches mutants on."""
+    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True, check=True)
+    shutil.rmtree(tree / "src", ignore_errors=True)
+    for name in listed.stdout.splitlines():
+        if (ROOT / name).is_file():
+            (tree / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(ROOT / name, tree / name)
+    (tree / "src/mutants.h").write_text(HEADER)
+    (tree / "src/mutants.cpp").write_text(SOURCE)
+
+
+def add_to_build(tree, files):
+    """Adds the function that switches mutants on to both libraries of src; the changed files may have warnings."""
+    lists = (tree / "src/CMakeLists.txt").read_text()
+    for library in ("kelutils_pure", "kelutils_files"):
+        lists = lists.replace(f"target_link_libraries({library} PUBLIC ", f"target_link_libraries({library} PUBLIC kelutils_mutants ")
+    names = " ".join(sorted(str(path.relative_to(ROOT / "src")) for path in files))
+    options = f"set_property(SOURCE {names} APPEND PROPERTY COMPILE_OPTIONS -Wno-error)\n"  # at both ends: the native build returns early
+    (tree / "src/CMakeLists.txt").write_text(f"add_library(kelutils_mutants STATIC mutants.cpp)\n{options}{lists}\n{options}")
+
+
+def cases_of(tree, skipped, wine):
+    """The test cases of both builds, checks left out: (name, program, pattern of doctest or none)."""
+    found = []
+    for build in ("native", "release"):
+        command = ["ctest", "--test-dir", f"{tree}/build/{build}", "--show-only=json-v1"] + (["-E", skipped] if skipped else [])
+        listed = subprocess.run(command, capture_output=True, text=True, check=True, env=wine.variables | {"KELUTILS_WINE_STARTED": "1"})
+        for test in json.loads(listed.stdout)["tests"]:
+            words = [word for word in test["command"] if not word.endswith("run_wine.sh")]
+            if words[-1].startswith("--test-case="):
+                found.append(Case(test["name"], words[0], words[-1].removeprefix("--test-case=")))
+            elif build == "native":
+                found.append(Case(test["name"], words[0], tuple(words[1:])))
+    return found
+
+
+class Wine:
+    """A Wine prefix of its own, with the registry that it had at first after each program that crashed or hung."""
+
+    def __init__(self, prefix):
+        self.variables = dict(os.environ, KELUTILS_WINEPREFIX=str(prefix), WINEPREFIX=str(prefix), WINEDEBUG="-all", LC_ALL="C.UTF-8",
+                              WINEDLLOVERRIDES="mscoree,mshtml=")
+        self.prefix = prefix
+        self.start()
+        self.stop()
+        self.registry = {path: path.read_bytes() for path in prefix.glob("*.reg")}
+        self.start()
+
+    def start(self):
+        subprocess.run(["bash", "-c", ". scripts/wine.sh; wine_start"], cwd=ROOT, check=True, env=self.variables, stdout=subprocess.DEVNULL)
+
+    def stop(self):
+        for option in ("-k", "-w"):
+            subprocess.run(["/usr/lib/wine/wineserver64", option], env=self.variables, check=False)
+
+    def restore(self):
+        self.stop()
+        for path, content in self.registry.items():
+            path.write_bytes(content)
+        for left in self.prefix.glob("drive_c/users/*/Temp/kelutils-*"):
+            shutil.rmtree(left, ignore_errors=True)
+        self.start()
+
+    def run(self, cases, environment, limit):
+        """Runs cases of one program: "" when they pass, else how they fail."""
+        program, pattern = cases[0].program, cases[0].pattern
+        command = ["/usr/lib/wine/wine64"] * program.endswith(".exe") + [program]
+        command += pattern if isinstance(pattern, tuple) else ["--abort-after=1", "--test-case=" + ",".join(case.pattern for case in cases)]
+        with tempfile.TemporaryFile() as output, subprocess.Popen(
+                command, cwd=self.prefix, env=self.variables | environment, stdout=output, stderr=output,
+                start_new_session=True) as process:
+            try:
+                if process.wait(limit) == 0:
+                    return ""
+                output.seek(0)
+                how = "fails" if b"[doctest] Status: FAILURE" in output.read() else "crashes"
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, signal.SIGKILL)
+                how = "hangs"
+        if how != "fails" and program.endswith(".exe"):
+            self.restore()
+        return how
+
+
+def record(case, wine, log):
+    """The seconds that a case takes alone, and the mutants that it reaches; none when it fails."""
+    log.unlink(missing_ok=True)
+    path = f"Z:{log}".replace("/", "\\") if case.program.endswith(".exe") else str(log)
+    start = time.time()
+    how = wine.run([case], {"KELUTILS_MUTANT_REACHED": path}, 900) and wine.run([case], {"KELUTILS_MUTANT_REACHED": path}, 900)
+    if how:
+        print(f"{case.name}: {how} without a mutant, and is left out", flush=True)
+        return None
+    return time.time() - start, {int(line) for line in log.read_text().split()} if log.exists() else set()
+
+
+def judge(number, wine, passes, budget):
+    """The cases that kill a mutant, and how; none for a survivor. Cases beyond `budget` seconds in all are not run."""
+    reaching = sorted((seconds, case) for case, (seconds, reached) in passes.items() if number in reached)
+    batches = collections.defaultdict(list)
+    for seconds, case in reaching:
+        batches[case.program if seconds < QUICK and isinstance(case.pattern, str) else case].append((seconds, case))
+    for batch in sorted(batches.values(), key=lambda batch: (batch[-1][0] >= QUICK, sum(seconds for seconds, _ in batch))):
+        seconds, cases = sum(seconds for seconds, _ in batch), [case for _, case in batch]
+        budget -= seconds
+        if budget < 0:
+            break
+        environment, limit = {"KELUTILS_MUTANT": str(number)}, 4 * seconds + 30
+        how = wine.run(cases, environment, limit)
+        if how == "hangs" or (how and wine.run(cases, environment, limit)):
+            return f"{how}: {cases[0].name[:50]}{f' or {len(cases) - 1} more' if len(cases) > 1 else ''}"
+    return None
 
 
 def main():
@@ -195,38 +303,33 @@ def main():
     parser.add_argument("count", type=int)
     parser.add_argument("seed", type=int)
     parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--budget", type=int, default=600, help="seconds of test cases for a mutant, at most")
+    parser.add_argument("--minutes", type=float, default=1e9, help="start no mutant later; only those that were run count")
+    parser.add_argument("--skip", help="regular expression for the names of test cases to leave out")
     parser.add_argument("--list", action="store_true", help="print the mutants and build nothing")
     options = parser.parse_args()
+    begin = time.time()
 
     arguments = compiler_arguments()
     sources = [path for path in sorted((ROOT / "src").rglob("*.cpp")) if "runtime" not in path.parts and str(path) in arguments]
     candidates = [mutant for path in sources for mutant in places(path, arguments[str(path)])]
     random.Random(options.seed).shuffle(candidates)
-    print(f"{len(candidates)} places in {len(sources)} files; {options.count} of seed {options.seed}")
+    print(f"{len(candidates)} places in {len(sources)} files; {options.count} of seed {options.seed}", flush=True)
 
     work = ROOT / "build/mutants"
     tree = work / "tree"
-    files = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True, check=True).stdout.split("\n")
-    shutil.rmtree(tree / "src", ignore_errors=True)
-    for name in filter(None, files):
-        if (ROOT / name).is_file():
-            (tree / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(ROOT / name, tree / name)
-    (tree / "src/mutants.h").write_text(HEADER)
-    (tree / "src/mutants.cpp").write_text(SOURCE)
-    lists = (tree / "src/CMakeLists.txt").read_text()
-    (tree / "src/CMakeLists.txt").write_text(lists.replace(
-        "target_include_directories(kelutils_pure",
-        "target_sources(kelutils_pure PRIVATE mutants.cpp)\n"
-        "target_compile_options(kelutils_pure PUBLIC \"SHELL:-include mutants.h\" -Wno-error)\n"
-        "target_include_directories(kelutils_pure", 1))
-
+    copy_tree(tree)
     mutants = draw(candidates, options.count, arguments, tree)
+    add_to_build(tree, {mutant.file for mutant in mutants.values()})
+
+    def describe(number):
+        mutant = mutants[number]
+        return f"{mutant.file.relative_to(ROOT)}:{mutant.line} {mutant.kind}: {' '.join(mutant.text.split())[:140]}"
+
     if options.list:
-        for number, mutant in sorted(mutants.items()):
-            print(f"{number} {mutant.file.relative_to(ROOT)}:{mutant.line} {mutant.kind}: {mutant.text!r} -> {mutant.mutated!r}")
+        for number in sorted(mutants):
+            print(number, describe(number))
         return 0
-    print(f"{len(mutants)} mutants compile; building")
     for preset in ("release", "native"):
         built = subprocess.run(f"cmake --preset {preset} >/dev/null && cmake --build --preset {preset}", cwd=tree, shell=True,
                                capture_output=True, text=True)
@@ -234,53 +337,47 @@ def main():
             print(built.stdout[-3000:], built.stderr[-2000:])
             return 1
 
-    names = ["unit_tests", "agent_tests", "export_tests", "kelctl_tests", "torture_tests", "endurance_tests"]
-    programs = sorted((tree / "build/native/tests").glob("*_tests")) + [tree / f"build/release/tests/{name}.exe" for name in names]
-    programs = [program for program in programs if program.exists()]
-    prefixes = [work / f"prefix{number}" for number in range(options.jobs)]
-    for prefix in prefixes:
-        if not prefix.exists():
-            subprocess.run(["bash", "-c", ". scripts/wine.sh; wine_start"], cwd=ROOT, check=True,
-                           env=dict(os.environ, KELUTILS_WINEPREFIX=str(prefix)))
-    reached, limits = {}, {}
-    for program in programs:
-        log = work / f"reached-{program.stem}.txt"
-        log.unlink(missing_ok=True)
-        start = time.time()
-        path = f"Z:{log}".replace("/", "\\") if program.suffix == ".exe" else str(log)
-        if not run(program, tree, prefixes[0], {"KELUTILS_MUTANT_LOG": path}, 900):
-            print(f"{program.stem} fails without a mutant")
-            return 1
-        limits[program] = 3 * (time.time() - start) + 30
-        reached[program] = {int(line) for line in log.read_text().split()} if log.exists() else set()
-        print(f"{program.stem}: {len(reached[program])} mutants reached, {time.time() - start:.0f} s", flush=True)
+    free = [Wine(work / f"prefix{number}") for number in range(options.jobs)]
+    print(f"{len(mutants)} mutants built after {(time.time() - begin) / 60:.0f} minutes", flush=True)
 
-    def judge(number, prefix):
-        order = sorted((program for program in programs if number in reached[program]), key=lambda program: limits[program])
-        for program in order:
-            if not run(program, tree, prefix, {"KELUTILS_MUTANT": str(number)}, limits[program]):
-                return program.stem
-        return None
-
-    free, killed = list(prefixes), {}
-
-    def work_on(number):
-        prefix = free.pop()
-        killed[number] = judge(number, prefix)
-        free.append(prefix)
-        mutant = mutants[number]
-        print(f"{number} {'killed by ' + killed[number] if killed[number] else 'SURVIVED'}: {mutant.file.relative_to(ROOT)}:{mutant.line} "
-              f"{mutant.kind}: {' '.join(mutant.text.split())[:100]}", flush=True)
+    def with_wine(function, *details):
+        wine = free.pop()
+        try:
+            return function(*details[:1], wine, *details[1:])
+        finally:
+            free.append(wine)
 
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        list(pool.map(work_on, sorted(mutants)))
+        cases = cases_of(tree, options.skip, free[0])
+        recorded = pool.map(lambda pair: with_wine(record, pair[1], work / f"reached{pair[0]}"), enumerate(cases))
+        passes = {case: found for case, found in zip(cases, recorded) if found}
+        print(f"{len(passes)} of {len(cases)} cases recorded after {(time.time() - begin) / 60:.0f} minutes", flush=True)
+
+        def work_on(number):
+            if time.time() - begin > 60 * options.minutes:
+                del mutants[number]
+                return number, None
+            killer = with_wine(judge, number, passes, options.budget)
+            print(f"{number} {killer or 'SURVIVED'} | {describe(number)}", flush=True)
+            return number, killer
+
+        killed = dict(pool.map(work_on, sorted(mutants)))
+    for wine in free:
+        wine.stop()
+
+    known = [line.split(" # ")[0].strip() for line in EQUIVALENT.read_text().splitlines() if " # " in line]
     survivors = [number for number in sorted(mutants) if not killed[number]]
-    print(f"killed {len(mutants) - len(survivors)} of {len(mutants)}: {1 - len(survivors) / max(1, len(mutants)):.2f}")
+    without_effect = 0
     for number in survivors:
         mutant = mutants[number]
-        unreached = "" if any(number in reached[program] for program in programs) else " (never reached)"
-        print(f"survivor {number}{unreached}: {mutant.file.relative_to(ROOT)}:{mutant.line} {mutant.kind}: "
-              f"{' '.join(mutant.text.split())[:120]}")
+        line = mutant.file.read_text().splitlines()[mutant.line - 1].strip()
+        equivalent = f"{mutant.file.relative_to(ROOT)} {mutant.kind}: {' '.join(mutant.text.split())} in {line}" in known
+        without_effect += equivalent
+        reached = any(number in reached for _, reached in passes.values())
+        print(f"survivor{' without effect' if equivalent else '' if reached else ' that nothing reaches'}: {describe(number)}")
+    count = len(mutants) - len(survivors)
+    print(f"seed {options.seed}: killed {count} of {len(mutants)} ({count / max(1, len(mutants)):.2f}), {without_effect} survivors without "
+          f"effect, {(time.time() - begin) / 60:.0f} minutes")
     return 0
 
 

@@ -1,0 +1,11 @@
+# 32-bit Windows from Linux, compiled by clang with GCC's headers, runtime and linker: a second opinion on the code.
+include(${CMAKE_CURRENT_LIST_DIR}/toolchain-mingw32.cmake)
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-libgcc-file-name OUTPUT_VARIABLE _gcc OUTPUT_STRIP_TRAILING_WHITESPACE)
+cmake_path(GET _gcc PARENT_PATH _gcc)
+set(CMAKE_CXX_COMPILER clang++-16)
+set(CMAKE_DLLTOOL i686-w64-mingw32-dlltool)
+set(CMAKE_CXX_COMPILER_TARGET i686-w64-mingw32)
+set(CMAKE_CXX_FLAGS_INIT "-isystem ${_gcc}/include/c++ -isystem ${_gcc}/include/c++/i686-w64-mingw32")
+foreach(_kind EXE SHARED MODULE)
+  set(CMAKE_${_kind}_LINKER_FLAGS_INIT "-B${_gcc} -L${_gcc} -B/usr/i686-w64-mingw32/bin -L/usr/i686-w64-mingw32/lib")
+endforeach()
