@@ -32,7 +32,12 @@ void AddOnce(std::vector<ProductFile>& files, const ProductFile& file) {
 }  // namespace
 
 Product::Product(const std::string& libraryPath) {
-  const std::string path = CodePageFromUtf8(libraryPath);
+  std::string path;
+  try {
+    path = CodePageFromUtf8(libraryPath);
+  } catch (const UsageError& error) {
+    throw LibraryError(libraryPath + ": " + error.what() + ": the exports return 1781 there");
+  }
   const auto separator = text::LastBackslash(path, win::IsLeadByte);
   directory_ = path.substr(0, separator);
   library_ = path.substr(separator + 1);

@@ -17,7 +17,7 @@ struct ProductFile {
 class Product {
  public:
   /// The tree of a library, given by its path in UTF-8; the library itself may be missing. Throws LibraryError when its
-  /// folder is, and UsageError when the code page cannot spell its path.
+  /// folder is, or when the code page cannot represent its path.
   explicit Product(const std::string& libraryPath);
 
   /// The library's own folder, without a trailing backslash.
