@@ -152,6 +152,12 @@ TEST_CASE("tracing: every export writes its start and end under its name, and be
   const BusyTree tree(false);
   tree.TurnLogOn();
   const support::LoadedDll dll(tree.Path("KELUtils/KELUtils.dll"));
+  const auto count = [](const std::string& text, const std::string& part) {
+    int found = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; ++at) ++found;
+    return found;
+  };
+  std::string unpaired;  // inner functions with a start line and no end line, or the reverse
   for (const ExportedFunction& function : ExportedFunctions()) {
     CAPTURE(function.name);
     const auto values = tree.Values(function);
@@ -163,6 +169,11 @@ TEST_CASE("tracing: every export writes its start and end under its name, and be
     const auto named = names.find(function.name);
     const std::string name = named == names.end() ? function.name : named->second, lines = tree.Log(),
                       who = ";KELUtils;" + name + ";\"", code = std::to_string(result);
+    for (std::size_t at = 0; (at = lines.find(";\"Function ", at)) != lines.npos; at += 2) {
+      const std::size_t begin = lines.rfind(';', at - 1);
+      const std::string inner = lines.substr(begin, at - begin), mark = inner + ";\"Function ";
+      if (count(lines, mark + "start") != count(lines, mark + "end")) unpaired += function.name + inner + " ";
+    }
     if (function.name == "KE_SetURLSecureServer") CHECK(lines.empty());
     if (function.name == "KE_SetURLSecureServer") continue;
     CHECK(lines.find(";10" + who + "Function start\"") != lines.npos);
@@ -170,12 +181,12 @@ TEST_CASE("tracing: every export writes its start and end under its name, and be
       CHECK(lines.find(";10" + who + "Function end. Return code (") != lines.npos);
       continue;
     }
-    const std::string begin = ";20" + who, error = "Error (" + code + ") return by function (" + name + ")\"",
-                      line = result == 1777 || result == 1778 || result == 1789 ? "Wrong parameters\"" : error;
-    const std::size_t first = lines.find(begin + line);
-    CHECK((first == lines.npos) == (result == 0));
-    CHECK((first == lines.npos || lines.find(begin + line, first + 1) == lines.npos));
-    CHECK((lines.find(begin + error) != lines.npos) == (result != 0 && line == error));
+    const bool wrong = result == 1777 || result == 1778 || result == 1789;
     CHECK(lines.find(";10" + who + "Function end. Return code (" + code + ")\"") != lines.npos);
+    CHECK(count(lines, ";20" + who + "Wrong parameters\"") == (wrong ? 1 : 0));
+    CHECK(count(lines, ";20" + who + "Error (" + code + ") return by function (" + name + ")\"") ==
+          (result != 0 && !wrong ? 1 : 0));
   }
+  CHECK(unpaired ==
+        "KE_InitializeSystem;ReRegisterPluginsFromRegistry KE_InitializeSystemEx;ReRegisterPluginsFromRegistry ");
 }

@@ -140,7 +140,11 @@ TEST_CASE("policy scripts: registering writes another place than those of the re
   for (const Script& script : {Script{u"a", u"x\r\n1CmdLine=b"}, {std::u16string(260, u'a'), u""}})
     CHECK(RegisterScript(nullptr, policy.places, kShutdown, script) == KE_OUT_OF_RANGE);
   CHECK(Remove(policy, {u""}) == KE_MISSING_ARGUMENT);
-  CHECK(DeleteShutdownInformation(nullptr, nullptr, L"", 1) == KE_MISSING_ARGUMENT);
+  support::RecordingSink sink;
+  CHECK(DeleteShutdownInformation(&sink, nullptr, L"text", 1) == KE_MISSING_ARGUMENT);
+  CHECK(sink.lines ==
+        L"50 Function start\n30 Parameter (parameters): (null)\n30 Parameter (text): text\n30 Parameter (flag): 1\n"
+        L"40 Return code (1777)\n50 Function end\n");
   CHECK((policy.folder.FileCount() == 0 && policy.Registry(0).empty()));
 }
 
