@@ -18,7 +18,7 @@ string(REGEX REPLACE "\\[doctest\\][^\n]*\n|=====*\n" "" _output "${_output}")
 string(REGEX REPLACE "[];[]" "," _cases "${_output}")  # characters of lists
 string(REGEX MATCHALL "[^\n]+" _cases "${_cases}")
 foreach(_case IN LISTS _cases)
-  # In a pattern of doctest a question mark stands for any character: here for those with a meaning of their own.
+  # In a pattern of doctest a question mark matches any character: it replaces those with a special meaning.
   string(REGEX REPLACE "[,*\\]" "?" _pattern "${_case}")
   add_test("${_name}: ${_case}" ${_runner} ${_program} "--test-case=${_pattern}")
   set_tests_properties("${_name}: ${_case}" PROPERTIES ${_properties})

@@ -1,4 +1,4 @@
-# What an installation, and with it the packages of scripts/package.sh, holds: docs/package.md.
+# The contents of an installation and of the packages of scripts/package.sh: docs/package.md.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS KELUtils RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
@@ -12,7 +12,7 @@ if(MINGW)
 endif()
 if(TARGET kelctl)
   install(TARGETS kelctl RUNTIME DESTINATION bin)
-  install(FILES tools/kelctl/kelctl.schema.json DESTINATION share/KELUtils)
+  install(FILES tools/kelctl/kelctl.schema.json DESTINATION docs)
   if(MINGW)
     install(FILES $<TARGET_FILE:kelctl>.debug DESTINATION bin)
   endif()
@@ -25,21 +25,21 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/generated/KELUtilsConfigVer
 install(FILES cmake/KELUtilsConfig.cmake ${CMAKE_BINARY_DIR}/generated/KELUtilsConfigVersion.cmake
   DESTINATION lib/cmake/KELUtils)
 
-if(CMAKE_CROSSCOMPILING)
-  set(_documents ${CMAKE_BINARY_DIR}/generated/documents)
-  file(GLOB _sources CONFIGURE_DEPENDS docs/*.md)
-  add_custom_command(OUTPUT ${_documents}/README.md
-    COMMAND ${KELUTILS_PYTHON} ${CMAKE_SOURCE_DIR}/cmake/package_documents.py ${_documents} ${PROJECT_VERSION}
-    DEPENDS cmake/package_documents.py README.md devkit/README.md ${_sources} VERBATIM)
-  add_custom_target(documents ALL DEPENDS ${_documents}/README.md)
-  install(FILES ${_documents}/README.md DESTINATION .)
-  install(DIRECTORY ${_documents}/share DESTINATION .)
-  install(FILES ${_documents}/devkit/README.md DESTINATION devkit COMPONENT devkit)
-endif()
-install(FILES CHANGELOG.md DESTINATION share/doc/KELUtils)
-install(DIRECTORY build/reference/html/ DESTINATION share/doc/KELUtils/reference OPTIONAL)  # of scripts/reference.sh
-install(DIRECTORY samples DESTINATION share/KELUtils)
-install(FILES LICENSE DESTINATION share/licenses/KELUtils)
+# The package has the folders of the tree, so that links hold. Its README is that of the tree, about the package in place of the build.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md docs/package.md)
+file(READ README.md _readme)
+file(READ docs/package.md _package)
+string(REGEX REPLACE "^.*(## Contents of the package\n.*)## Calling the library\n.*$" "\\1" _package "${_package}")
+string(REPLACE "](security.md" "](docs/security.md" _package "${_package}")
+string(REGEX REPLACE "\n## Two commands\n.*\n## The picture\n" "\n## The picture\n" _readme "${_readme}")
+string(REGEX REPLACE "\\| \\[CONTRIBUTING[^\n]*\n" "" _readme "${_readme}")
+string(REPLACE "## The picture\n" "${_package}## The picture\n" _readme "${_readme}")
+file(WRITE ${CMAKE_BINARY_DIR}/generated/README.md "${_readme}")
+install(FILES ${CMAKE_BINARY_DIR}/generated/README.md CHANGELOG.md LICENSE DESTINATION .)
+install(DIRECTORY docs/ DESTINATION docs FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY build/reference/html/ DESTINATION docs/reference OPTIONAL)  # of scripts/reference.sh
+install(DIRECTORY samples DESTINATION .)
+install(FILES devkit/README.md DESTINATION devkit)
 
 # The development siblings, laid out as a product tree.
 set(_siblings)

@@ -1,10 +1,8 @@
-"""Writes the bill of materials of an installed component (SPDX 2.3), and installs the licences of what is linked into its binaries.
-Versions and licence texts are those of the distribution's packages; a library whose licence is not known here is an error. The only
-date is SOURCE_DATE_EPOCH.
+"""Writes the bill of materials of an installed component (SPDX 2.3), and installs the licences of the libraries that are linked into
+its binaries. Versions and licence texts are those of the distribution's packages; a library whose licence is not known here is an
+error. The only date is SOURCE_DATE_EPOCH.
 
-    bill_of_materials.py library|devkit PREFIX VERSION MAPS HEADERS FILE...
-
-MAPS: the folder of the linker's maps, NAME.map; HEADERS: NAME=HEADER,... for the header-only libraries in binaries; FILE: an installed file."""
+    bill_of_materials.py library|devkit PREFIX VERSION FOLDER-OF-MAPS BINARY=HEADER-ONLY-LIBRARY,... INSTALLED-FILE..."""
 import hashlib, json, os, re, shutil, subprocess, sys, time, uuid
 from pathlib import Path
 
@@ -13,7 +11,7 @@ KNOWN = ((r"/libgcc(_eh)?\.a$|/crt(begin|end)\.o$", "libgcc", GCC), (r"/lib(std|
          (r"/libssp(_nonshared)?\.a$", "libssp", GCC), (r"/CLI\.hpp$", "CLI11", "BSD-3-Clause"), (r"/json\.hpp$", "nlohmann-json", "MIT"),
          (r"^/usr/i686-w64-mingw32/lib/", "mingw-w64-runtime", "ZPL-2.1 AND LicenseRef-mingw-w64-parts"))
 NAME, LICENCES, BILL = {
-    "library": ("KELUtils", "share/licenses/KELUtils", "share/doc/KELUtils/KELUtils.spdx.json"),
+    "library": ("KELUtils", "licences", "KELUtils.spdx.json"),
     "devkit": ("KELUtils-devkit", "devkit/licences", "devkit/KELUtils-devkit.spdx.json")}[sys.argv[1]]
 prefix, version, maps = Path(sys.argv[2]), sys.argv[3], Path(sys.argv[4])
 headers = [use.split("=") for use in sys.argv[5].split(",") if use]
@@ -40,11 +38,12 @@ def component_of(file):
 
 def keep(file, name):
     target = prefix / LICENCES / name
+    target.parent.mkdir(exist_ok=True)
     shutil.copyfile(file, target)
     paths.append(target)
 
 def parts_of(binary):
-    """What the linker took something from: members of archives and start files, by its map; and header-only libraries."""
+    """The linked files, by the linker's map: members of archives and start files; and header-only libraries."""
     linked = re.findall(r"^(/[^ (]+\.a)\(|^LOAD (/[^ ]+/(?:crt[a-z0-9]*|dllcrt[0-9])\.o)$", (maps / (binary + ".map")).read_text(), re.M)
     files = {os.path.normpath(archive or start) for archive, start in linked} | {header for name, header in headers if name == binary}
     return sorted({component_of(file) for file in sorted(files)})
@@ -71,7 +70,8 @@ def file_element(path):
 
 linked = {path: parts_of(path.name.split(".")[0]) for path in sorted(paths) if path.suffix in (".dll", ".exe", ".debug")}
 keep("/usr/share/common-licenses/GPL-3", "GPL-3.txt")
-rights = re.search("^Copyright.*", (prefix / LICENCES / "LICENSE").read_text(), re.M).group()
+own_licence = next(path for path in paths if path.name == "LICENSE")
+rights = re.search("^Copyright.*", own_licence.read_text(), re.M).group()
 relate("SPDXRef-DOCUMENT", "DESCRIBES", own_id)
 files = [file_element(path) for path in sorted(set(paths))]
 verification = hashlib.sha1("".join(sorted(file["checksums"][0]["checksumValue"] for file in files)).encode()).hexdigest()
@@ -82,7 +82,7 @@ def package_element(element, name, package_version, supplier, purl, licence, res
             "licenseConcluded": licence, "externalRefs": [reference], **rest}
 
 own = package_element(own_id, NAME, version, author, "pkg:generic/tavrin/%s@%s" % (NAME, version), joined(sorted(components)), {
-    "originator": author, "licenseDeclared": "MIT", "copyrightText": rights, "comment": "Licence texts: %s/LICENSE" % LICENCES,
+    "originator": author, "licenseDeclared": "MIT", "copyrightText": rights, "comment": "Licence texts: %s" % own_licence.relative_to(prefix),
     "packageVerificationCode": {"packageVerificationCodeValue": verification, "packageVerificationCodeExcludedFiles": ["./" + BILL]}})
 others = [package_element(
     identifier("Package", name), name, part["version"], "Organization: Debian",

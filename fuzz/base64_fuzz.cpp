@@ -1,5 +1,5 @@
-// Decodes any bytes, also as a decoder does that looks at one character at a time, and encodes and decodes again what
-// came out. The buffers are exact, so that AddressSanitizer sees every step past them.
+// Decodes any bytes, compares the result with that of a simple decoder, and encodes and decodes the result again. The
+// buffers have the exact size, so AddressSanitizer detects every overrun.
 #include <string_view>
 
 #include "fuzzer.h"
@@ -32,7 +32,7 @@ std::string Decoded(const std::string& text) {
   std::string bytes(static_cast<std::size_t>(length), '\0');
   std::int32_t counted = length;
   Require(Base64DecodeText(text.data(), Size(text), bytes.data(), &counted) && counted == length);
-  // What does not fit is counted, and nothing is written from the first group on that does not.
+  // Groups after the first that does not fit are counted, but not written.
   if (length == 0) return bytes;
   std::string tooSmall(bytes.size() / 2, '~');
   counted = Size(tooSmall);

@@ -1,4 +1,4 @@
-// What every fuzzer shares: the function that the engine or replay.cpp calls, and how it fails.
+// Shared by the fuzzers: the function that the engine or replay.cpp calls, and the failure.
 #pragma once
 
 #include <cstdint>

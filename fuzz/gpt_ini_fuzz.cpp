@@ -1,5 +1,4 @@
-// Any bytes as gpt.ini: a step of the version changes the text once more each time in the same way, and lists the
-// extension once.
+// Any bytes as gpt.ini: each step of the version changes the text in the same way, and lists the extension once.
 #include "fuzzer.h"
 #include "policy/policy_texts.h"
 

@@ -1,5 +1,5 @@
-// Parses any bytes as a store, also line by line in the plainest way. What is written of it must read as the same store
-// again; and a value that is changed must be the one that is found.
+// Parses any bytes as a store, and compares the result with that of a simple parser. The written store must read as the
+// same store, and a changed value must be found.
 #include <algorithm>
 #include <ranges>
 
@@ -11,7 +11,7 @@ using namespace store;
 
 namespace {
 
-// The text form of what is understood of a text, which has no line breaks within its lines.
+// The text form of the parsed text, by a simple parser, line by line.
 std::string Expected(const std::string& text) {
   std::string written;
   for (std::size_t at = 0; (at = text.find_first_not_of("\r\n", at)) != text.npos;) {
@@ -27,8 +27,8 @@ std::string Expected(const std::string& text) {
   return written;
 }
 
-// An entry is found by its names, unless a zero byte is in them: such a name is looked up by its beginning. As many are
-// looked up as leave the fuzzer quick.
+// An entry is found by its names; a name with a zero byte is looked up by the part before it. Limits keep the fuzzer
+// quick.
 void CheckLookups(const IniStore& store) {
   const auto hasZero = [](std::string_view name) { return name.find('\0') != name.npos; };
   for (const auto& section : store.sections | std::views::take(16)) {
@@ -40,7 +40,7 @@ void CheckLookups(const IniStore& store) {
   }
 }
 
-// Changes the first entry of each section twice, and one that is new.
+// Changes the first entry of each section twice, and a new one.
 void Change(IniStore& store) {
   const std::size_t changed = std::min<std::size_t>(store.sections.size(), 8);
   for (std::size_t i = 0; i < changed; ++i) {
@@ -51,7 +51,7 @@ void Change(IniStore& store) {
       Require(SetValue(store, name.c_str(), key.c_str(), text) && value() == text);
     Require(SetValue(store, name.c_str(), key.c_str(), value().substr(4)) && value() == "second, which is longer");
   }
-  // Each change frees the one before it: what stays is the file's text, a value, and names of what had a zero byte.
+  // Each change frees the one before it: only the file's text, a value, and names with a zero byte remain.
   Require(store.texts.size() <= 1 + 3 * changed);
 }
 

@@ -1,5 +1,5 @@
 // Any bytes around a planted secret, in each form that the redaction knows: no form of output holds the secret, and
-// what has no secret keeps its length in lines.
+// text without a secret keeps its number of lines.
 #include "diagnosis/redaction.h"
 
 #include "fuzzer.h"
@@ -19,10 +19,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (char& c : line) c = c == '\r' || c == '\n' ? ' ' : c;
   const std::string secret = kSecret;
   const kelctl::Redactor plain;
-  kelctl::Redactor told;
-  told.AddSecret(secret);
-  Require(!Holds(told.Text(line + secret + line)));
-  Require(!Holds(told.Ini(noise + secret + noise)));
+  kelctl::Redactor redactor;
+  redactor.AddSecret(secret);
+  Require(!Holds(redactor.Text(line + secret + line)));
+  Require(!Holds(redactor.Ini(noise + secret + noise)));
   for (const char* before : {" password=", " PIN=", " UserPw=", " https://u:", " -p ", " h:80:u:"}) {
     const bool address = std::string(before).find("://") != std::string::npos;
     const std::string text = line + before + secret + (address ? "@h" : "");

@@ -1,5 +1,5 @@
-// Any bytes as scripts.ini, as UTF-16 and as single bytes: what is understood is written back as it was, and adding and
-// taking out a script leaves all others as they were.
+// Any bytes as scripts.ini, as UTF-16 and as single bytes: the parsed text is written back unchanged, and adding and
+// removing a script leaves all others unchanged.
 #include <algorithm>
 #include <span>
 

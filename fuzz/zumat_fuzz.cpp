@@ -1,5 +1,5 @@
-// Runs any text as a list of commands, one a line, and reads it as a jobs file. What the commands make of the jobs must
-// read as it was written.
+// Runs any text as a list of commands, one on each line, and reads it as a jobs file. The jobs after the commands must
+// read as they were written.
 
 #include "fuzzer.h"
 #include "zumat/jobs_text.h"
@@ -9,7 +9,7 @@ using namespace zumat;
 
 namespace {
 
-/// The program's texts come from the platform as good UTF-8; others are replaced when they are written.
+/// The program gets valid UTF-8 from Windows; other texts are replaced when they are written.
 bool IsAscii(std::string_view text) {
   for (const char character : text) {
     if (static_cast<unsigned char>(character) >= 0x80) return false;

@@ -128,7 +128,7 @@ KE_RESULT KE_API KE_GetContainer(char* buffer, int32_t size);
 KE_RESULT KE_API KE_GetLastErrorParam(char* buffer, int32_t size);
 
 /** Reads the state of the installation; 200 and more is a complete installation. The number consists of the decimal
- * digits up to the first other character; it is 0 if there are none.
+ * digits up to the first other character; without digits it is 0.
  * @param[out] value  receives the number
  * @return @ref ke_reads; also:
  * @retval KE_MISSING_ARGUMENT  value is null
@@ -401,7 +401,7 @@ KE_RESULT KE_API KE_AplyLocalRCMCfg(void);
 
 /** Makes the launcher update the agent now. If the first update succeeds, the launcher continues it every 20 seconds
  * for as long as the exit code is 1559 (more to do). The call blocks meanwhile, without a limit.
- * @return one of these codes; any other value is what the launcher returned to the first call, 0 for success. Exit
+ * @return one of these codes; any other value is the result of the first call of the launcher, 0 for success. Exit
  *         codes, and the results of the repetitions, are ignored
  * @retval KE_LAUNCHER_NOT_LOADED  the launcher could not be loaded, or lacks a function; or another thread freed it
  *                                 during the update
@@ -410,8 +410,8 @@ KE_RESULT KE_API KE_UpdateNow(void);
 
 /** Makes the launcher update the agent now, as KE_UpdateNow() does, and returns how the update ended.
  * @param first,second  passed to the launcher unchanged
- * @return one of these codes; any other value is the exit code of the update; or, when the first call failed without a
- *         positive exit code, what the launcher returned
+ * @return one of these codes; any other value is the exit code of the update; or, if the first call failed without a
+ *         positive exit code, the result of the launcher
  * @retval KE_LAUNCHER_NOT_LOADED  as for KE_UpdateNow()
  * @retval KE_UPDATE_FAILED_1566   the update ended with exit code 1566
  * @retval KE_UPDATE_FAILED_1558   the update ended with exit code 1558
@@ -451,7 +451,7 @@ KE_RESULT KE_API KE_SetNoCheckAVValue(int32_t value);
 /** Notifies plug-ins of the stored device identifier. A plug-in is loaded for the call from the path in the section
  * PLUGINS of its host's INI file: key RCM of Kelconf.ini (remote control), key KEC of KelUpg.ini (installer).
  * @param target  0: both plug-ins, the installer plug-in first; 1: the installer plug-in; 2: the remote-control plug-in
- * @return @ref ke_reads, or one of these codes; any other value is what the plug-in returned. Of two failures, that of
+ * @return @ref ke_reads, or one of these codes; any other value is the result of the plug-in. Of two failures, that of
  *         the installer plug-in is returned
  * @retval KE_MISSING_ARGUMENT           target is another number; a negative one is detected before the store is read
  * @retval KE_BUFFER_TOO_SMALL           the device identifier has 38 characters or more
@@ -602,8 +602,8 @@ KE_RESULT KE_API KE_ScheduleUpgradeComplete(int32_t resultCode, const char* vers
  * - KE_AGENT_INCOMPLETE: the agent module lacks a function
  * @{ */
 
-/** Reads the proxy in use; if there is none, the stored one. Host and port are filled only from an address with a ":":
- * the host is the part before the first one, the port the decimal number after it, 0 if there is none. If nothing is
+/** Reads the proxy in use, else the stored one. Host and port are filled only from an address with a ":": the host is
+ * the part before the first ":", the port the decimal number after it, or 0. If nothing is
  * stored, clears the proxy, with KE_SUCCESS.
  * @param[out] proxy  receives the proxy; cleared after KE_AGENT_READ_FAILED
  * @return @ref ke_agents; also:
@@ -649,7 +649,7 @@ KE_RESULT KE_API KE_SetStaticProxyInfo(const char* host, const char* ips);
  * @endcode
  * @param[out] proxy  receives the proxy; an empty host means no proxy. A plug-in that fails may have changed it
  * @param size        of proxy: sizeof(KE_PROXY)
- * @return @ref ke_agents, or one of these codes; any other value is what the plug-in returned
+ * @return @ref ke_agents, or one of these codes; any other value is the result of the plug-in
  * @retval KE_MISSING_ARGUMENT   proxy is null
  * @retval KE_BUFFER_TOO_SMALL   without a usable plug-in: size does not cover all fields of a KE_PROXY, 773 bytes
  * @retval KE_NOT_CREATED        the agent module could not determine the proxy

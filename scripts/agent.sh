@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
 # A product tree with the development siblings, and its scheduler under Wine. Needs scripts/build.sh first.
-#   scripts/agent.sh up DIR      lays the tree out in a new or empty folder, schedules the default jobs and starts the scheduler; a tree
-#                                that it laid out before stays as it is
+#   scripts/agent.sh tree DIR    lays the tree out in a new or empty folder; an existing tree is kept
+#   scripts/agent.sh up DIR      the same, schedules the default jobs and starts the scheduler
 #   scripts/agent.sh status DIR  lists the jobs; ends with 3 when the scheduler does not run
 #   scripts/agent.sh down DIR    ends the scheduler; the tree stays
-#   scripts/agent.sh tree DIR    lays the tree out, and nothing else
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/wine.sh"
@@ -22,16 +21,15 @@ lay_out() {
     KESAgent/KePIRes.exe KesLpmng/KEPLPMNG.exe KepWInst/KepWInst.exe KelConf/KELRCM.dll KelUpg/{KEC,KELUPG}.dll; do
     cp "$built/devkit/${file#*/}" "$file"
   done
-  cp "$built/devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe         # stands in for the update
-  cp "$built/devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe   # and for the report
+  cp "$built/devkit/KEPLPMNG.exe" KELUPD/KELUPD.exe         # replaces the update
+  cp "$built/devkit/KEPLPMNG.exe" KELREPORT/KELREPORT.exe   # and the report
   printf '[PLUGINS]\r\nRCM=%s\\KelConf\\KELRCM.dll\r\n' "$here" >KelConf/Kelconf.ini
   printf '[PLUGINS]\r\nKEC=%s\\KelUpg\\KEC.dll\r\n' "$here" >KelUpg/KelUpg.ini
   printf '[LOG]\r\nLEVELLOG=20\r\n' >KELUtils/KELUTILS.INI
   cp "$built/bin/kelctl.exe" "$built/bin/KELUtils.dll" KELUtils/   # last: with it the tree is complete
 }
 
-# quiet COMMAND...: its output is shown only when it fails. It goes to a file: what Wine starts along with a program keeps that one's
-# output open.
+# quiet COMMAND...: shows its output only if it fails. The output goes to a file: services of Wine keep a program's output open.
 quiet() { "$@" >agent-output.txt 2>&1 || { cat agent-output.txt >&2; fail "$* failed"; }; }
 
 runs() { [ -s scheduler.pid ] && kill -0 "$(cat scheduler.pid)" 2>/dev/null; }
@@ -49,9 +47,8 @@ up() {
     runs || break
     sleep 0.1
   done
-  cat scheduler.txt >&2
   down
-  fail "the scheduler has not started"
+  fail "the scheduler has not started: $(cat scheduler.txt)"
 }
 
 list_jobs() {

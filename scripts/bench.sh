@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds, and runs the measuring programs one after the other: those of the portable part on this machine, then those under Wine. With
-# names such as "ini_bench" only these; "memory" is that of a process that has used every export. Exit 1 when one misses its limit.
-# With --plot it measures all and draws the chart in docs/reliability.md, which explains the figures.
+# Builds and runs the measuring programs: those of the portable part on this machine, then those under Wine. With names such as "ini_bench"
+# only these; "memory" is that of a process that has used every export. Exit 1 when one misses its limit. With --plot it measures all and
+# draws the chart in docs/reliability.md, which explains the figures.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh
@@ -12,8 +12,7 @@ plot() {
     /, [0-9]+ [a-z]+ a round.*:$/ { title = $0; sub(/, [0-9]+ [a-z]+ a round/, "", title); sub(/:$/, "", title) }
     / median / && percent { sub(/ +median.*/, ""); sub(/^ +/, ""); add(title != "" ? title : $0); title = "" }
     / ?ratio [0-9.]+ \(at most / {
-      name = limit = $0; sub(/:? *ratio .*/, "", name); sub(/.*at most /, "", limit); sub(/.*ratio /, "")
-      percent = 100 * $1 / limit
+      name = limit = $0; sub(/:? *ratio .*/, "", name); sub(/.*at most /, "", limit); sub(/.*ratio /, ""); percent = 100 * $1 / limit
       if (name != "" && name !~ /bytes$/) add(name)
     }
     function add(name) { if (!(name in most)) names[++n] = name; if (percent > most[name]) most[name] = percent; percent = 0 }
@@ -24,8 +23,7 @@ plot() {
     }') perl -0pi -e 's/^xychart-beta.*?(?=^```)/$ENV{chart}\n/ms' docs/reliability.md
 }
 
-draw=${1:-}
-[ "$draw" != --plot ] || shift
+draw=${1:-}; [ "$draw" != --plot ] || shift
 scripts/install_dependencies.sh --bench
 { cmake --preset native-release && cmake --build --preset native-release; } >/dev/null
 scripts/build.sh -DKELUTILS_BUILD_BENCH=ON >/dev/null

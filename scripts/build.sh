@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, configures and builds: build/release/bin/KELUtils.dll, with its import libraries in build/release/lib and
+# Installs missing packages, configures and builds: build/release/bin/KELUtils.dll, with its import libraries in build/release/lib and
 # its headers in build/release/include. Arguments go to the configuring CMake, such as -DKELUTILS_FILE_KEY_BLOB=...
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the packages for building and testing on Debian 12 (amd64), and lists them; does nothing when all are installed. With --fuzz
-# also those for fuzzing, with --bench those that the library is compared with, with --clang a second compiler.
+# Installs the packages for building and testing on Debian 12 (amd64), as root or with sudo, and lists them. With --fuzz also those for
+# fuzzing, with --bench the libraries for comparisons, with --clang a second compiler.
 set -euo pipefail
 
 packages=(
@@ -18,20 +18,12 @@ packages=(
   doxygen                                          # the reference of the headers
   python3-clang-14 mono-mcs mono-runtime           # the interface for other languages, and the C# sample
 )
-# Only for fuzzing: the compiler with libFuzzer and the sanitizers.
-[ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)
-# Only for the second compiler of scripts/torture.sh.
-[ "${1:-}" != --clang ] || packages+=(clang-16)
-# Only for measuring: INI libraries to compare with.
+[ "${1:-}" != --fuzz ] || packages+=(clang libclang-rt-14-dev)   # libFuzzer and the sanitizers
+[ "${1:-}" != --clang ] || packages+=(clang-16)                  # the second compiler of scripts/torture.sh
 [ "${1:-}" != --bench ] || packages+=(libinih-dev libsimpleini-dev)
 wine_modules=/usr/lib/x86_64-linux-gnu/wine/i386-windows
 
-as_root() {
-  if [ "$(id -u)" -eq 0 ]; then "$@"; elif command -v sudo >/dev/null; then sudo "$@"; else
-    echo "error: installing packages needs root: run this script as root, or install sudo" >&2
-    exit 1
-  fi
-}
+as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
 
 install_packages() {
   local missing
@@ -44,8 +36,8 @@ install_packages() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
 }
 
-# Wine's WoW64 mode runs 32-bit programs with nothing but the 32-bit Windows modules of the same version. Debian ships them in the
-# i386 package of libwine, whose dependencies do not resolve on amd64: only its module folder is taken.
+# Wine's WoW64 mode runs 32-bit programs with only the 32-bit Windows modules of the same version. Debian ships them in the i386 package
+# of libwine, whose dependencies do not resolve on amd64: only its module folder is copied.
 install_wine_modules() {
   if [ ! -e "$wine_modules/kernel32.dll" ]; then
     local version scratch options
@@ -65,9 +57,6 @@ install_wine_modules() {
   [ -e "$wine_modules/zlib1.dll" ] || as_root cp /usr/i686-w64-mingw32/lib/zlib1.dll "$wine_modules/"
 }
 
-if [ ! -f /etc/debian_version ]; then
-  echo "error: this script knows Debian 12 only; elsewhere install: ${packages[*]}" >&2
-  exit 1
-fi
+[ -f /etc/debian_version ] || { echo "error: only Debian 12 is supported; elsewhere install: ${packages[*]}" >&2; exit 1; }
 install_packages
 install_wine_modules

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Mutation testing: scripts/mutate.sh N SEED builds N random small changes of src/ into one copy of the tree and prints the share that the
-# tests notice, and the survivors. tools/mutate/mutate.py does the work.
+# tests detect, and the survivors.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh

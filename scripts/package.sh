@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds and packs: the archives of the library and of the devkit, and their checksums, in build/release/package. The same source and the same installed packages give the same
-# bytes, in any folder, for any user, at any time: the date in the bill of materials is SOURCE_DATE_EPOCH, by default the last commit's.
-# Arguments go to the configuring CMake, as with build.sh. With --no-build it packs what is there.
+# Builds and packs the archives of the library and of the devkit, and their checksums, in build/release/package, reproducibly. The date in
+# the bills of materials is SOURCE_DATE_EPOCH, by default the last commit's. Arguments go to the configuring CMake, as with build.sh. With
+# --no-build it packs the existing build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,19 +1,16 @@
 #!/usr/bin/env bash
 # Builds everything and runs the tests: the native programs under the sanitizers, the Windows programs under Wine, and the checks of
-# the tree. Ends with one line: N passed, N failed, in test cases and checks. With names of test programs or checks, it runs those
-# alone: scripts/test.sh export_tests layers.
+# the tree. Ends with the line N passed, N failed. With names of test programs or checks, runs only these.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh
 
-# step WHAT COMMAND...: with the seconds that it took.
+# step TITLE COMMAND...: runs the command and prints its duration.
 step() {
-  local what=$1 start=$SECONDS status
-  shift
-  echo "== $what"
-  "$@"
-  status=$?
-  echo "== $what: $((SECONDS - start)) seconds"
+  local start=$SECONDS status=0
+  echo "== $1"
+  "${@:2}" || status=$?
+  echo "== $1: $((SECONDS - start)) seconds"
   return $status
 }
 

@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
-# The long form of the endurance tests: kills at every file call and at 1,000 moments, every file call failing, every combination of
-# damaged files, every length and bit of one, four processes of four threads on one store, 10,000 loads and 770,000 calls, every pair of
-# bad arguments; then all tests in their short form with a library that clang compiled. Prints one line for each test; exit 1 when one
-# fails. May take three hours.
+# The long form of the endurance tests, which docs/reliability.md lists; then all tests in their short form with a library that clang
+# compiled. Prints one line for each test; exit 1 when one fails. May take three hours.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh

@@ -7,7 +7,7 @@ export LC_ALL=C.UTF-8                       # the code page of the programs is t
 export WINEDLLOVERRIDES="mscoree,mshtml="   # no offers to install .NET or a browser engine
 wine_bin=/usr/lib/wine
 
-# Starts a display without a screen, on a free number, unless there is a display. It ends with wine_stop, and by itself after four hours.
+# Starts a virtual display on a free number, unless there is a display. It ends with wine_stop, or after four hours.
 start_display() {
   [ -z "${DISPLAY:-}" ] || return 0
   local number
@@ -21,19 +21,18 @@ start_display() {
   rm -f "$number"
 }
 
-# Makes the prefix when it is missing and keeps one server running, without which every program start costs two seconds. A prefix
-# made before the 32-bit modules were installed has no 32-bit programs in it, and is made again.
+# Creates a missing prefix and keeps one server running, which saves two seconds for each program. A prefix that was created before the
+# 32-bit modules were installed has no 32-bit programs and is created again.
 wine_start() {
   start_display
   if [ ! -e "$WINEPREFIX/drive_c/windows/syswow64/kernel32.dll" ]; then
-    echo "making a Wine prefix in $WINEPREFIX"
-    rm -rf "$WINEPREFIX"
-    mkdir -p "$WINEPREFIX"
+    echo "creating a Wine prefix in $WINEPREFIX"
+    rm -rf "$WINEPREFIX" && mkdir -p "$WINEPREFIX"
     timeout 180 "$wine_bin/wine64" wineboot -i >/dev/null 2>&1 || { echo "error: wineboot failed" >&2; return 1; }
     "$wine_bin/wineserver64" -w
   fi
   "$wine_bin/wineserver64" -p || true   # fails when a server runs already
-  # The services that start along with the first program keep its output open, for which nobody may wait.
+  # The services that start with the first program keep its output open.
   timeout 60 "$wine_bin/wine64" cmd /c exit >/dev/null 2>&1 || true
 }
 
@@ -49,10 +48,10 @@ wine_stop() {
 # Removes the folders that the programs made and could not remove, because a DLL in them was still in use.
 remove_leftovers() { rm -rf "$WINEPREFIX"/drive_c/users/*/Temp/kelutils-*; }
 
-# True for the output of a program that Wine did not start, by its internal error 1359: now and then, while another one starts.
+# True for the output of a program that Wine did not start: an internal error, rarely, while another program starts.
 was_not_started() { grep -qa '^ShellExecuteEx failed: Internal error' "$1"; }
 
-# Runs a program, once more when it was not started, and prints its output at its end.
+# Runs a program, again if it was not started, and prints its output at its end.
 run_wine() {
   local output status=0
   output=$(mktemp)

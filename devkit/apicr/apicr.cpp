@@ -37,7 +37,7 @@ AlgorithmHandle OpenAlgorithm(const wchar_t* name) noexcept {
 
 PUCHAR BytesOf(const void* data) noexcept { return static_cast<PUCHAR>(const_cast<void*>(data)); }
 
-/// key = SHA-256(label, key blob): each use has a label of its own, so no key tells anything about another.
+/// key = SHA-256(label, key blob): each use has a label of its own, so no key reveals another.
 bool DeriveKey(std::string_view label, const char* keyBlob, Key& key) noexcept {
   const AlgorithmHandle algorithm = OpenAlgorithm(BCRYPT_SHA256_ALGORITHM);
   BCRYPT_HASH_HANDLE created = nullptr;

@@ -24,7 +24,7 @@ struct RecordKey {
 
 constexpr RecordKey kProxy{KE_AGENT_CONFIG_CLASS, KE_AGENT_PROXY_ITEM};
 
-/// What precedes the record in its file.
+/// Precedes the record in its file.
 struct Header {
   char magic[8] = {'K', 'E', 'A', 'G', 'R', 'E', 'C', '1'};
   std::uint32_t cls;

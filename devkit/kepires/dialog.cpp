@@ -17,7 +17,7 @@ constexpr UINT kTickMilliseconds = 200;  // often enough that no second is skipp
 struct Dialog {
   const Prompt& prompt;
   std::optional<std::uint32_t> timeLimit;  // seconds
-  ULONGLONG end = 0;                       // by the platform's milliseconds, when there is a time limit
+  ULONGLONG end = 0;                       // in GetTickCount64 milliseconds, if there is a time limit
   ULONGLONG shown = 0;                     // the seconds that the window shows
   std::optional<ExitCode> answer = {};     // ends the dialog
 };
@@ -33,7 +33,7 @@ int TemplateOf(std::int32_t kind) noexcept {
   }
 }
 
-/// What the end of the time stands for.
+/// The answer when the time is over.
 ExitCode AnswerAtEnd(std::int32_t kind) noexcept { return kind == kRebootCountDown ? kYes : kLater; }
 
 void Tick(HWND window, Dialog& dialog) noexcept {

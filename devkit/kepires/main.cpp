@@ -1,4 +1,4 @@
-// KePIRes.exe: asks the user what the agent wants to know, and ends with the answer.
+// KePIRes.exe: asks the user a question of the agent, and ends with the answer.
 #include <windows.h>
 
 #include <sddl.h>

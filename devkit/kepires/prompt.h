@@ -7,7 +7,7 @@
 
 namespace kepires {
 
-/// What the program ends with. 0, 1 and 2 are answers; the other codes are failures.
+/// The exit codes. 0, 1 and 2 are answers; the others are failures.
 enum ExitCode : int {
   kYes = 0,  // also: the countdown is over, the installation dialog was closed
   kNo = 1,

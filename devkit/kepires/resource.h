@@ -6,7 +6,7 @@
 #define DIALOG_COUNT_DOWN 102
 #define DIALOG_INSTALLATION 104
 
-#define TEXT_QUESTION 1001 /* what is asked */
+#define TEXT_QUESTION 1001 /* the question */
 #define TEXT_TIME 1002     /* how long the dialog stays; hidden when it stays as long as it takes */
 #define TEXT_NUMBER 1003   /* the number of -RebootMsg */
 #define BUTTON_RESTART 1004

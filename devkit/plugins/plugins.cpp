@@ -1,5 +1,5 @@
 // KELRCM.dll and KEC.dll, the remote-control and the installer plug-in: each exports the functions that its .def file
-// names. They control and install nothing, but log what they are told. No function throws, all are thread-safe and
+// names. They only log the information that they receive. No function throws, all are thread-safe and
 // keep the last-error value.
 #include <atomic>
 #include <cstddef>

@@ -146,7 +146,7 @@ Result Logged(const char* function, Result result, const std::string& detail) {
 }
 
 std::optional<std::string> ReadSetting(const char* section, const char* key, std::size_t longest) {
-  char value[kLongestSetting + 2];  // Windows cuts what does not fit: one byte too many shows it
+  char value[kLongestSetting + 2];  // Windows cuts longer values: one extra byte shows it
   const std::string path = WithExtension(".ini");
   const std::size_t length = GetPrivateProfileStringA(section, key, "", value, sizeof value, path.c_str());
   return length > longest ? std::nullopt : std::optional(std::string(value, length));

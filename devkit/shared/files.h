@@ -53,15 +53,15 @@ class SharedFileLock {
   bool held_ = false;
 };
 
-/// A name in the namespace of the machine's kernel objects that stands for a path: `kind`, and 16 digits.
+/// The name of a machine-wide kernel object for a path: `kind`, and 16 digits derived from the path.
 std::string ObjectName(const char* kind, const char* path);
 
 /// Reads a file of at most `longest` bytes; one that is longer is cut to one byte more. None when it cannot be read,
 /// with the reason in the last-error value. Retries for a second while another program holds the file.
 std::optional<std::string> ReadShared(const std::string& path, std::size_t longest);
 
-/// Replaces the content of a file as win::ReplaceContent does, and removes what killed processes have left of earlier
-/// attempts. False, with the reason in the last-error value, when that fails.
+/// Replaces the content of a file as win::ReplaceContent does, and removes temporary files of killed processes. False,
+/// with the reason in the last-error value, when that fails.
 bool ReplaceShared(const std::string& path, std::string_view content) noexcept;
 
 // Logs.

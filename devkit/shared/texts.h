@@ -17,7 +17,7 @@ std::optional<std::int64_t> ParseNumber(std::string_view text, std::int64_t lowe
 /// 1 to 64 numbers of 32 bits with commas between them, and blanks around them; empty for anything else.
 std::vector<std::int32_t> ParseNumbers(std::string_view text);
 
-/// At most `longest` bytes of a text on one line, and "..." when there are more; no byte behind them is read. Control
+/// At most `longest` bytes of a text on one line, and "..." when there are more; reads at most one byte more. Control
 /// characters become "?". A null text is "(null)".
 std::string OneLine(const char* text, std::size_t longest = 512);
 

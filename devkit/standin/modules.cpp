@@ -1,5 +1,5 @@
 // KELUPG.dll, the action module of the upgrade, and KERegister.dll: each exports the function that its .def file names.
-// They upgrade and register nothing, but log what they are told.
+// They only log their calls.
 #include "KEAction.h"
 #include "KERegister.h"
 #include "shared/files.h"

@@ -25,7 +25,7 @@ win::CriticalSection g_lock;  // guards the table
 std::uint32_t g_opened = 0;   // logs opened so far: the upper part of the handles
 Log g_logs[64];
 
-/// Does `work` on an open log, under the lock; kBadHandle when there is none of that handle.
+/// Does `work` on an open log, under the lock; kBadHandle if no open log has this handle.
 template <typename Work>
 Result OnLog(std::uint32_t handle, Work work) noexcept {
   const win::KeptLastError kept;

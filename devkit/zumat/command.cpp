@@ -11,7 +11,7 @@ namespace {
 
 enum Part : unsigned { kTaskId = 1, kYes = 2, kJson = 4, kTimeClauses = 8, kUntil = 16, kNow = 32 };
 
-/// What a command consists of besides its action.
+/// The parts of a command in addition to its action.
 struct Shape {
   Action action;
   unsigned required;
@@ -115,7 +115,7 @@ Outcome TakeSwitch(const Word& word, Command& command, unsigned& parts) {
     return {kUnknownSwitch, devkit::OneLine(std::string(word.text).c_str()) + " is no switch; -help lists them"};
   if (known->part & parts) return {kRepeated, std::string(known->name) + " is there twice"};
   if (known->action != Action::kNone && command.action != Action::kNone)
-    return {known->action == command.action ? kRepeated : kClash, "the command says twice what to do"};
+    return {known->action == command.action ? kRepeated : kClash, "the command has two actions"};
   if ((word.quoted && !known->takesQuoted) || !known->read(word, halves.second.value_or(""), command))
     return {kBadValue, devkit::OneLine(std::string(word.text).c_str()) + ": expected " + known->expected};
   if (known->action != Action::kNone) command.action = known->action;
@@ -125,7 +125,7 @@ Outcome TakeSwitch(const Word& word, Command& command, unsigned& parts) {
 
 Outcome CheckShape(const Command& command, unsigned parts) {
   const auto shape = std::ranges::find(kShapes, command.action, &Shape::action);
-  if (shape == std::end(kShapes)) return {kNoCommand, "the command does not say what to do; -help lists the commands"};
+  if (shape == std::end(kShapes)) return {kNoCommand, "the command has no action; -help lists the commands"};
   if (parts & ~(shape->required | shape->optional))
     return {kClash, "the switches do not go together; -help shows which do"};
   const unsigned missing = shape->required & ~parts;

@@ -14,7 +14,7 @@ enum class Action { kNone, kAdd, kEdit, kDelete, kActivate, kDeactivate, kList, 
 struct Command {
   Action action = Action::kNone;
   int taskId = 0;       // 0: none was given
-  std::string program;  // this and what follows belong to kAdd and kEdit
+  std::string program;  // kAdd and kEdit: this, the text and the clauses
   std::string text;     // the quoted part
   Clauses clauses;
   bool json = false;          // kList
@@ -25,7 +25,7 @@ struct Command {
 /// Reads a command line without the program's name. Unless it succeeds, `command` is not to be used.
 Outcome ReadCommand(std::string_view arguments, Command& command);
 
-/// What -help shows.
+/// The output of -help.
 extern const char kHelpText[];
 
 /// True for a text that may name a program: 1 to kMaximumProgram characters, none of them a blank, a control character,

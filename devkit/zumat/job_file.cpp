@@ -12,13 +12,13 @@ Second LocalTime() noexcept {
   return day + std::chrono::hours(time.wHour) + std::chrono::minutes(time.wMinute) + std::chrono::seconds(time.wSecond);
 }
 
-Outcome FileFailure(const std::string& what) {
+Outcome FileFailure(const std::string& attempt) {
   const DWORD error = GetLastError();
   char text[256] = "";
   const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
                                       MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), text, sizeof text, nullptr);
   const std::string_view reason(text, length);
-  return {kFileFailure, what + ": Windows error " + std::to_string(error) + ", " +
+  return {kFileFailure, attempt + ": Windows error " + std::to_string(error) + ", " +
                             std::string(reason.substr(0, reason.find_last_not_of("\r\n. ") + 1))};
 }
 

@@ -11,8 +11,8 @@ namespace zumat {
 /// The time of the local clock.
 Second LocalTime() noexcept;
 
-/// What was attempted, with the number and the text of the last error.
-Outcome FileFailure(const std::string& what);
+/// The failed attempt, with the number and the text of the last error.
+Outcome FileFailure(const std::string& attempt);
 
 /// The jobs file of a folder, locked among processes for the scope. Paths are in the system's code page.
 class JobFile {

@@ -9,7 +9,7 @@ Jobs::iterator PlaceOf(int id, Jobs& jobs) { return std::ranges::lower_bound(job
 
 std::string Named(int id) { return "job " + std::to_string(id); }
 
-/// The ID of a job without one: that of the same job if it still waits for its boot, so adding it twice runs it once.
+/// The ID of a job without one: that of the same job if it waits for its boot, so adding it twice runs it once.
 int OwnId(const Command& command, const Jobs& jobs) {
   int free = kFirstOwnId;
   for (const Job& job : jobs) {
@@ -22,8 +22,8 @@ int OwnId(const Command& command, const Jobs& jobs) {
   return free;
 }
 
-/// Clauses that stay the same keep their first day and the picked start: writing a job again, as each upgrade does, must
-/// not delay it. A job of the next boot that was started already waits for another boot.
+/// Unchanged clauses keep their first day and the picked start: writing a job again, as each upgrade does, must not
+/// delay it. A job of the next boot that was started already waits for another boot.
 void Define(Job& job, const Command& command, const Moment& moment, bool isNew) {
   job.program = command.program;
   job.command = command.text;

@@ -1,4 +1,4 @@
-// The jobs, and what the commands do to them.
+// The jobs, and the changes that commands make.
 #pragma once
 
 #include <cstdint>
@@ -54,8 +54,8 @@ struct Moment {
   std::uint32_t random = 0;
 };
 
-/// Carries out a command that adds, edits, deletes, activates or deactivates. The message says what was done, or why
-/// not; `jobs` is changed only on success. kNoSuchJob, kTooManyJobs.
+/// Carries out a command that adds, edits, deletes, activates or deactivates. The message names the change, or the
+/// reason for none; `jobs` is changed only on success. kNoSuchJob, kTooManyJobs.
 Outcome Change(const Command& command, const Moment& moment, Jobs& jobs);
 
 }  // namespace zumat

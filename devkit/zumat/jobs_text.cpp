@@ -17,7 +17,7 @@ constexpr int kVersion = 1;
 
 constexpr std::string_view kRequired[] = {"id", "program", "command", "clauses", "start", "active", "since"};
 
-/// Members that a job need not have, and what they are about.
+/// Optional members.
 constexpr std::string_view kOptional[] = {"handled", "armed", "lastStart", "exitCode", "error", "process", "created"};
 
 Json ToJson(const Job& job) {
@@ -129,9 +129,11 @@ Json ParseStrictly(std::string_view text) {
   return repeated ? Json(Json::value_t::discarded) : parsed;
 }
 
-Outcome Damaged(const std::string& what) { return {kDamaged, "the jobs file is damaged and kept as it is: " + what}; }
+Outcome Damaged(const std::string& problem) {
+  return {kDamaged, "the jobs file is damaged and kept as it is: " + problem};
+}
 
-// What -list shows.
+// The output of -list.
 
 constexpr std::size_t kColumns = 8;
 using Row = std::array<std::string, kColumns>;
@@ -175,7 +177,7 @@ std::string NextCell(const Job& job, Second now) {
   return next ? Shown(*next) : "none";
 }
 
-/// The result of the last start: its exit code, or why there is none.
+/// The result of the last start: its exit code, or an error.
 std::string ResultCell(const Job& job) {
   if (job.process != 0) return "running";
   if (!job.error.empty()) return Shortened(job.error);

@@ -1,4 +1,4 @@
-// The jobs as texts of UTF-8: the jobs file, and what -list shows. README.md describes the JSON of both.
+// The jobs as texts of UTF-8: the jobs file, and the output of -list.
 #pragma once
 
 #include <string>

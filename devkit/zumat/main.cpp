@@ -31,7 +31,7 @@ void Report(const std::string& line) {
 
 namespace {
 
-/// The command line in UTF-8, with replacement characters for what is not a character.
+/// The command line in UTF-8, with replacement characters for invalid UTF-16.
 std::string CommandLineUtf8() {
   const wchar_t* const wide = GetCommandLineW();
   const int size = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
@@ -41,7 +41,7 @@ std::string CommandLineUtf8() {
   return text;
 }
 
-/// The message of a command that succeeds is what it prints.
+/// The message of a successful command is its output.
 Outcome RunOnJobs(const Command& command, const std::string& folder) {
   const JobFile file(folder, 30 * 1000);  // KELUtils waits 90 seconds for this program
   Jobs jobs;

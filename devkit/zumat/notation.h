@@ -31,7 +31,7 @@ std::string FormatDay(Day day);
 std::optional<Second> ReadMoment(std::string_view text) noexcept;
 std::string FormatMoment(Second moment);
 
-/// The parts of `text` around the first `separator`; the second is none when there is no separator.
+/// The parts of `text` around the first `separator`; without a separator there is no second part.
 struct Halves {
   std::string_view first;
   std::optional<std::string_view> second;

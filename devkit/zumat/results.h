@@ -10,7 +10,7 @@ enum Result : std::uint32_t {
   kSuccess = 0,
 
   // The command was not understood; nothing was changed.
-  kNoCommand = 1,      // the command does not say what to do
+  kNoCommand = 1,      // the command has no action
   kBadQuotes = 2,      // a double quote is missing or out of place
   kUnknownSwitch = 3,  // a word is not a switch of this program
   kBadValue = 4,       // the value of a switch is malformed or out of range

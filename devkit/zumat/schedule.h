@@ -13,7 +13,7 @@ namespace zumat {
 /// start in the past, and for a start after the year 9999.
 std::optional<Minute> NextStart(const Job& job, Minute now);
 
-/// What the scheduler has to do with a job.
+/// The next step for a job.
 enum class Step {
   kWait,   // nothing yet
   kStart,  // its time has come, or was missed

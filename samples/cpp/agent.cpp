@@ -16,8 +16,8 @@
 
 namespace {
 
-[[noreturn]] void Fail(const std::string& what, unsigned long code) {
-  throw std::runtime_error(what + ": error " + std::to_string(code));
+[[noreturn]] void Fail(const std::string& action, unsigned long code) {
+  throw std::runtime_error(action + ": error " + std::to_string(code));
 }
 
 void Check(const char* call, KE_RESULT result) {

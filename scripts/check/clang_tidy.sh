@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the sources once more, each checked by clang-tidy (KELUTILS_CLANG_TIDY): a second run checks what has changed. Tests are left
-# out, for they use structured bindings in doctest's lambdas, which this clang does not support.
+# Builds the sources again with clang-tidy (KELUTILS_CLANG_TIDY); a second run checks only changed files. Excludes tests: they use
+# structured bindings in doctest's lambdas, which this clang does not support.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 

@@ -7,11 +7,9 @@ cd "$(dirname "$0")/../.."
 include=build/release/include
 bad=0
 
-# compile WHAT COMPILER...: the source comes from standard input.
+# compile NAME COMPILER...: the source comes from standard input.
 compile() {
-  local what=$1
-  shift
-  "$@" -pedantic -Wall -Wextra -Werror -fsyntax-only -I "$include" - || { echo "$what: does not compile with $*"; bad=1; }
+  "${@:2}" -pedantic -Wall -Wextra -Werror -fsyntax-only -I "$include" - || { echo "$1: does not compile with ${*:2}"; bad=1; }
 }
 
 for header in "$include"/*.h; do

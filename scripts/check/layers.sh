@@ -11,15 +11,13 @@ judge() {
     BEGIN {
       for (n = split(edges, line, "\n"); n > 0; --n) {
         if (line[n] !~ /^    /) continue
-        for (steps = split(line[n], step, " *--> *"); steps > 0; --steps)
-          for (names = split(step[steps], name, "[ &]+"); names > 0; --names) if (name[names] != "") {
-            known[name[names]] = 1
-            m = split(step[steps + 1], target, "[ &]+")
-            for (i = 1; i <= m; ++i) may[name[names], target[i]] = 1
-          }
-        delete step
+        for (words = split(substr(line[n], 5), word, " "); words > 0; --words) {   # from the end of the line to its beginning
+          if (word[words] == "-->") { split("", lower); for (each in upper) lower[each]; split("", upper) }
+          else if (word[words] != "&") { known[word[words]]; upper[word[words]]; for (each in lower) may[word[words], each] }
+        }
+        split("", lower); split("", upper)
       }
-      for (via in known) for (from in known) for (to in known) if ((from, via) in may && (via, to) in may) may[from, to] = 1
+      for (via in known) for (from in known) for (to in known) if ((from, via) in may && (via, to) in may) may[from, to]
     }
     !($1 in known) { print "the picture in docs/overview.md lacks " $1; bad = 1; next }
     $1 != $2 && !(($1, $2) in may) { print $1 " uses " $2 " against the picture in docs/overview.md: " $3; bad = 1 }

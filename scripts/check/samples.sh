@@ -10,7 +10,6 @@ rm -rf "$work"
 mkdir -p "$work/unpacked"
 for archive in build/release/package/*.zip; do unzip -q "$archive" -d "$work/unpacked"; done
 package=$(echo "$work"/unpacked/*)
-shared=$package/share/KELUtils
 product=$package/devkit
 mkdir "$product/Sample"
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' build/release/CMakeCache.txt)
@@ -22,7 +21,7 @@ fail() { echo "$*"; exit 1; }
 
 # As a user does, with find_package.
 for sample in c cpp; do
-  cmake -S "$shared/samples/$sample" -B "$work/$sample" -G Ninja -DCMAKE_PREFIX_PATH="$package" -DCMAKE_SYSTEM_NAME=Windows \
+  cmake -S "$package/samples/$sample" -B "$work/$sample" -G Ninja -DCMAKE_PREFIX_PATH="$package" -DCMAKE_SYSTEM_NAME=Windows \
     -DCMAKE_C_COMPILER=$prefix-gcc-win32 -DCMAKE_CXX_COMPILER=$prefix-g++-win32 \
     -DCMAKE_C_FLAGS="${strict[*]}" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror"
   cmake --build "$work/$sample"
@@ -32,7 +31,7 @@ done
 export PKG_CONFIG_LIBDIR=$package/lib/pkgconfig PKG_CONFIG_DONT_DEFINE_PREFIX=1
 [ "$(pkg-config --modversion KELUtils)" = "$version" ] || fail "pkg-config reports another version"
 # shellcheck disable=SC2046  # several words
-$prefix-gcc-win32 "${strict[@]}" -o "$product/KELUtils/by_pkg_config.exe" "$shared/samples/c/agent.c" $(pkg-config --cflags --libs KELUtils)
+$prefix-gcc-win32 "${strict[@]}" -o "$product/KELUtils/by_pkg_config.exe" "$package/samples/c/agent.c" $(pkg-config --cflags --libs KELUtils)
 
 # A small program by a linker of the MSVC family, with the library that find_package has for those.
 cmake -S scripts/check/other_linker -B "$work/other" -G Ninja -DCMAKE_PREFIX_PATH="$package" -DEXPECTED_VERSION="$version" \
@@ -44,12 +43,12 @@ lld-link /nologo /subsystem:console /entry:start /safeseh:no "/out:$product/KELU
   "$work/caller.obj" "$(cat "$work/import-library.txt")" "$work/kernel32.lib"
 
 # C# and Python cannot run: there is no 32-bit .NET or Python for Windows here. C# is compiled, and the size of its records compared.
-mcs -warnaserror -platform:x86 "-out:$work/Agent.exe" "$shared/samples/csharp/Agent.cs" "$shared/bindings/KELUtils.cs"
+mcs -warnaserror -platform:x86 "-out:$work/Agent.exe" "$package/samples/csharp/Agent.cs" "$package/bindings/KELUtils.cs"
 size_of='System.Runtime.InteropServices.Marshal.SizeOf'
 echo "class Sizes { static int Main() { return $size_of(typeof(KELUtils.KE_PROXY)) == 776 && $size_of(typeof(KELUtils.KE_TIME)) == 24 ? 0 : 1; } }" >"$work/sizes.cs"
-mcs "-out:$work/sizes.exe" "$work/sizes.cs" "$shared/bindings/KELUtils.cs"
+mcs "-out:$work/sizes.exe" "$work/sizes.cs" "$package/bindings/KELUtils.cs"
 mono "$work/sizes.exe" || fail "the records of KELUtils.cs have other sizes"
-PYTHONPATH=$shared/bindings /usr/bin/python3 -B - "$shared/samples/python/agent.py" <<'CHECK' || fail "the Python sample calls what kelutils.py does not declare"
+PYTHONPATH=$package/bindings /usr/bin/python3 -B - "$package/samples/python/agent.py" <<'CHECK' || fail "the Python sample calls what kelutils.py does not declare"
 import ast, sys
 import kelutils
 used = {node.attr for node in ast.walk(ast.parse(open(sys.argv[1]).read())) if isinstance(node, ast.Attribute) and node.attr.startswith("KE_")}

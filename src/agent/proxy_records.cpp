@@ -26,7 +26,7 @@ std::string_view TextIn(const char (&field)[kSize]) noexcept {
   return {field, strnlen(field, kSize)};
 }
 
-/// A host and the port behind it; 0 for a port that is missing or no number.
+/// A host and its port; 0 for a port that is missing or no number.
 struct Address {
   std::string_view host;
   bool hasPort;

@@ -32,11 +32,11 @@ void SetPassword(KE_AGENT_PROXY_RECORD& record, std::string_view password) noexc
 /// A record of the static proxy, which is enabled when either text is not empty.
 KE_STATIC_PROXY_RECORD MakeStaticProxyRecord(std::string_view host, std::string_view addresses) noexcept;
 
-/// Zero-fills all fields of the description, and no byte behind them.
+/// Zero-fills all fields of the description, but not its padding.
 void ClearProxy(KE_PROXY& proxy) noexcept;
 
 /// Fill a cleared description. Record texts need no terminating zero. They differ in an address without a port: the
-/// first leaves host and port alone when there is no ":", and takes the port as it stands; the second takes such an
+/// first leaves host and port unchanged when there is no ":", and takes any port; the second takes such an
 /// address as the host, and 80 for a port that is missing or 0.
 void FillConfiguredProxy(const KE_AGENT_PROXY_RECORD& record, KE_PROXY& proxy);
 void FillInternetProxy(const KE_AGENT_PROXY_RECORD& record, KE_PROXY& proxy);

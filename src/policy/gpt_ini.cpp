@@ -23,7 +23,7 @@ constexpr View kGroup = "[" SCRIPTS_EXTENSION SCRIPTS_TOOL "]";
 struct General {
   bool found = false;
   View version, extensions;
-  std::size_t end = 0;  // where a line can be added: behind the last line of the section that is not blank
+  std::size_t end = 0;  // where a line can be added: after the last line of the section that is not blank
 };
 
 std::size_t OffsetIn(View text, const char* position) { return static_cast<std::size_t>(position - text.data()); }

@@ -104,8 +104,8 @@ struct PlacedScript {
 /// Appends the scripts of all policy objects, in their order.
 KE_RESULT ReadScripts(ILogSink* sink, HKEY root, const RegistryPlace& place, std::vector<PlacedScript>& scripts);
 
-/// Adds a script behind the others of the local policy, unless the same script exists. A missing local policy is
-/// created behind the other policy objects. `machineFolder` is where the policy's files are.
+/// Adds a script after the others of the local policy, unless the same script exists. A missing local policy is
+/// created after the other policy objects. `machineFolder` is where the policy's files are.
 KE_RESULT AddScript(ILogSink* sink, HKEY root, const RegistryPlace& place, const std::wstring& machineFolder,
                     const Script& script);
 

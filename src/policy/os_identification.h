@@ -102,7 +102,7 @@ bool GetVersionRecord(VersionRecord& record);
 /// tests.
 void DumpVersionInfo(ILogSink* sink, const VersionRecord& record);
 
-/// Identifies the running release again and keeps its record. False when that fails or the platform is unknown.
+/// Identifies the running release again and keeps its record. False when that fails or the release is unknown.
 /// Thread-safe, as the functions below. For kelctl; the library uses `GetOsCode`.
 bool IdentifyOs();
 

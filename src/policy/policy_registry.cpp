@@ -261,7 +261,7 @@ LSTATUS RemoveFromObject(ILogSink* sink, HKEY object, const ScriptMatch& wanted,
 }
 
 // Gaps are closed, and an empty object is deleted, only after a removal, by this call or an interrupted one: scripts
-// behind a gap that somebody else left do not run, and must not start to.
+// after a gap of another program do not run, and must not start to.
 LSTATUS RemoveFromLocalObject(ILogSink* sink, HKEY place, LocalObject local, const ScriptMatch& wanted,
                               std::vector<Script>& removed) {
   std::vector<std::wstring> left;

@@ -70,11 +70,11 @@ std::optional<ScriptsIni> ParseScriptsIni(std::u16string_view text);
 /// The text again; of an unchanged model exactly the parsed one.
 std::u16string TextOf(const ScriptsIni& ini);
 
-/// The scripts of a kind in the order of their numbers, also those behind a missing number. Texts are those that the
+/// The scripts of a kind in the order of their numbers, also those after a missing number. Texts are those that the
 /// profile functions of Windows return.
 std::vector<Script> ScriptsOf(const ScriptsIni& ini, ScriptKind kind);
 
-/// Adds a script, which must fit the policy, behind the others of its kind, and closes gaps in their numbers.
+/// Adds a script, which must fit the policy, after the others of its kind, and closes gaps in their numbers.
 void AddScript(ScriptsIni& ini, ScriptKind kind, const Script& script);
 
 /// Removes the scripts that match, as Windows reads them or as they are written, numbers the others without gaps, and

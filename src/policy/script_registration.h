@@ -22,7 +22,7 @@ struct ListedScript {
 /// returns it. For kelctl and the tests.
 KE_RESULT ListScripts(ILogSink* sink, const PolicyPlaces& places, std::vector<ListedScript>& scripts);
 
-/// Adds a script behind the others of its kind: to scripts.ini, with a step of the policy's version, and to the places
+/// Adds a script after the others of its kind: to scripts.ini, with a step of the policy's version, and to the places
 /// in the registry that this Windows reads, so that it is effective at once. An existing script with the same program
 /// and parameters is not added again; an interrupted call can be repeated. Copies nothing: the program must exist where
 /// Windows looks for it. For kelctl and the tests.

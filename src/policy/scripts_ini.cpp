@@ -82,7 +82,7 @@ NumberedScripts Collected(const ScriptsSection& section) {
   return scripts;
 }
 
-// Numbers the scripts without gaps, those without a program last: Windows reads nothing behind them. Removes the lines
+// Numbers the scripts without gaps, those without a program last: Windows reads nothing after them. Removes the lines
 // of other numbers.
 void Renumber(ScriptsSection& section, const NumberedScripts& scripts) {
   std::map<std::uint32_t, std::u16string> newNumbers;
@@ -192,7 +192,7 @@ void AddScript(ScriptsIni& ini, ScriptKind kind, const Script& script) {
   const auto lastText = std::find_if_not(section.lines.rbegin(), section.lines.rend(), IsBlank);
   section.lines.insert(lastText.base(), {number + u"CmdLine=" + ToWrite(script.program) + u"\r\n",
                                          number + u"Parameters=" + ToWrite(script.parameters) + u"\r\n"});
-  Renumber(section, Collected(section));  // entries without a program stay behind the new script
+  Renumber(section, Collected(section));  // entries without a program stay after the new script
 }
 
 std::vector<Script> RemoveMatching(ScriptsIni& ini, ScriptKind kind, const ScriptMatch& wanted) {

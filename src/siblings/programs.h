@@ -2,7 +2,7 @@
 // `function`, the name that the caller traces under.
 //
 // A program is started by its full path alone, which is the application or, in double quotes, the beginning of the
-// command line: the platform would look for any other name in the current directory too.
+// command line: Windows would search any other name in the current directory too.
 #pragma once
 
 #include <cstdint>
@@ -48,7 +48,7 @@ KE_RESULT StartAndWait(const SiblingProgram& program, DWORD milliseconds, DWORD 
 
 // Actions that a sibling product ships as a DLL with one entry point.
 
-/// Loads the action module `name` from its folder beside the module directory, calls its `Do` with both arguments and
+/// Loads the action module `name` from its folder next to the module directory, calls its `Do` with both arguments and
 /// frees it. The result of `Do`; KE_OUT_OF_RANGE for a null name, KE_MODULE_NOT_LOADED when the module or its entry
 /// point cannot be loaded, or the module directory is unknown. Traces its start and its end.
 KE_RESULT ExecuteLocalProcessAction(const char* name, std::uint32_t first, std::uint32_t second);

@@ -1,4 +1,4 @@
-// Plain profile (INI) files: KELUTILS.INI beside the library, and the module files of sibling components.
+// Plain profile (INI) files: KELUTILS.INI next to the library, and the module files of sibling components.
 //
 // `file` is a path when there is a backslash in it, else a file in the module directory; null or empty is KELUTILS.INI.
 #pragma once
@@ -19,7 +19,7 @@ std::string GetMyConfigIniValue(const char* section, const char* key, const char
 /// directory is unknown.
 KE_RESULT SetMyConfigIniValue(const char* section, const char* key, const char* value, const char* file = nullptr);
 
-/// Writes a value of the profile file at the full path `file`, as the platform does: a null value removes the key, a
+/// Writes a value of the profile file at the full path `file`, as Windows does: a null value removes the key, a
 /// null key the section. False, and traced under `function`, when that fails.
 bool WriteProfileValue(const char* function, const std::string& file, const char* section, const char* key,
                        const char* value) noexcept;

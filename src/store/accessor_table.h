@@ -6,7 +6,7 @@
 
 namespace store {
 
-/// What a text getter does about its size and about a missing or empty value.
+/// How a text getter handles its size and a missing or empty value.
 enum class TextRead {
   kRestored,       // looks for the value in the backup and the start copy; without one KE_STORE_UNUSABLE
   kRequired,       // checks the size first; a missing value empties the buffer and is KE_STORE_UNUSABLE

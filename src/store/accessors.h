@@ -58,7 +58,7 @@ KE_RESULT DeIntegrate();
 /// Copies the remote-control password, decrypted. A missing one empties the buffer and is KE_STORE_UNUSABLE.
 KE_RESULT ReadRemoteControlPassword(char* buffer, std::int32_t size);
 
-/// How a stored password is copied: `CopyOut` as it stands, `CopyDeciphered` in plain.
+/// How a stored password is copied: `CopyOut` as stored, `CopyDeciphered` decrypted.
 using PasswordCopy = KE_RESULT (*)(std::string_view stored, char* buffer, std::int32_t size);
 
 /// Copies the uninstall password. A missing one is KE_STORE_UNUSABLE, traced under `function`, and leaves the buffer.

@@ -12,7 +12,7 @@ namespace {
 
 bool IsLineBreak(char c) noexcept { return c == '\r' || c == '\n'; }
 
-// The first element whose `name` member matches; null when there is none.
+// The first element whose `name` member matches, or null.
 template <typename Elements, typename Name>
 auto FindNamed(Elements& elements, Name name, std::string_view wanted) noexcept {
   const auto found =

@@ -31,7 +31,7 @@ struct IniStore {
 /// An integration store with fewer sections counts as damaged.
 inline constexpr std::size_t kFewestSections = 4;
 
-/// The first entry of `key` in the first section of that name, valid until the store changes; null when there is none
+/// The first entry of `key` in the first section of that name, valid until the store changes; null when it is missing
 /// or a name is null.
 const IniEntry* LookupEntry(const IniStore& store, const char* section, const char* key) noexcept;
 

@@ -128,7 +128,7 @@ bool NeedsRepair(const StorePaths& paths) {
   return IntegraStore != nullptr && IsDamaged(*IntegraStore) && win::Exists(paths.Start());
 }
 
-// What a read does about a damaged store.
+// How a read handles a damaged store.
 enum class Repair {
   kNow,    // the caller holds the store's lock
   kLater,  // it is only reported; the next read loads the file again
@@ -162,7 +162,7 @@ Reading ReadFiles(const StorePaths& paths, Repair repair) {
   if (const KE_RESULT result = LoadFiles(paths, status); result != KE_SUCCESS) return {result};
   if (!NeedsRepair(paths)) return {};
   if (repair == Repair::kNow) return {RepairLoadedStore(paths)};
-  // What looks damaged may be a file that is being overwritten in place: it is read again before it is repaired.
+  // The file may be in the middle of being overwritten in place: it is read again before it is repaired.
   IntegraFileStatus = {};
   return {.needsRepair = true};
 }

@@ -28,8 +28,8 @@ bool Base64EncodeText(const void* source, std::int32_t sourceLength, char* desti
 /// Decodes up to `sourceLength` characters, ending at a zero byte. Characters outside the alphabet are skipped, "="
 /// among them; the last two or three characters of an unfinished group give one or two bytes.
 ///
-/// `*destinationLength` is the size of the destination on entry and always receives the number of bytes that the whole
-/// text stands for. Once a group does not fit, and for a null destination, nothing more is written and the result is
+/// `*destinationLength` is the size of the destination on entry and always receives the number of decoded bytes of the
+/// whole text. Once a group does not fit, and for a null destination, nothing more is written and the result is
 /// false. False, with nothing counted, for a null source or length pointer.
 bool Base64DecodeText(const char* source, std::int32_t sourceLength, void* destination,
                       std::int32_t* destinationLength) noexcept;

@@ -29,10 +29,10 @@ struct LogConfiguration {
   bool operator==(const LogConfiguration&) const = default;
 };
 
-/// The trace level a settings text stands for; 0 for a text that is no number and for numbers below 0.
+/// The trace level of a settings text; 0 for a text that is no number and for numbers below 0.
 std::uint32_t LogLevelFromText(const char* text) noexcept;
 
-/// The maximum log size in bytes that a settings text in kilobytes stands for. 3 MB (3145728) when the text is no
+/// The maximum log size in bytes, of a settings text in kilobytes. 3 MB (3145728) when the text is no
 /// number, when it is 0 or below, and when the bytes do not fit a signed 32-bit number.
 std::uint32_t LogSizeFromText(const char* text) noexcept;
 

@@ -29,14 +29,14 @@ class CL_LOG_SYSTEM {
   static CL_LOG_SYSTEM& Instance() noexcept;
 
   /// Reads level and size from the section LOG of the settings file, keeps the record made of them and loads the trace
-  /// library from its directory. 0 when the library is ready, else -1. `*counted` tells whether a reference was taken,
-  /// which `FreeDependences` must give back; that may be so even after a failure. A changed level or size reaches the
-  /// library only when it is loaded anew.
+  /// library from its directory. 0 when the library is ready, else -1. `*counted` receives whether a reference was
+  /// acquired, possibly also after a failure; `FreeDependences` must release it. A changed level or size takes effect
+  /// when the library is loaded again.
   int Configure(const char* moduleName, const char* settingsFile, const char* libraryDirectory,
                 const char* logDirectory, bool* counted) noexcept;
 
   /// Ends one use of the library; the last one finalises and frees it. `counted` is what `Configure` reported: a use
-  /// that took no reference must not release one that another thread took since.
+  /// without a reference must not release that of another thread.
   void FreeDependences(bool counted) noexcept;
 
   /// True when lines are wanted at all.

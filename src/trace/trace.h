@@ -1,4 +1,4 @@
-// Tracing: what exports and inner routines write about themselves. Nothing here throws or changes the last-error value.
+// Tracing of exports and inner routines. Nothing here throws or changes the last-error value.
 #pragma once
 
 #include "KEResults.h"
@@ -30,7 +30,7 @@ void DebugMessage(const char* format, ...) noexcept KE_PRINTF_LIKE(1, 2);
 /// discards them.
 void DebugTrace(const char* format, ...) noexcept KE_PRINTF_LIKE(1, 2);
 
-/// Keeps the trace library loaded while it lives. One stands in every export.
+/// Keeps the trace library loaded for its lifetime. Every export has one.
 class TraceScope {
  public:
   TraceScope() noexcept;

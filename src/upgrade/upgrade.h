@@ -32,7 +32,7 @@ KE_RESULT SetIntegrationServer(const char* server);
 KE_RESULT CompleteUpgrade(const char* function, std::uint32_t resultCode, const char* version);
 
 /// On a computer that is not integrated, has the plug-in manager run the integration test, and waits up to three
-/// minutes for it; its result is ignored. KE_SUCCESS, or KE_PROGRAM_NOT_STARTED. Traces what it does.
+/// minutes for it; its result is ignored. KE_SUCCESS, or KE_PROGRAM_NOT_STARTED. Traces its steps.
 KE_RESULT IntegrateComputerKelTest();
 
 /// KE_ScheduleUpgradeComplete(), under its trace name: has the plug-in manager complete the upgrade, without waiting

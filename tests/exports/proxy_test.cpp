@@ -128,7 +128,9 @@ TEST_CASE("proxy exports: a failure with another code, that stores something, or
   }
   const string good = Setting(dll, "u"), longest = good + string(1023 - good.size(), ' ');
   CALL(crypto, FakeCipher)()->error = 9;
-  CHECK(set(good, good) == 9);
+  char text[99];
+  int32_t size = sizeof text;
+  CHECK((set(good, good) == 9 && CALL(dll, KE_EncryptSetting)("secret", 6, text, &size) == 9));
   CALL(crypto, FakeCipher)()->error = 0;
   CHECK((set(longest + " ") == KE_OUT_OF_RANGE && set(good, longest + " ") == KE_OUT_OF_RANGE));
   CHECK((set("", "", "") == KE_MISSING_ARGUMENT && CALL(dll, KE_SetAgentProxyInfo)("h", "", "", nullptr) == 1777));

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 
+#include "diagnosis/examination.h"
 #include "diagnosis/redaction.h"
 #include "diagnosis/zip_archive.h"
 
@@ -99,4 +100,10 @@ TEST_CASE("zip archive: another program's reader takes the entries out as they w
   std::ofstream(folder / "t.zip", std::ios::binary) << broken;
   CHECK(std::system((extract + " 2>unzip.txt").c_str()) != 0);  // the reader does look at the checksums
   std::filesystem::remove_all(folder);
+}
+
+TEST_CASE("machine UUID: placeholders in any letter case") {
+  CHECK(kelctl::IsPlaceholderUuid("03000200-0400-0500-0006-000700080009"));
+  CHECK(kelctl::IsPlaceholderUuid("ffffffff-ffff-ffff-ffff-ffffffffffff"));
+  CHECK_FALSE(kelctl::IsPlaceholderUuid("3D1219C7-C4C5-404A-AA1F-6D2A48ADFDA4"));
 }

@@ -71,6 +71,7 @@ TEST_CASE("kelctl: what a command line prints, and how it ends") {
       {"upgrade start absent", kUsage, "no such folder: absent"},
       {"get property:Site", 0, "Madrid\n"},
       {"shwo", kUsage, "no such command: shwo; did you mean \"show\"?"},
+      {"examine-sibling", kUsage, "no such command: examine-sibling; kelctl --help lists the commands"},
       {"explain ke_store_unusable", 0,
        "1782 KE_STORE_UNUSABLE: a store or settings file cannot be opened or written, or a value is missing\nwhat to "
        "do: "

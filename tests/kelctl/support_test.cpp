@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -139,6 +140,13 @@ std::string Damaged(const std::string& content, const std::string& damage) {
   if (damage == "empty") return "";
   if (damage == "cut") return content.substr(0, content.size() / 2);
   if (damage == "garbage") return std::string(600, '\xA7');
+  if (damage == "no uuid") return "[UUID]\r\nCheckUUID=false\r\n";
+  if (damage == "hangs") {  // a jump to itself as the entry point, behind the headers of one page
+    std::string hanging = content;
+    const auto number = [&](size_t at) { return *reinterpret_cast<const std::uint32_t*>(content.data() + at); };
+    const std::uint32_t headers = number(0x3C), code = headers + 0xF8;  // the first section is that of the code
+    return hanging.replace(number(headers + 0x28) - number(code + 0xC) + number(code + 0x14), 2, "\xEB\xFE");
+  }
   if (damage == "plain") return WholeStore("plain");
   if (damage == "one section") return FakeEnciphered("[AGENT]\r\n");
   if (damage == "no identity") return FakeEnciphered(WholeStore("").substr(0, WholeStore("").size() - 5));
@@ -170,6 +178,10 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
       {"KESAgent/INTEGRA.DAT", "plain", "INTEGRA.DAT", "warn", "STORE-PLAIN", "4 sections, not encrypted"},
       {"KESAgent/INTEGRA.DAT", "no identity", "identity", "fail", "IDENTITY-MISSING",
        "INTEGRA.DAT has no agent-id, device-id, integrated; the agent-id is in INTEGRA.BAK and INTEGRA.START"},
+      {"KESAgent/INTEGRA.DAT", "folder", "INTEGRA.DAT", "unknown", "DENIED",
+       "cannot be opened or read (Windows error 5: "},  // what Windows says of a folder, and of a lack of rights
+      {"KESAgent/INTEGRA.DAT", "locked", "INTEGRA.DAT", "fail", "FILE-LOCKED",
+       "cannot be opened or read (Windows error 32: "},
       {"KESAgent/INTEGRA.BAK", "missing", "INTEGRA.BAK", "warn", "STORE-MISSING", "missing"},
       {"KESAgent/INTEGRA.BAK", "cut", "INTEGRA.BAK", "fail", "STORE-DAMAGED", "damaged: 2 of 4 sections, encrypted"},
       {"KESAgent/INTEGRA.BAK", "one section", "INTEGRA.BAK", "fail", "STORE-DAMAGED", "damaged: 1 of 4"},
@@ -180,6 +192,8 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
       {"KELUtils/KELUTILS.INI", "missing", "log level", "warn", "LOG-LEVEL-0",
        "the log is at level 0: failures are not"},
       {"KELUtils/KELUTILS.INI", "garbage", "KELUTILS.INI", "fail", "SETTINGS-INVALID", "0 sections"},
+      {"KELUtils/KELUTILS.INI", "folder", "KELUTILS.INI", "unknown", "DENIED", "cannot be opened or read"},
+      {"KELUtils/KELUTILS.INI", "no uuid", "uuid", "ok", "OK", "the query is switched off"},
       {"KELUtils/KELUtils.dll", "missing", "KELUtils.dll", "fail", "MODULE-MISSING", "missing"},
       {"KELUtils/ApiCr.dll", "missing", "INTEGRA.DAT", "fail", "STORE-NO-CRYPTO", "encrypted, and the crypto module"},
       {"Common/ApiCr.dll", "missing", "ApiCr.dll (files)", "fail", "MODULE-MISSING", "missing"},
@@ -189,6 +203,7 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
       {"KELTVEVT/TvEvAPI.dll", "FakeKELMNAPI", "TvEvAPI.dll", "fail", "MODULE-INCOMPLETE", "loaded, lacks"},
       {"Common/TvLogSys.dll", "missing", "TvLogSys.dll", "warn", "MODULE-MISSING", "missing"},
       {"Common/TvLogSys.dll", "FakeKELMNAPI", "TvLogSys.dll", "warn", "MODULE-INCOMPLETE", "loaded, lacks"},
+      {"Common/TvLogSys.dll", "hangs", "TvLogSys.dll", "warn", "MODULE-TIMEOUT", "loading it does not end"},
       {"Scheduler/zumat.exe", "missing", "zumat.exe", "fail", "MODULE-MISSING", "missing"},
       {"KepWInst/KepWInst.exe", "garbage", "KepWInst.exe", "fail", "PROGRAM-INVALID",
        "is not a program (Windows error "},
@@ -213,9 +228,13 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     if (damage.starts_with("Fake")) {
       tree.tree.AddFake(damage, row.file);
+    } else if (damage == "folder") {
+      std::filesystem::create_directory(path);
     } else if (damage != "missing") {
-      WriteFile(path, Damaged(content, damage));
+      WriteFile(path, damage == "locked" ? content : Damaged(content, damage));
     }
+    std::optional<support::LockedFile> lock;
+    if (damage == "locked") lock.emplace(path);
     const std::string before = tree.Everything();
     const auto run = tree.Run("doctor --json");
     const Json document = Json::parse(run.output, nullptr, false);
@@ -224,16 +243,19 @@ TEST_CASE("doctor: what it says of each damage, and that it changes nothing") {
     CHECK(run.exitCode == (failure ? 3 : 0));
     CHECK(document["healthy"] == !failure);
     bool found = false;
+    int hangs = 0;  // those behind a module that hangs are examined too
     for (const auto& check : document["checks"]) {
+      hangs += check["code"] == "MODULE-TIMEOUT";
       if (check["subject"] != row.subject) continue;
       if (check["code"] != row.code) continue;
       found = true;
       CHECK(check["state"] == row.state);
       CHECK_MESSAGE(check["detail"].get<std::string>().starts_with(row.detail), check["detail"].get<std::string>());
-      CHECK_FALSE(check["remedy"].get<std::string>().empty());
+      CHECK(check["remedy"].get<std::string>().empty() == (check["state"] == "ok"));
       if (damage == "FakeKELMNAPI" && failure) CHECK(check["missing"].size() == 18);
     }
     CHECK(found);
+    CHECK(hangs == (damage == "hangs"));
   }
 }
 
@@ -245,6 +267,59 @@ TEST_CASE("doctor: a fresh store is incomplete, and no failure") {
   INFO(run.output);
   CHECK(run.exitCode == 0);
   CHECK(run.output.find("incomplete: 1 of 4 sections, encrypted; nothing is lost") != std::string::npos);
+  CHECK(run.output.find("[INSTALL-PATH-MISSING] ") != std::string::npos);
+}
+
+TEST_CASE("doctor: without the rights of an administrator it says so first") {
+  const Installation tree;
+  TOKEN_LINKED_TOKEN limited{};
+  DWORD size = 0;
+  HANDLE own = nullptr, token = nullptr;
+  REQUIRE(OpenProcessToken(GetCurrentProcess(), TOKEN_ALL_ACCESS, &own));
+  REQUIRE(GetTokenInformation(own, TokenLinkedToken, &limited, sizeof limited, &size));
+  REQUIRE(
+      DuplicateTokenEx(limited.LinkedToken, TOKEN_ALL_ACCESS, nullptr, SecurityImpersonation, TokenPrimary, &token));
+  std::string line = "cmd /c \"" + tree.CommandLine("doctor") + " >\"" + (tree.tree / "output.txt") + "\"\"";
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  REQUIRE(CreateProcessAsUserA(token, nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                               &process));
+  CHECK(WaitForSingleObject(process.hProcess, 60000) == WAIT_OBJECT_0);
+  for (const HANDLE handle : {own, limited.LinkedToken, token, process.hProcess, process.hThread}) CloseHandle(handle);
+  CHECK(ReadFile(tree.tree.Path("output.txt")).find("not elevated: some findings need an administrator") < 40);
+  CHECK(tree.Run("doctor").output.find("not elevated") == std::string::npos);
+}
+
+TEST_CASE("jobs: one is run, deleted, and then unknown") {
+  const Installation tree;
+  WriteFile(tree.tree.Path("KesLpmng/KEPLPMNG.ini"), "[EXIT]\r\nCode=7\r\n");
+  CHECK(tree.Run("init \"" + (tree.tree / "") + "\\.\"").exitCode == 0);
+  CHECK(tree.Run("jobs period 70 60 KELUPD").exitCode == 0);
+  const auto run = tree.Run("jobs run 70");
+  CHECK(run.exitCode == 1);
+  CHECK_MESSAGE(run.output.find("KepLpMng.exe\" KELUPD") != std::string::npos, run.output);
+  CHECK(run.output.ends_with("\nended with exit code 7\n"));
+  CHECK(tree.Run("jobs delete 70").output.empty());
+  CHECK(tree.Run("jobs run 70").output == "kelctl: there is no job 70: kelctl jobs list\n");
+}
+
+TEST_CASE("kelctl: --trace shows the lines of one command; a password comes from standard input; set warns") {
+  const Installation tree;
+  const auto settings = tree.tree.Path("KELUtils/KELUTILS.INI");
+  WriteFile(settings, "[LOG]\r\nLEVELLOG=0\r\n");
+  const std::string traced = tree.Run("--trace get device-id").output;
+  CHECK_MESSAGE(traced.find(";20;KELUtils;KE_GetDeviceID;\"Error (1782) return") != std::string::npos, traced);
+  CHECK(traced.starts_with("kelctl: KE_GetDeviceID failed"));
+  CHECK(ReadFile(settings) == "[LOG]\r\nLEVELLOG=0\r\n");
+  CHECK(support::RunProgram("cmd /c \"echo by-input|" + tree.CommandLine("password set -") + "\"").exitCode == 0);
+  CHECK(tree.Run("password check by-input").exitCode == 0);
+  CHECK(tree.Run("set container 5").output.empty());
+  for (const char* file : {"INTEGRA.DAT", "INTEGRA.BAK", "INTEGRA.START"}) {
+    WriteFile(tree.tree.Store(file), WholeStore("A-1"));
+  }
+  std::filesystem::remove(tree.tree.Path("KELUtils/ApiCr.dll"));
+  CHECK(tree.Run("set container 5").output == "kelctl: warning: the store is not encrypted: kelctl doctor\n");
 }
 
 TEST_CASE("status: the copy in use is the one whose identity the library gives next, and it changes nothing") {
@@ -313,10 +388,31 @@ TEST_CASE("repair: only a whole store is taken, and what is replaced is kept") {
   CHECK(ReadFile(live) == "damaged once more");
   std::filesystem::remove(live);  // nothing to keep
   CHECK(tree.Run("repair --from start").output.ends_with("\ncopied INTEGRA.START over INTEGRA.DAT\n"));
+  std::filesystem::remove(live.string() + ".1");
+  const auto fails = [&](const std::string& arguments, unsigned exitCode, const char* output) {
+    const std::string all = tree.Everything();
+    const auto run = tree.Run(arguments);
+    CHECK(run.exitCode == exitCode);
+    CHECK_MESSAGE(run.output.find(output) != std::string::npos, run.output);
+    CHECK(tree.Everything() == all);  // nothing is left behind
+  };
+  for (const DWORD share :
+       {DWORD{0}, DWORD{FILE_SHARE_READ}}) {  // cannot be read; cannot be replaced, as on a full disk
+    const support::LockedFile lock(live, share);
+    fails("repair --from start", 1, "cannot copy INTEGRA.");
+  }
   {
-    const support::LockedFile lock(live);
-    std::filesystem::remove(live.string() + ".1");
-    CHECK(tree.Run("repair --from start").exitCode == 1);
+    const support::LockedFile lock(tree.tree.Store("INTEGRA.LCK"));
+    fails("repair --from start", 4, "refused: another program is changing the store; try again");
+  }
+  SetFileAttributesW(live.c_str(), FILE_ATTRIBUTE_READONLY);
+  CHECK(tree.Run("doctor").output.find("[READ-ONLY] ") != std::string::npos);
+  fails("repair --from start", 4, "INTEGRA.DAT is read-only; --writable clears the attribute");
+  fails("repair --from start --dry-run", 4, "INTEGRA.DAT is read-only; --writable clears the attribute");
+  CHECK(tree.Run("repair --from start --writable").exitCode == 0);
+  for (const char* kept : {"", ".1"}) {
+    CHECK((GetFileAttributesW((live.wstring() + std::filesystem::path(kept).wstring()).c_str()) &
+           FILE_ATTRIBUTE_READONLY) == 0);
   }
 }
 

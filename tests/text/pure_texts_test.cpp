@@ -57,9 +57,8 @@ TEST_CASE("base64: a text that differs from RFC 4648, a break at another place, 
   CHECK(Encoded(zeros, 0) == line + "\r\n" + line + "\r\nAA==");
   CHECK(Encoded(zeros, text::kBase64NoLineBreaks) == line + line + "AA==");
   CHECK((text::Base64RequiredLength(58, 0) == 84 && text::Base64RequiredLength(536870911, 2) == 715827884));
-  std::int32_t length = 0;
-  CHECK_FALSE(
-      (text::Base64DecodeText(nullptr, 0, nullptr, &length) || text::Base64DecodeText("", 0, &length, nullptr)));
+  std::int32_t none = 0;
+  CHECK_FALSE((text::Base64DecodeText(nullptr, 0, nullptr, &none) || text::Base64DecodeText("", 0, &none, nullptr)));
   CHECK_THROWS_AS(text::Base64RequiredLength(536870912, 0), std::bad_array_new_length);
 }
 

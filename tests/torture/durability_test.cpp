@@ -1,5 +1,5 @@
-// The calls of Windows that make a change durable and keep files closed to other accounts; overwriting in place; changes
-// of the clock.
+// The calls of Windows that make a change durable and keep files closed to other accounts; overwriting in place; the
+// clock.
 #include <windows.h>
 // After windows.h.
 #include <sddl.h>

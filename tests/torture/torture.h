@@ -25,8 +25,8 @@ class Gate {
   enum Act { kEndProcess, kFailOnce, kFailFromThenOn, kFailWritesFromThenOn };
   static constexpr unsigned kEnded = 77;  // the exit code of a process that was ended
 
-  /// Acts at call number `at`, counted from 1; failing calls leave `error`. With `inPlace`, the rights of no file can be
-  /// read, so that files are overwritten in place.
+  /// Acts at call number `at`, counted from 1; failing calls leave `error`. With `inPlace`, no access rights can be
+  /// read, and files are overwritten in place.
   Gate(Act act, int at, DWORD error = 0, bool inPlace = false) {
     s_act = act, s_at = at, s_error = error, s_calls = 0, s_secondHalf = false, s_inPlace = inPlace;
     win::g_fileGate = Ask;

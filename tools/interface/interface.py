@@ -2,7 +2,7 @@
 """The interface of KELUtils, read from include/KELUtils.h with libclang.
 
     interface.py write FOLDER VERSION   writes KELUtils.json, KELUtils.cs and kelutils.py
-    interface.py update                 writes what the tree keeps: the function types in the header, and src/KELUtils.def
+    interface.py update                 writes the tracked texts: the function types in the header, and src/KELUtils.def
     interface.py check [BUILD]          compares header, .def file, documents and tools; with BUILD also the built files there
 """
 
@@ -155,7 +155,7 @@ def function_types(interface):
 
 
 def kept_files(interface):
-    """What the tree keeps of the generated texts: {path: content}."""
+    """The tracked generated texts: {path: content}."""
     header, definition = HEADER.read_text(), DEFINITION.read_text()
     exports = sorted("  %s@%d\n" % (f["name"], f["stackBytes"]) for f in interface["functions"])
     return {HEADER: TYPES.sub(lambda _: "".join(function_types(interface)), header),
@@ -169,15 +169,15 @@ def tool(*command):
 def check(interface, build):
     bad = []
 
-    def compare(what, expected, found):
+    def compare(place, expected, found):
         for word, names in (("lacks", set(expected) - set(found)), ("has", set(found) - set(expected))):
-            bad.extend("%s %s %s" % (what, word, name if isinstance(name, str) else ", ".join(name)) for name in sorted(names))
+            bad.extend("%s %s %s" % (place, word, name if isinstance(name, str) else ", ".join(name)) for name in sorted(names))
         if len(found) != len(set(found)):
-            bad.append(what + " names something twice")
+            bad.append(place + " names something twice")
 
     for path, content in kept_files(interface).items():
         if path.read_text() != content:
-            bad.append("%s is not what its declarations give: run tools/interface/interface.py update" % path.relative_to(ROOT))
+            bad.append("%s does not match its declarations: run tools/interface/interface.py update" % path.relative_to(ROOT))
     names = [function["name"] for function in interface["functions"]]
     codes = ["%d %s" % (code["value"], name) for name, code in interface["codes"].items()]
 

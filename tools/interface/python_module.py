@@ -59,15 +59,15 @@ def render(interface):
 
 
 def differences(interface, folder):
-    """Compares what ctypes makes of the written module with the interface as libclang has measured it."""
+    """Compares the written module in ctypes with the interface as libclang measured it."""
     location = importlib.util.spec_from_file_location("kelutils", folder / "kelutils.py")
     module = importlib.util.module_from_spec(location)
     location.loader.exec_module(module)
     bad = []
 
-    def expect(what, found, expected):
+    def expect(item, found, expected):
         if found != expected:
-            bad.append("kelutils.py: %s: %s in place of %s" % (what, found, expected))
+            bad.append("kelutils.py: %s: %s in place of %s" % (item, found, expected))
 
     def stack(kind):
         return 4 if kind is ctypes.c_char_p or hasattr(kind, "contents") else ctypes.sizeof(kind)

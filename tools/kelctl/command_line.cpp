@@ -104,11 +104,12 @@ void CheckCommands(CLI::App& kelctl, const std::vector<std::string>& arguments) 
       parent = *named;
       continue;
     }
-    const auto nearest = std::ranges::min_element(
-        commands, {}, [&](const CLI::App* command) { return DistanceOf(arguments[i], command->get_name()); });
-    const std::string hint = DistanceOf(arguments[i], (*nearest)->get_name()) <= 3
-                                 ? "; did you mean \"" + (*nearest)->get_name() + "\"?"
-                                 : "; kelctl --help lists the commands";
+    const auto distance = [&](const CLI::App* command) {  // a hidden command is never suggested
+      return command->get_group().empty() ? std::string::npos : DistanceOf(arguments[i], command->get_name());
+    };
+    const auto nearest = std::ranges::min_element(commands, {}, distance);
+    const std::string hint = distance(*nearest) <= 3 ? "; did you mean \"" + (*nearest)->get_name() + "\"?"
+                                                     : "; kelctl --help lists the commands";
     throw UsageError("no such command: " + arguments[i] + hint);
   }
 }

@@ -369,7 +369,9 @@ def main():
     survivors = [number for number in sorted(mutants) if not killed[number]]
     without_effect = 0
     for number in survivors:
-        equivalent = re.sub(r"^(\S+):\d+", r"\1", describe(number)) in known
+        mutant = mutants[number]
+        line = mutant.file.read_text().splitlines()[mutant.line - 1].strip()
+        equivalent = f"{mutant.file.relative_to(ROOT)} {mutant.kind}: {' '.join(mutant.text.split())} in {line}" in known
         without_effect += equivalent
         reached = any(number in reached for _, reached in passes.values())
         print(f"survivor{' without effect' if equivalent else '' if reached else ' that nothing reaches'}: {describe(number)}")

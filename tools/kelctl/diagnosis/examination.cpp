@@ -12,7 +12,7 @@
 #include "schedule/jobs.h"
 #include "store/codec.h"
 #include "text/base64.h"
-#include "text/text.h"
+#include "text/paths.h"
 #include "texts.h"
 #include "trace/log_configuration.h"
 #include "win/file.h"
@@ -24,14 +24,6 @@ namespace {
 constexpr std::uint64_t kMegabyte = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t kScarceSpace = 4 * kMegabyte, kLittleSpace = 100 * kMegabyte;
 constexpr std::uint64_t kLargestList = 16 * kMegabyte;  // bytes of a jobs or token file
-
-// The UUIDs of boards whose maker set none.
-constexpr const char* kPlaceholders[] = {
-    "00000000-0000-0000-0000-000000000000", "FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF",
-    "03000200-0400-0500-0006-000700080009", "00020003-0004-0005-0006-000700080009",
-    "12345678-1234-5678-90AB-CDDEEFAABBCC", "01234567-89AB-CDEF-0123-456789ABCDEF",
-    "11111111-2222-3333-4444-555555555555", "FEFEFEFE-FEFE-FEFE-FEFE-FEFEFEFEFEFE",
-};
 
 Finding CheckDisk(const Product& product) {
   const std::string folder = product.Folder("KESAgent");
@@ -56,8 +48,7 @@ Finding CheckUuid(const Product& product) {
   char uuid[64] = "";
   agent::QueryMachineUuid("kelctl", uuid, sizeof uuid);
   finding.detail = uuid[0] ? uuid : "none";
-  const bool placeholder =
-      std::ranges::any_of(kPlaceholders, [&](const char* each) { return text::SameName(each, finding.detail); });
+  const bool placeholder = IsPlaceholderUuid(finding.detail);
   if (uuid[0] && !placeholder) return finding;
   finding.health = Health::kWarning;
   finding.code = placeholder ? "UUID-PLACEHOLDER" : "UUID-MISSING";

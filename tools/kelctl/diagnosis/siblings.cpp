@@ -58,7 +58,8 @@ Sibling FileCodecCrypto() {
     sibling.places.push_back(path + "Common\\ApiCr.dll");
   } else {
     sibling.whenUnusable = Health::kWarning;
-    sibling.unlisted = "the product's install path is not registered: enciphered INI files cannot be read";
+    sibling.unlisted = "the product's install path is not registered: value files cannot be read";
+    sibling.unlistedCode = "INSTALL-PATH-MISSING";
   }
   return sibling;
 }
