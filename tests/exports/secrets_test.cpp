@@ -86,10 +86,6 @@ TEST_CASE("stored passwords: one stays in memory, reaches the log, or passes for
     CHECK_FALSE(IsInMemory(masked));
   }
   CHECK((CALL(dll, KE_SetUninstallPass)("", 0) == KE_SUCCESS && CALL(dll, KE_IsNeededInstallationPassw)() == 0));
-  const LoadedDll crypto(tree.tree.Path("KELUtils/ApiCr.dll"));
-  CALL(crypto, FakeCipher)()->error = 9;
-  int32_t size = sizeof buffer;
-  CHECK(CALL(dll, KE_EncryptSetting)("secret", 6, buffer, &size) == 9);
 }
 
 TEST_CASE("integration: a date or identifier that stays, or a single failed write that counts") {
