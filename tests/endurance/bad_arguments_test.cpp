@@ -181,13 +181,11 @@ TEST_CASE("tracing: every export writes its start and end under its name, and be
       CHECK(lines.find(";10" + who + "Function end. Return code (") != lines.npos);
       continue;
     }
-    const std::string begin = ";20" + who, error = "Error (" + code + ") return by function (" + name + ")\"",
-                      line = result == 1777 || result == 1778 || result == 1789 ? "Wrong parameters\"" : error;
-    const std::size_t first = lines.find(begin + line);
-    CHECK((first == lines.npos) == (result == 0));
-    CHECK((first == lines.npos || lines.find(begin + line, first + 1) == lines.npos));
-    CHECK((lines.find(begin + error) != lines.npos) == (result != 0 && line == error));
+    const bool wrong = result == 1777 || result == 1778 || result == 1789;
     CHECK(lines.find(";10" + who + "Function end. Return code (" + code + ")\"") != lines.npos);
+    CHECK(count(lines, ";20" + who + "Wrong parameters\"") == (wrong ? 1 : 0));
+    CHECK(count(lines, ";20" + who + "Error (" + code + ") return by function (" + name + ")\"") ==
+          (result != 0 && !wrong ? 1 : 0));
   }
   CHECK(unpaired ==
         "KE_InitializeSystem;ReRegisterPluginsFromRegistry KE_InitializeSystemEx;ReRegisterPluginsFromRegistry ");
