@@ -280,12 +280,20 @@ def record(case, wine, log):
     return time.time() - start, {int(line) for line in log.read_text().split()} if log.exists() else set()
 
 
-def judge(number, wine, passes, budget):
+def passes_together(quick, wine):
+    """True when the quick cases of a program pass in one process."""
+    how = wine.run(quick, {}, 900) and wine.run(quick, {}, 900)
+    if how:
+        print(f"{quick[0].program}: {how} without a mutant when its quick cases run in one process: each is run alone", flush=True)
+    return not how
+
+
+def judge(number, wine, passes, together, budget):
     """The cases that kill a mutant, and how; none for a survivor. Cases beyond `budget` seconds in all are not run."""
     reaching = sorted((seconds, case) for case, (seconds, reached) in passes.items() if number in reached)
     batches = collections.defaultdict(list)
     for seconds, case in reaching:
-        batches[case.program if seconds < QUICK and isinstance(case.pattern, str) else case].append((seconds, case))
+        batches[case.program if case in together else case].append((seconds, case))
     for batch in sorted(batches.values(), key=lambda batch: (batch[-1][0] >= QUICK, sum(seconds for seconds, _ in batch))):
         seconds, cases = sum(seconds for seconds, _ in batch), [case for _, case in batch]
         budget -= seconds
@@ -353,11 +361,19 @@ def main():
         passes = {case: found for case, found in zip(cases, recorded) if found}
         print(f"{len(passes)} of {len(cases)} cases recorded after {(time.time() - begin) / 60:.0f} minutes", flush=True)
 
+        quick = collections.defaultdict(list)
+        for case, (seconds, _) in passes.items():
+            if seconds < QUICK and isinstance(case.pattern, str):
+                quick[case.program].append(case)
+        groups = list(quick.values())
+        together = {case for group, good in zip(groups, pool.map(lambda group: with_wine(passes_together, group), groups)) if good
+                    for case in group}
+
         def work_on(number):
             if time.time() - begin > 60 * options.minutes:
                 del mutants[number]
                 return number, None
-            killer = with_wine(judge, number, passes, options.budget)
+            killer = with_wine(judge, number, passes, together, options.budget)
             print(f"{number} {killer or 'SURVIVED'} | {describe(number)}", flush=True)
             return number, killer
 
