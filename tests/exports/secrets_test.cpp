@@ -81,6 +81,7 @@ TEST_CASE("stored passwords: missing, in plain, as stored, compared; none stays 
     const std::string log = tree.tree.Log();
     CHECK((log.find("The password is correct!") < log.size() && log.find(secret) == std::string::npos));
     CHECK(log.find("KE_EncryptSetting;\"Could not load") == std::string::npos);
+    CHECK(log.find("WriteEncryptedFile;\"Number of items to write: [") < log.size());
     CHECK(IsInMemory(masked));  // the search works
     SecureZeroMemory(secret.data(), secret.size());
     SecureZeroMemory(buffer, sizeof buffer);

@@ -76,6 +76,11 @@ TEST_CASE("trace: a scope that got no library does not release the one of anothe
   const TracedTree traced;
   const auto away = traced.tree.Path("TvLogSys.dll");
   std::filesystem::rename(traced.library, away);
+  {
+    const support::CurrentFolder inSearchOrder(traced.tree.Path(""));
+    const TraceScope found;
+    CHECK(CL_LOG_SYSTEM::Instance().References() == 1);
+  }
   auto early = std::make_unique<TraceScope>();
   std::filesystem::rename(away, traced.library);
   const TraceScope later;

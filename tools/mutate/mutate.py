@@ -3,7 +3,7 @@
 
 Draws N places at random and builds one copy of the tree that contains all of these mutants, each switched on by its number in the
 environment variable KELUTILS_MUTANT. A first pass without a mutant runs each test case alone and records the mutants that it reaches.
-Then each mutant runs the cases that reach it, the quickest first, until some fail twice, hang or crash. Prints the share of killed
+Then each mutant runs the cases that reach it, the quickest first, until some fail, hang or crash twice. Prints the share of killed
 mutants and the survivors; those in equivalent.txt cannot change behaviour, and have their reason there.
 """
 import argparse
@@ -221,7 +221,7 @@ def cases_of(tree, skipped, wine):
 
 
 class Wine:
-    """A Wine prefix of its own, with the registry that it had at first after each program that crashed or hung."""
+    """A Wine prefix of its own. After each program that crashed or hung, the registry is as at first, and files of tests are removed."""
 
     def __init__(self, prefix):
         self.variables = dict(os.environ, KELUTILS_WINEPREFIX=str(prefix), WINEPREFIX=str(prefix), WINEDEBUG="-all", LC_ALL="C.UTF-8",
@@ -243,7 +243,7 @@ class Wine:
         self.stop()
         for path, content in self.registry.items():
             path.write_bytes(content)
-        for left in self.prefix.glob("drive_c/users/*/Temp/kelutils-*"):
+        for left in [*self.prefix.glob("drive_c/users/*/Temp/kelutils-*"), *self.prefix.glob("drive_c/windows/*/GroupPolicy")]:
             shutil.rmtree(left, ignore_errors=True)
         self.start()
 
@@ -301,7 +301,7 @@ def judge(number, wine, passes, together, budget):
             break
         environment, limit = {"KELUTILS_MUTANT": str(number)}, 4 * seconds + 30
         how = wine.run(cases, environment, limit)
-        if how == "hangs" or (how and wine.run(cases, environment, limit)):
+        if how and wine.run(cases, environment, limit):
             return f"{how}: {cases[0].name[:50]}{f' or {len(cases) - 1} more' if len(cases) > 1 else ''}"
     return None
 
