@@ -80,6 +80,8 @@ TEST_CASE("stored passwords: one stays in memory, reaches the log, or passes for
     for (const char* key : {"1", "2", "3"}) CALL(dll, KE_SetEncryptedFileValue)("S", key, secret.c_str(), path.c_str());
     const std::string log = tree.tree.Log();
     CHECK((log.find("The password is correct!") < log.size() && log.find(secret) == std::string::npos));
+    CHECK(log.find("KE_EncryptSetting;\"Could not load") == std::string::npos);
+    CHECK(log.find("WriteEncryptedFile;\"Number of items to write: [") < log.size());
     CHECK(IsInMemory(masked));  // the search works
     SecureZeroMemory(secret.data(), secret.size());
     SecureZeroMemory(buffer, sizeof buffer);

@@ -58,6 +58,12 @@ TEST_CASE("trace: a library that is missing or incomplete changes the last error
   }
   CHECK((GetLastError() == 4711 && CL_LOG_SYSTEM::Instance().References() == 0));
   std::filesystem::remove(traced.library);
+  traced.tree.AddDevkit("TvLogSys.dll", "order");
+  {
+    const support::CurrentFolder inSearchOrder(traced.tree.Path("order"));
+    const TraceScope found;
+    CHECK(CL_LOG_SYSTEM::Instance().References() == 1);
+  }
   std::optional<TraceScope> early(std::in_place);
   traced.tree.TurnLogOn();
   const TraceScope later;

@@ -3,7 +3,7 @@
 
 Draws N places at random and builds one copy of the tree that contains all of these mutants, each switched on by its number in the
 environment variable KELUTILS_MUTANT. A first pass without a mutant runs each test case alone and records the mutants that it reaches.
-Then each mutant runs the cases that reach it, the quickest first, until some fail twice, hang or crash. Prints the share of killed
+Then each mutant runs the cases that reach it, the quickest first, until some fail, hang or crash twice. Prints the share of killed
 mutants and the survivors; those in equivalent.txt cannot change behaviour, and have their reason there.
 """
 import argparse
@@ -221,7 +221,7 @@ def cases_of(tree, skipped, wine):
 
 
 class Wine:
-    """A Wine prefix of its own, with the registry that it had at first after each program that crashed or hung."""
+    """A Wine prefix of its own. After each program that crashed or hung, the registry is as at first, and files of tests are removed."""
 
     def __init__(self, prefix):
         self.variables = dict(os.environ, KELUTILS_WINEPREFIX=str(prefix), WINEPREFIX=str(prefix), WINEDEBUG="-all", LC_ALL="C.UTF-8",
@@ -243,7 +243,7 @@ class Wine:
         self.stop()
         for path, content in self.registry.items():
             path.write_bytes(content)
-        for left in self.prefix.glob("drive_c/users/*/Temp/kelutils-*"):
+        for left in [*self.prefix.glob("drive_c/users/*/Temp/kelutils-*"), *self.prefix.glob("drive_c/windows/*/GroupPolicy")]:
             shutil.rmtree(left, ignore_errors=True)
         self.start()
 
@@ -280,12 +280,20 @@ def record(case, wine, log):
     return time.time() - start, {int(line) for line in log.read_text().split()} if log.exists() else set()
 
 
-def judge(number, wine, passes, budget):
+def passes_together(quick, wine):
+    """True when the quick cases of a program pass in one process."""
+    how = wine.run(quick, {}, 900) and wine.run(quick, {}, 900)
+    if how:
+        print(f"{quick[0].program}: {how} without a mutant when its quick cases run in one process: each is run alone", flush=True)
+    return not how
+
+
+def judge(number, wine, passes, together, budget):
     """The cases that kill a mutant, and how; none for a survivor. Cases beyond `budget` seconds in all are not run."""
     reaching = sorted((seconds, case) for case, (seconds, reached) in passes.items() if number in reached)
     batches = collections.defaultdict(list)
     for seconds, case in reaching:
-        batches[case.program if seconds < QUICK and isinstance(case.pattern, str) else case].append((seconds, case))
+        batches[case.program if case in together else case].append((seconds, case))
     for batch in sorted(batches.values(), key=lambda batch: (batch[-1][0] >= QUICK, sum(seconds for seconds, _ in batch))):
         seconds, cases = sum(seconds for seconds, _ in batch), [case for _, case in batch]
         budget -= seconds
@@ -293,7 +301,7 @@ def judge(number, wine, passes, budget):
             break
         environment, limit = {"KELUTILS_MUTANT": str(number)}, 4 * seconds + 30
         how = wine.run(cases, environment, limit)
-        if how == "hangs" or (how and wine.run(cases, environment, limit)):
+        if how and wine.run(cases, environment, limit):
             return f"{how}: {cases[0].name[:50]}{f' or {len(cases) - 1} more' if len(cases) > 1 else ''}"
     return None
 
@@ -353,11 +361,19 @@ def main():
         passes = {case: found for case, found in zip(cases, recorded) if found}
         print(f"{len(passes)} of {len(cases)} cases recorded after {(time.time() - begin) / 60:.0f} minutes", flush=True)
 
+        quick = collections.defaultdict(list)
+        for case, (seconds, _) in passes.items():
+            if seconds < QUICK and isinstance(case.pattern, str):
+                quick[case.program].append(case)
+        groups = list(quick.values())
+        together = {case for group, good in zip(groups, pool.map(lambda group: with_wine(passes_together, group), groups)) if good
+                    for case in group}
+
         def work_on(number):
             if time.time() - begin > 60 * options.minutes:
                 del mutants[number]
                 return number, None
-            killer = with_wine(judge, number, passes, options.budget)
+            killer = with_wine(judge, number, passes, together, options.budget)
             print(f"{number} {killer or 'SURVIVED'} | {describe(number)}", flush=True)
             return number, killer
 
