@@ -122,13 +122,13 @@ TEST_CASE("in place: killed at every file call, or one fails: the backup stays u
   const StoreTree tree;
   for (int i = 0; i < 2; ++i) {
     const auto& [call, after] = kChanges[i];
-    DWORD code = Gate::kEnded;
+    DWORD code = i == 0 || support::IsLong() ? DWORD{Gate::kEnded} : 0;
     for (int at = 1; code == Gate::kEnded; ++at) {
       torture::Prepare(tree, torture::Scenes()[0]);
       code = torture::Child("child: killed in place", tree.tree, i, at).End();
       CheckBackup(tree, after, at);
+      if (code != Gate::kEnded) CHECK((code == 0 && AgentId(tree.Load()) == after));
     }
-    CHECK((code == 0 && AgentId(tree.Load()) == after));
     const support::InnerModule module(tree.tree);
     for (const Gate::Act act : {Gate::kFailOnce, Gate::kFailFromThenOn, Gate::kFailWritesFromThenOn}) {
       bool reached = true;
