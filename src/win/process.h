@@ -49,6 +49,9 @@ struct StartOptions {
 Process StartProcess(std::string commandLine, const StartOptions& options) noexcept;
 Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept;
 
+/// Sets the event of that name. Errors are ignored.
+void SetNamedEvent(const char* name) noexcept;
+
 // The one place where the library waits for time to pass or for a program to end, so that tests need not.
 
 /// How waiting is done. Tests put functions of their own here; nothing else changes them.

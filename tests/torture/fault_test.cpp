@@ -107,15 +107,15 @@ TEST_CASE("the live store vanishes while it is repaired: the call fails, and loo
   tree.Put("INTEGRA.START", WholeStore("start"));
   tree.Put("INTEGRA.BAK", WholeStore("backup"));
   const support::LockedFile inUse(tree.tree.Store("INTEGRA.BAK"));
-  win::g_fileGate = [](win::FileCall call, unsigned long&) {
+  win::g_gate = [](win::Call call, unsigned long&) {
     static bool s_moved = false;
     if (s_moved) std::filesystem::remove(s_tree->Store("INTEGRA.DAT"));
-    s_moved = call == win::FileCall::kMove;
+    s_moved = call == win::Call::kMove;
     return true;
   };
   char buffer[64];
   CHECK(KE_GetAgentVersion(buffer, sizeof buffer) == KE_STORE_UNUSABLE);
-  win::g_fileGate = nullptr;
+  win::g_gate = nullptr;
 }
 
 TEST_CASE("access rights: a file is replaced with the rights it has, and in place when they cannot be read") {
@@ -139,15 +139,14 @@ TEST_CASE("access rights: a file is replaced with the rights it has, and in plac
     const std::string before = rightsOf(live);
     static int s_moves;
     s_moves = 0;
-    win::g_fileGate =
-        readable ? [](win::FileCall call, unsigned long&) { return s_moves += call == win::FileCall::kMove, true; }
-                 : [](win::FileCall call, unsigned long&) {
-                     s_moves += call == win::FileCall::kMove;
-                     SetLastError(ERROR_ACCESS_DENIED);
-                     return call != win::FileCall::kRights;
-                   };
+    win::g_gate = readable ? [](win::Call call, unsigned long&) { return s_moves += call == win::Call::kMove, true; }
+                           : [](win::Call call, unsigned long&) {
+                               s_moves += call == win::Call::kMove;
+                               SetLastError(ERROR_ACCESS_DENIED);
+                               return call != win::Call::kRights;
+                             };
     CHECK(torture::SetNew() == KE_SUCCESS);
-    win::g_fileGate = nullptr;
+    win::g_gate = nullptr;
     CHECK((tree.Text("INTEGRA.DAT") == WholeStore(torture::kNew) && rightsOf(live) == before));
     CHECK((s_moves != 0) == readable);
   }
