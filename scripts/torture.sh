@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The long form of the endurance tests: kills at every file call and at 1,000 moments, every file call failing, every combination of
-# damaged files, every length and bit of one, four processes of four threads on one store, 10,000 loads and 770,000 calls, every pair of
-# bad arguments. Prints one line for each test; exit 1 when one fails. May take three hours.
+# The long form of the endurance tests: kills at every file call and at 1,000 moments, every file call failing, every allocation and call
+# of Windows of every export failing, every combination of damaged files, every length and bit of one, four processes of four threads on
+# one store, 10,000 loads and 770,000 calls, every pair of bad arguments. Prints one line for each test; exit 1 when one fails. May take
+# many hours.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh
