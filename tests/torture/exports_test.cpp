@@ -5,6 +5,7 @@
 #include <objbase.h>
 #include <psapi.h>
 
+#include <climits>
 #include <deque>
 #include <span>
 
@@ -264,4 +265,30 @@ TEST_CASE("an allocation that fails in a row of the jobs costs the commands of t
   const int all = starts(0), allocations = s_memory;
   // Adding and editing a job, each in two places.
   for (int at = 1; at <= allocations; at += support::IsLong() ? 1 : 19) CHECK_MESSAGE(starts(at) >= all - 4, at);
+}
+
+TEST_CASE("siblings that misbehave: any code, records full to their end, calls back into an export") {
+  const endurance::BusyTree tree(true);
+  const support::InnerModule module(tree);
+  support::WriteFile(tree.Path("KESAgent/KePIRes.ini"), "[AUTO]\r\nAnswer=0\r\n");
+  win::g_waiting.pause = [](DWORD) {};
+  const support::LoadedDll siblings[] = {support::LoadedDll(tree.Path("Common/KELAGAPI.dll")),
+                                         support::LoadedDll(tree.Path("Common/KELMNAPI.dll")),
+                                         support::LoadedDll(tree.Path("KELTVEVT/TvEvAPI.dll"))};
+  support::Tally tally("siblings misbehave");
+  for (const int answer : {0, 1, -1, INT_MIN, 1559}) {
+    for (const support::LoadedDll& sibling : siblings) {
+      *CALL(sibling, FakeMischief)() = {true, answer, [] {
+                                          char id[64];
+                                          KE_GetAgentID(id, sizeof id);
+                                        }};
+    }
+    for (const ExportedFunction& function : endurance::ExportedFunctions()) {
+      tree.Reset();
+      const auto values = tree.Values(function);
+      const auto called = endurance::Call(GetModuleHandleA(nullptr), function, endurance::GoodValues(values), 0);
+      tally.Case(function.MayReturn(called.result) && called.inBounds,
+                 function.name + " with " + std::to_string(answer) + ": " + std::to_string(called.result));
+    }
+  }
 }
