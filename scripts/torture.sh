@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The long form of the endurance tests, which docs/reliability.md lists; then all tests in their short form with a library that clang
-# compiled. Prints one line for each test; exit 1 when one fails. May take three hours.
+# compiled. Prints one line for each test; exit 1 when one fails. May take many hours.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh

@@ -34,11 +34,11 @@ struct WindowsTable {
   FARPROC functions[37];
 
   // `names` are zero-terminated texts in sequence, ended by an empty one.
-  void Bind(const wchar_t* file, const char* names) noexcept {
-    module = LoadLibraryW(file);
+  void Bind(const char* file, const char* names) noexcept {
+    module = win::LoadModule(file, 0).Release();
     if (module == nullptr) return;
     for (FARPROC* next = functions; *names != '\0' && next != std::end(functions); names += std::strlen(names) + 1) {
-      *next++ = GetProcAddress(module, names);
+      *next++ = win::FunctionOf(module, names);
     }
   }
   void Release() noexcept {
@@ -63,8 +63,8 @@ void Attach(HMODULE module) noexcept {
   win::SeedRandomNumbers();
   Guarded("Exception initializing Module", [&] { win::AttachModule(module); });
   Guarded("Exception initializing Critical Section", [] { win::IntegraLock.Create(); });
-  g_advapi32.Bind(L"Advapi32.dll", kAdvapi32Names);
-  g_shell32.Bind(L"Shell32.dll", kShell32Names);
+  g_advapi32.Bind("Advapi32.dll", kAdvapi32Names);
+  g_shell32.Bind("Shell32.dll", kShell32Names);
 }
 
 void Detach() noexcept {

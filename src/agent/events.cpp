@@ -13,6 +13,7 @@
 #include "siblings/sibling_table.h"
 #include "text/text.h"
 #include "trace/trace.h"
+#include "win/gate.h"
 #include "win/module.h"
 #include "win/owner.h"
 #include "win/process.h"
@@ -61,7 +62,7 @@ struct EventModule {
   template <typename Call>
   Sending Send(EventInfo event, Call call) const {
     char computer[512] = {};
-    if (DWORD size = sizeof computer; !GetComputerNameA(computer, &size)) {
+    if (DWORD size = sizeof computer; !win::Passes(win::Call::kName) || !GetComputerNameA(computer, &size)) {
       Trace(kDetail, function, "Could not get computer name");
       text::CopyCut("UnKnownMachine", computer, sizeof computer);
     }
@@ -108,7 +109,7 @@ KE_RESULT DescribeError(const char* function, std::uint32_t errorCode, const cha
     return KE_MODULE_NOT_LOADED;
   }
   char resource[kDescriptionSize] = {};
-  LoadStringA(module.Get(), errorCode, resource, sizeof resource);
+  if (win::Passes(win::Call::kName)) LoadStringA(module.Get(), errorCode, resource, sizeof resource);
   if (*resource == '\0') {
     Trace(kDetail, function, "No description found for ErrorCode: [%i]", static_cast<int>(errorCode));
     return KE_EVENT_NOT_SENT;

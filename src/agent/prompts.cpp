@@ -12,7 +12,7 @@
 #include "text/text.h"
 #include "trace/trace.h"
 #include "win/module.h"
-#include "win/owner.h"
+#include "win/process.h"
 
 namespace agent {
 
@@ -97,10 +97,7 @@ KE_RESULT ShowInstallDialog(const char* function, std::uint32_t rebootMessage) {
   return siblings::Start(prompt.program) ? KE_SUCCESS : KE_PROGRAM_NOT_STARTED;
 }
 
-void CloseInstallDialog() noexcept {
-  const win::EventHandle event(OpenEventA(EVENT_MODIFY_STATE, FALSE, kInstallEvent));
-  if (event) SetEvent(event.Get());
-}
+void CloseInstallDialog() noexcept { win::SetNamedEvent(kInstallEvent); }
 
 KE_RESULT HideInstallGuide() {
   if (!MayBeInstalling()) return KE_SUCCESS;

@@ -24,7 +24,7 @@ constexpr win::BoundName kOleaut32Names[] = {KE_OLEAUT32_FUNCTIONS(KE_ROW)};
 // The modules of COM, loaded while the object lives: few hosts need them at other times. Windows loads both from its
 // own folder.
 struct ComLibrary {
-  const win::ModuleHandle ole32{LoadLibraryW(L"ole32.dll")}, oleaut32{LoadLibraryW(L"oleaut32.dll")};
+  const win::ModuleHandle ole32 = win::LoadModule("ole32.dll", 0), oleaut32 = win::LoadModule("oleaut32.dll", 0);
   ComTable functions{};
   const bool bound = ole32 && oleaut32 && win::BindNames(ole32.Get(), &functions, kOle32Names) &&
                      win::BindNames(oleaut32.Get(), &functions, kOleaut32Names);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "policy/log_sink.h"
+#include "win/module.h"
 #include "win/owner.h"
 #include "win/registry.h"
 
@@ -44,7 +45,7 @@ VersionRecord FromWindows(const OSVERSIONINFOEXW& info, bool extended) {
 
 std::uint16_t NativeProcessor() noexcept {
   decltype(&::GetNativeSystemInfo) getNativeSystemInfo = nullptr;
-  const FARPROC found = GetProcAddress(GetModuleHandleW(L"Kernel32.dll"), "GetNativeSystemInfo");
+  const FARPROC found = win::FunctionOf(GetModuleHandleW(L"Kernel32.dll"), "GetNativeSystemInfo");
   if (found == nullptr) return OsFacts::kNoProcessor;
   std::memcpy(&getNativeSystemInfo, &found, sizeof getNativeSystemInfo);
   SYSTEM_INFO info{};

@@ -66,7 +66,7 @@ LSTATUS CopyRegistryTree(ILogSink* sink, HKEY parent, const std::wstring& from, 
   call.Parameter(L"to", to.c_str());
   win::RegistryKey target;
   LSTATUS status = win::CreateKey(parent, to, KEY_READ | KEY_WRITE, target);
-  if (status == ERROR_SUCCESS) status = RegCopyTreeW(parent, from.c_str(), target.Get());
+  if (status == ERROR_SUCCESS) status = win::CopyTree(parent, from, target.Get());
   call.Finish(status, status, L"Error copying registry key", from.c_str());
   return status;
 }
@@ -83,8 +83,8 @@ LSTATUS NumberedSubkeys(HKEY parent, Numbers& numbers) {
 }
 
 void EraseMarks(HKEY key) noexcept {
-  RegDeleteValueW(key, kCopying);  // first: with both, the copy counts as complete
-  RegDeleteValueW(key, kCopied);
+  win::DeleteValue(key, kCopying);  // first: with both, the copy counts as complete
+  win::DeleteValue(key, kCopied);
 }
 
 // Finishes or reverts an interrupted move to `number`. A key without rights for this process was not made by it.
@@ -158,7 +158,7 @@ LSTATUS CloseGaps(ILogSink* sink, HKEY parent) {
   if (status != ERROR_SUCCESS || !HasOpenGaps(parent)) return status;
   win::RegistryKey key;
   status = win::OpenKey(parent, L"", KEY_SET_VALUE, key);
-  return status == ERROR_SUCCESS ? RegDeleteValueW(key.Get(), kOpenGaps) : status;
+  return status == ERROR_SUCCESS ? win::DeleteValue(key.Get(), kOpenGaps) : status;
 }
 
 // Policy objects and their scripts

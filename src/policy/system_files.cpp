@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "win/file.h"
+#include "win/gate.h"
+#include "win/module.h"
 #include "win/owner.h"
 #include "win/process.h"
 #include "win/replace_file.h"
@@ -18,7 +20,7 @@ namespace {
 template <typename Argument>
 bool CallKernel32(const char* name, Argument argument) noexcept {
   BOOL(WINAPI * function)(Argument) = nullptr;
-  const FARPROC found = GetProcAddress(GetModuleHandleW(L"Kernel32.dll"), name);
+  const FARPROC found = win::FunctionOf(GetModuleHandleW(L"Kernel32.dll"), name);
   if (found == nullptr) {
     SetLastError(ERROR_INVALID_FUNCTION);
     return false;
@@ -64,7 +66,8 @@ void CreateFolderOf(const std::wstring& path) {
   if (end == std::wstring::npos) return;
   const std::wstring folder = path.substr(0, end);
   const auto create = [&] {
-    return CreateDirectoryW(folder.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND;
+    return (win::Passes(win::Call::kFolder) && CreateDirectoryW(folder.c_str(), nullptr)) ||
+           GetLastError() != ERROR_PATH_NOT_FOUND;
   };
   if (WithoutWow64Redirection(create)) return;
   CreateFolderOf(folder);
@@ -72,10 +75,12 @@ void CreateFolderOf(const std::wstring& path) {
 }
 
 DWORD AttributesOf(const std::wstring& path) noexcept {
+  if (!win::Passes(win::Call::kStatus)) return INVALID_FILE_ATTRIBUTES;
   return WithoutWow64Redirection([&] { return GetFileAttributesW(path.c_str()); });
 }
 
 DWORD CheckOnce(const std::wstring& path) noexcept {
+  if (!win::Passes(win::Call::kOpen)) return GetLastError();
   const win::FileHandle file(WithoutWow64Redirection([&] {
     return CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -101,7 +106,8 @@ DWORD DeleteOnce(const std::wstring& path) noexcept {
     WithoutWow64Redirection([&] { return SetFileAttributesW(path.c_str(), set); });
   };
   if (readOnly) setAttributes(attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
-  if (WithoutWow64Redirection([&] { return DeleteFileW(path.c_str()); })) return ERROR_SUCCESS;
+  if (WithoutWow64Redirection([&] { return win::Passes(win::Call::kDelete) && DeleteFileW(path.c_str()); }))
+    return ERROR_SUCCESS;
   const DWORD error = GetLastError();
   if (readOnly) setAttributes(attributes);
   return IsMissing(error) ? DWORD{ERROR_SUCCESS} : error;
@@ -115,8 +121,8 @@ win::Replaced Replace(const std::wstring& path, const std::string& bytes, const 
 KE_RESULT DeleteAtReboot(ILogSink* sink, const std::wstring& path) {
   const SinkCall call(sink, __func__);
   call.Parameter(L"path", path.c_str());
-  const BOOL left =
-      WithoutWow64Redirection([&] { return MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); });
+  const bool left = WithoutWow64Redirection(
+      [&] { return win::Passes(win::Call::kMove) && MoveFileExW(path.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT); });
   return call.Finish(KE_STORE_UNUSABLE, left ? ERROR_SUCCESS : GetLastError(), L"Error deleting at reboot",
                      path.c_str());
 }

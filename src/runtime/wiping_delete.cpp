@@ -8,8 +8,12 @@
 #include <cstdlib>
 #include <new>
 
+#include "win/gate.h"
+
 void* operator new(std::size_t size) {
-  if (void* const block = std::malloc(size != 0 ? size : 1)) return block;
+  if (win::Passes(win::Call::kMemory)) {
+    if (void* const block = std::malloc(size != 0 ? size : 1)) return block;
+  }
   throw std::bad_alloc();
 }
 

@@ -11,16 +11,16 @@ namespace siblings {
 
 namespace {
 
-// Writes the path, cut if need be, and loads the module; null when it cannot be loaded, with the last-error value.
-HMODULE LoadFrom(const char* folder, const char* file, char (&path)[kSiblingPathSize]) noexcept {
+// Writes the path, cut if need be, and loads the module; empty when it cannot be loaded, with the last-error value.
+win::ModuleHandle LoadFrom(const char* folder, const char* file, char (&path)[kSiblingPathSize]) noexcept {
   const int length = snprintf(path, sizeof path, "%s%s", folder ? folder : "", file);
   if (length >= static_cast<int>(sizeof path) || !text::IsFullPath(path)) {
     SetLastError(ERROR_BAD_PATHNAME);
-    return nullptr;
+    return {};
   }
   // The altered search path is for paths with backslashes alone.
   std::replace(path, path + length, '/', '\\');
-  return LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  return win::LoadModule(path);
 }
 
 void TraceLackOfFunction(const char* function, const char* path, DWORD error) noexcept {
@@ -39,7 +39,7 @@ bool SiblingSearch::Bind(const char* folder, win::ModuleHandle& module, std::spa
                          void* table) noexcept {
   char path[kSiblingPathSize];
   module.Reset();
-  module.Reset(LoadFrom(folder, file_, path));
+  module = LoadFrom(folder, file_, path);
   if (module && win::BindNames(module.Get(), table, names)) {
     state_ = kFound;
     return true;

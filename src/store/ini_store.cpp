@@ -39,17 +39,19 @@ const IniEntry* LookupEntry(const IniStore& store, const char* section, const ch
 
 IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create) {
   if (section == nullptr || key == nullptr) return nullptr;
-  IniSection* found = FindNamed(store.sections, &IniSection::name, section);
-  if (found == nullptr && create) found = &store.sections.emplace_back(IniSection{Keep(store, section), {}});
-  if (found == nullptr) return nullptr;
-  IniEntry* const entry = FindNamed(found->entries, &IniEntry::key, key);
-  return entry == nullptr && create ? &found->entries.emplace_back(IniEntry{Keep(store, key), {}}) : entry;
+  IniSection* const found = FindNamed(store.sections, &IniSection::name, section);
+  IniEntry* const entry = found ? FindNamed(found->entries, &IniEntry::key, key) : nullptr;
+  if (entry != nullptr || !create) return entry;
+  const IniEntry added{Keep(store, key), {}};
+  if (found) return &found->entries.emplace_back(added);
+  // With its entry: without memory for both, neither is added.
+  return &store.sections.emplace_back(IniSection{Keep(store, section), {added}}).entries.front();
 }
 
 bool SetValue(IniStore& store, const char* section, const char* key, std::string_view value) {
-  IniEntry* const entry = LookupEntry(store, section, key, true);
-  if (entry == nullptr) return false;
-  const std::string_view old = std::exchange(entry->value, Keep(store, value));
+  if (section == nullptr || key == nullptr) return false;
+  const std::string_view kept = Keep(store, value);
+  const std::string_view old = std::exchange(LookupEntry(store, section, key, true)->value, kept);
   std::erase_if(store.texts, [&](const auto& text) { return text->data() == old.data(); });
   return true;
 }

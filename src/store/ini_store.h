@@ -36,11 +36,11 @@ inline constexpr std::size_t kFewestSections = 4;
 const IniEntry* LookupEntry(const IniStore& store, const char* section, const char* key) noexcept;
 
 /// The same. When `create` is set, a missing section is appended to the store, and a missing entry to its section, with
-/// an empty value.
+/// an empty value; without memory for both, neither is.
 IniEntry* LookupEntry(IniStore& store, const char* section, const char* key, bool create);
 
 /// Changes the value of the entry that `LookupEntry` finds or creates; `value` may be part of the old one. Frees the
-/// text of an older change. False, with nothing changed, when a name is null.
+/// text of an older change. False, with nothing changed, when a name is null; nothing changes without memory either.
 bool SetValue(IniStore& store, const char* section, const char* key, std::string_view value);
 
 /// The text form: "[name]" and "key=value" lines that end in CR LF. CR and LF inside names and values are left out: a

@@ -81,8 +81,8 @@ bool CL_LOG_SYSTEM::LoadLibraryAndBind() noexcept {
   const bool separated = text::EndsInBackslash(directory, win::IsLeadByte);
   snprintf(path, sizeof path, "%s%s%s", directory, separated ? "" : "\\", kTraceLibrary);
 
-  library_.Reset(LoadLibraryExA(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-  if (!library_) library_.Reset(LoadLibraryExA(kTraceLibrary, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  library_ = win::LoadModule(path);
+  if (!library_) library_ = win::LoadModule(kTraceLibrary);
   if (!library_) return false;
   EntryPoints found{};
   if (!win::BindNames(library_.Get(), &found, EntryPoints::Names())) {

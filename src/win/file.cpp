@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "text/text.h"
+#include "win/gate.h"
 
 namespace win {
 
@@ -39,6 +40,7 @@ bool MakeWriters(ACCESS_ALLOWED_ACE& entry) noexcept {
 
 template <typename Path>
 bool AccessRights::ReadOf(const Path& path) noexcept {
+  if (!Passes(Call::kRights)) return false;
   const auto function = For<Path>(GetFileSecurityA, GetFileSecurityW);
   DWORD size = 0;
   function(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
@@ -80,19 +82,12 @@ SECURITY_ATTRIBUTES* AccessRights::ForNewFile() noexcept {
 bool AccessRights::RestoreInheritance(const FileHandle& file) noexcept {
   if (!inherits_) return true;
   Control() &= static_cast<SECURITY_DESCRIPTOR_CONTROL>(~SE_DACL_PROTECTED);
-  return SetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, block_.get()) != FALSE;
+  return Passes(Call::kRights) && SetKernelObjectSecurity(file.Get(), DACL_SECURITY_INFORMATION, block_.get());
 }
 
-FileGate g_fileGate = nullptr;
+Gate g_gate = nullptr;
 
 namespace {
-
-bool Passes(FileCall call, DWORD& bytes) noexcept { return g_fileGate == nullptr || g_fileGate(call, bytes); }
-
-bool Passes(FileCall call) noexcept {
-  DWORD none = 0;
-  return Passes(call, none);
-}
 
 // Bytes of one call at most; larger blocks take several calls.
 constexpr std::size_t kLargestTransfer = 64 * 1024 * 1024;
@@ -111,7 +106,7 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 template <typename Path>
 FileHandle Open(const Path& path, DWORD access, DWORD disposition, DWORD attributes = FILE_ATTRIBUTE_NORMAL,
                 SECURITY_ATTRIBUTES* security = nullptr, DWORD share = kShareAll) noexcept {
-  if (!Passes(FileCall::kOpen)) return FileHandle();
+  if (!Passes(Call::kOpen)) return FileHandle();
   return FileHandle(
       For<Path>(CreateFileA, CreateFileW)(path.c_str(), access, share, security, disposition, attributes, nullptr));
 }
@@ -119,7 +114,7 @@ FileHandle Open(const Path& path, DWORD access, DWORD disposition, DWORD attribu
 template <typename Path>
 FileStatus StatusOfPath(const Path& path) noexcept {
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  if (!Passes(FileCall::kStatus) ||
+  if (!Passes(Call::kStatus) ||
       !For<Path>(GetFileAttributesExA, GetFileAttributesExW)(path.c_str(), GetFileExInfoStandard, &data))
     return {};
   return {.exists = true,
@@ -137,7 +132,7 @@ FileHandle CreateReplacementOf(const Path& path, const Path& target, DWORD attri
                           FILE_ATTRIBUTE_ENCRYPTED | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
   const DWORD kept = (attributes & kKept) != 0 ? attributes & kKept : DWORD{FILE_ATTRIBUTE_NORMAL};
   AccessRights rights;
-  if (!Passes(FileCall::kRights) || (!rights.Read(target) && !LastErrorIsNotFound())) return FileHandle();
+  if (!rights.Read(target) && !LastErrorIsNotFound()) return FileHandle();
   FileHandle file = Open(path, kUpdate | WRITE_DAC, CREATE_NEW, kept, rights.ForNewFile());
   if (!file || rights.RestoreInheritance(file)) return file;
   const DWORD error = GetLastError();
@@ -149,14 +144,13 @@ FileHandle CreateReplacementOf(const Path& path, const Path& target, DWORD attri
 
 template <typename Path>
 bool RenamePathOver(const Path& path, const Path& target) noexcept {
-  return Passes(FileCall::kMove) &&
-         For<Path>(MoveFileExA, MoveFileExW)(path.c_str(), target.c_str(),
-                                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+  return Passes(Call::kMove) && For<Path>(MoveFileExA, MoveFileExW)(path.c_str(), target.c_str(),
+                                                                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
 
 template <typename Path>
 void RemovePath(const Path& path) noexcept {
-  if (Passes(FileCall::kDelete)) For<Path>(DeleteFileA, DeleteFileW)(path.c_str());
+  if (Passes(Call::kDelete)) For<Path>(DeleteFileA, DeleteFileW)(path.c_str());
 }
 
 template <typename Path>
@@ -165,7 +159,9 @@ void RemoveUnusedFiles(const Path& prefix, std::size_t digits) noexcept {
   const auto isDigit = [](auto c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
   try {
     std::conditional_t<std::is_same_v<Path, std::string>, WIN32_FIND_DATAA, WIN32_FIND_DATAW> found{};
-    const FindHandle search(For<Path>(FindFirstFileA, FindFirstFileW)((prefix + Path(1, '*')).c_str(), &found));
+    const Path pattern = prefix + Path(1, '*');
+    if (!Passes(Call::kFind)) return;
+    const FindHandle search(For<Path>(FindFirstFileA, FindFirstFileW)(pattern.c_str(), &found));
     if (!search) return;
     const Path folder(prefix, 0, prefix.find_last_of(Path{'\\', '/'}) + 1), start(prefix, folder.size());
     do {
@@ -177,7 +173,7 @@ void RemoveUnusedFiles(const Path& prefix, std::size_t digits) noexcept {
       }
       // Fails while a process has the file open; closing the handle deletes it.
       Open(folder + name, DELETE, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr, 0);
-    } while (For<Path>(FindNextFileA, FindNextFileW)(search.Get(), &found));
+    } while (Passes(Call::kFind) && For<Path>(FindNextFileA, FindNextFileW)(search.Get(), &found));
   } catch (...) {
     // Out of memory for a name: the files stay until the next call.
   }
@@ -185,7 +181,7 @@ void RemoveUnusedFiles(const Path& prefix, std::size_t digits) noexcept {
 
 // Reads or writes in bounded steps until everything is moved, or a step fails or moves nothing.
 template <typename Byte, typename Step>
-std::size_t Transfer(FileCall call, Byte* data, std::size_t size, Step step) noexcept {
+std::size_t Transfer(Call call, Byte* data, std::size_t size, Step step) noexcept {
   std::size_t done = 0;
   while (done < size) {
     auto wanted = static_cast<DWORD>(std::min(size - done, kLargestTransfer));
@@ -213,16 +209,18 @@ std::uint64_t Now() noexcept {
 }
 
 bool Exists(const std::string& path) noexcept {
-  return Passes(FileCall::kStatus) && GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+  return Passes(Call::kStatus) && GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-void MakeFolder(const std::string& path) noexcept { CreateDirectoryA(path.c_str(), nullptr); }
+void MakeFolder(const std::string& path) noexcept {
+  if (Passes(Call::kFolder)) CreateDirectoryA(path.c_str(), nullptr);
+}
 
 FileHandle OpenForUpdate(const std::string& path) noexcept { return Open(path, kUpdate, OPEN_EXISTING); }
 
 FileHandle CreateForUpdate(const std::string& path) noexcept {
   FileHandle file = OpenOrCreate(path);
-  if (file && (!Passes(FileCall::kResize) || !SetEndOfFile(file.Get()))) file.Reset();
+  if (file && (!Passes(Call::kResize) || !SetEndOfFile(file.Get()))) file.Reset();
   return file;
 }
 
@@ -245,35 +243,35 @@ bool CreateMissing(const std::string& path) noexcept { return static_cast<bool>(
 
 std::optional<std::uint64_t> SizeOf(const FileHandle& file) noexcept {
   LARGE_INTEGER size{};
-  if (!Passes(FileCall::kSize) || !GetFileSizeEx(file.Get(), &size)) return std::nullopt;
+  if (!Passes(Call::kSize) || !GetFileSizeEx(file.Get(), &size)) return std::nullopt;
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
 std::size_t Read(const FileHandle& file, void* data, std::size_t size) noexcept {
-  return Transfer(FileCall::kRead, static_cast<char*>(data), size, [&](char* to, DWORD wanted, DWORD* moved) {
+  return Transfer(Call::kRead, static_cast<char*>(data), size, [&](char* to, DWORD wanted, DWORD* moved) {
     return ReadFile(file.Get(), to, wanted, moved, nullptr);
   });
 }
 
 std::size_t Write(const FileHandle& file, const void* data, std::size_t size) noexcept {
-  return Transfer(FileCall::kWrite, static_cast<const char*>(data), size,
+  return Transfer(Call::kWrite, static_cast<const char*>(data), size,
                   [&](const char* from, DWORD wanted, DWORD* moved) {
                     return WriteFile(file.Get(), from, wanted, moved, nullptr);
                   });
 }
 
-bool Flush(const FileHandle& file) noexcept { return Passes(FileCall::kFlush) && FlushFileBuffers(file.Get()); }
+bool Flush(const FileHandle& file) noexcept { return Passes(Call::kFlush) && FlushFileBuffers(file.Get()); }
 
 bool Resize(const FileHandle& file, std::uint64_t size) noexcept {
   LARGE_INTEGER end{};
   end.QuadPart = static_cast<LONGLONG>(size);
-  return Passes(FileCall::kResize) && SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN) &&
-         SetEndOfFile(file.Get()) && SetFilePointerEx(file.Get(), {}, nullptr, FILE_BEGIN);
+  return Passes(Call::kResize) && SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN) && SetEndOfFile(file.Get()) &&
+         SetFilePointerEx(file.Get(), {}, nullptr, FILE_BEGIN);
 }
 
 bool SetWritten(const FileHandle& file, std::uint64_t time) noexcept {
   const FILETIME written = ToTime(time);
-  return Passes(FileCall::kTime) && SetFileTime(file.Get(), nullptr, nullptr, &written);
+  return Passes(Call::kTime) && SetFileTime(file.Get(), nullptr, nullptr, &written);
 }
 
 bool RenameOver(const std::string& path, const std::string& target) noexcept { return RenamePathOver(path, target); }

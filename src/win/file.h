@@ -49,19 +49,8 @@ class AccessRights {
   bool inherits_ = false;
 };
 
-// File calls on paths in the system's code page, or in UTF-16. No function throws; a failure leaves its reason in the
-// last-error value.
-
-/// The kinds of file calls, as a gate sees them.
-enum class FileCall { kStatus, kRights, kOpen, kSize, kResize, kRead, kWrite, kFlush, kTime, kMove, kDelete };
-
-/// Called before each file call of this header, on the calling thread. False makes the call fail without reaching
-/// Windows, with the last-error value that the gate has set. `bytes` is the size of one step of reading or writing; the
-/// gate may reduce it.
-using FileGate = bool (*)(FileCall call, unsigned long& bytes);
-
-/// Null in the product. Tests set a gate that counts calls, makes them fail or ends the process.
-extern FileGate g_fileGate;
+// File calls on paths in the system's code page, or in UTF-16. Each passes the gate. No function throws; a failure
+// leaves its reason in the last-error value.
 
 /// Attributes, size and times of a file; times in Windows' 100-nanosecond units since 1601. All zero when the
 /// file is missing.

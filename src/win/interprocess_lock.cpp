@@ -1,6 +1,7 @@
 #include "win/interprocess_lock.h"
 
 #include "win/file.h"
+#include "win/gate.h"
 #include "win/owner.h"
 
 namespace win {
@@ -10,7 +11,9 @@ namespace {
 // The bytes of the file. The holder locks the first, the first waiting process the second, so it cannot be overtaken.
 constexpr DWORD kLockByte = 0, kQueueByte = 1;
 
-bool LockByte(const FileHandle& file, DWORD byte) noexcept { return LockFile(file.Get(), byte, 0, 1, 0) != FALSE; }
+bool LockByte(const FileHandle& file, DWORD byte) noexcept {
+  return Passes(Call::kLock) && LockFile(file.Get(), byte, 0, 1, 0);
+}
 void UnlockByte(const FileHandle& file, DWORD byte) noexcept { UnlockFile(file.Get(), byte, 0, 1, 0); }
 
 FileHandle OpenLockFile(const std::string& path, const std::string& like, const std::string& folder) noexcept {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "text/paths.h"
+#include "win/gate.h"
 #include "win/registry.h"
 
 namespace win {
@@ -53,6 +54,7 @@ void DetachModule() noexcept {
 
 std::string GetModuleDirectory() {
   wchar_t name[4096];
+  if (!Passes(Call::kName)) return {};
   const DWORD length = GetModuleFileNameW(g_module, name, std::size(name));
   // A name that fills the buffer was cut, and its folder would be another one.
   if (length == std::size(name)) return {};
@@ -74,9 +76,17 @@ std::string ComponentFile(std::string_view component, std::string_view file) {
 
 std::string_view KeptModuleDirectory() noexcept { return g_directory ? *g_directory : std::string_view(); }
 
+ModuleHandle LoadModule(const char* path, DWORD flags) noexcept {
+  return ModuleHandle(Passes(Call::kModule) ? LoadLibraryExA(path, nullptr, flags) : nullptr);
+}
+
+FARPROC FunctionOf(HMODULE module, const char* name) noexcept {
+  return Passes(Call::kFunction) ? GetProcAddress(module, name) : nullptr;
+}
+
 bool BindNames(HMODULE module, void* table, std::span<const BoundName> names) noexcept {
   for (const BoundName& row : names) {
-    const FARPROC function = GetProcAddress(module, row.name);
+    const FARPROC function = FunctionOf(module, row.name);
     if (function == nullptr && row.presence == kRequired) return false;
     std::memcpy(static_cast<char*>(table) + row.offset, &function, sizeof function);
   }
@@ -101,6 +111,7 @@ CProductInfo::CProductInfo(const char* testingPathVariable) {
   installPath_ = win::ReadTextValue(HKEY_LOCAL_MACHINE, kClientSystemKey, "InstallPath", kLongest).value_or("");
   if (*testingPathVariable == '\0') return;
   char path[kLongest + 1];
+  if (!win::Passes(win::Call::kName)) return;
   const DWORD length = GetEnvironmentVariableA(testingPathVariable, path, sizeof path);
   if (length > 0 && length < sizeof path) installPath_.assign(path, length);
 }

@@ -42,6 +42,13 @@ extern ManualCriticalSection IntegraLock;
 /// True for the first byte of a character of two bytes in the code page of Windows.
 inline bool IsLeadByte(char byte) noexcept { return IsDBCSLeadByte(static_cast<BYTE>(byte)) != 0; }
 
+/// Loads a module by its full path, whose folder its own dependencies come from; with `flags` 0 by a file name, in the
+/// normal search order. Empty on failure, with the last-error value.
+ModuleHandle LoadModule(const char* path, DWORD flags = LOAD_WITH_ALTERED_SEARCH_PATH) noexcept;
+
+/// A function of a module; null, with the last-error value, when it is missing.
+FARPROC FunctionOf(HMODULE module, const char* name) noexcept;
+
 enum Presence { kOptional, kRequired };
 
 /// A function to look up by name: the place of its pointer in a table, and whether the table is useless without it.

@@ -1,5 +1,7 @@
 #include "win/process.h"
 
+#include "win/gate.h"
+
 namespace win {
 
 Process::Process(const PROCESS_INFORMATION& started) noexcept
@@ -8,11 +10,13 @@ Process::Process(const PROCESS_INFORMATION& started) noexcept
       processId_(started.dwProcessId),
       threadId_(started.dwThreadId) {}
 
-DWORD Process::Wait(DWORD milliseconds) const noexcept { return WaitForSingleObject(process_.Get(), milliseconds); }
+DWORD Process::Wait(DWORD milliseconds) const noexcept {
+  return Passes(Call::kWait) ? WaitForSingleObject(process_.Get(), milliseconds) : WAIT_FAILED;
+}
 
 std::optional<DWORD> Process::ExitCode() const noexcept {
   DWORD code = 0;
-  if (!GetExitCodeProcess(process_.Get(), &code)) return std::nullopt;
+  if (!Passes(Call::kWait) || !GetExitCodeProcess(process_.Get(), &code)) return std::nullopt;
   return code;
 }
 
@@ -25,8 +29,8 @@ Process StartProcess(std::string commandLine, const StartOptions& options) noexc
   startup.cb = sizeof startup;
   startup.dwFlags = options.startupFlags;
   PROCESS_INFORMATION started{};
-  if (!CreateProcessA(options.application, commandLine.data(), nullptr, nullptr, FALSE, options.creationFlags, nullptr,
-                      nullptr, &startup, &started)) {
+  if (!Passes(Call::kStart) || !CreateProcessA(options.application, commandLine.data(), nullptr, nullptr, FALSE,
+                                               options.creationFlags, nullptr, nullptr, &startup, &started)) {
     return {};
   }
   return Process(started);
@@ -36,11 +40,16 @@ Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION started{};
-  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, creationFlags, nullptr, nullptr, &startup,
-                      &started)) {
+  if (!Passes(Call::kStart) || !CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, creationFlags,
+                                               nullptr, nullptr, &startup, &started)) {
     return {};
   }
   return Process(started);
+}
+
+void SetNamedEvent(const char* name) noexcept {
+  const EventHandle event(Passes(Call::kEvent) ? OpenEventA(EVENT_MODIFY_STATE, FALSE, name) : nullptr);
+  if (event && Passes(Call::kEvent)) SetEvent(event.Get());
 }
 
 namespace {

@@ -49,6 +49,9 @@ struct StartOptions {
 Process StartProcess(std::string commandLine, const StartOptions& options) noexcept;
 Process StartProcess(std::wstring commandLine, DWORD creationFlags) noexcept;
 
+/// Sets the event of that name. Errors are ignored.
+void SetNamedEvent(const char* name) noexcept;
+
 // The only place where the library pauses or waits for a program. Tests replace it.
 
 /// The functions that wait. Only tests change them.

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <initializer_list>
 
+#include "win/gate.h"
+
 namespace win {
 
 namespace {
@@ -34,13 +36,13 @@ bool CanPass(const char* file, std::initializer_list<const char*> texts) noexcep
 }  // namespace
 
 bool WriteProfile(const std::string& file, const char* section, const char* key, const char* value) noexcept {
-  return CanPass(file.c_str(), {section, key, value}) &&
+  return CanPass(file.c_str(), {section, key, value}) && Passes(Call::kProfile) &&
          WritePrivateProfileStringA(section, key, value, file.c_str()) != 0;
 }
 
 void ReadProfile(const char* file, const char* section, const char* key, const char* fallback, char* buffer,
                  std::size_t size) noexcept {
-  if (CanPass(file, {section, key, fallback})) {
+  if (CanPass(file, {section, key, fallback}) && Passes(Call::kProfile)) {
     GetPrivateProfileStringA(section, key, fallback, buffer, static_cast<DWORD>(std::min(size, kLargestBuffer)), file);
   } else {
     std::fill_n(buffer, std::min<std::size_t>(size, 2), '\0');  // two zeros: also an empty list of names
@@ -56,7 +58,7 @@ std::string ReadProfile(const std::string& file, const char* section, const char
 }
 
 int ReadProfileNumber(const std::string& file, const char* section, const char* key, int fallback) noexcept {
-  if (!CanPass(file.c_str(), {section, key})) return fallback;
+  if (!CanPass(file.c_str(), {section, key}) || !Passes(Call::kProfile)) return fallback;
   return static_cast<int>(GetPrivateProfileIntA(section, key, fallback, file.c_str()));
 }
 

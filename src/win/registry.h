@@ -1,4 +1,4 @@
-// Reading and writing the registry.
+// Reading and writing the registry. Each call passes the gate.
 #pragma once
 
 #include <windows.h>
@@ -30,6 +30,11 @@ LSTATUS CreateKey(HKEY parent, const std::wstring& path, REGSAM access, Registry
 
 /// Deletes a key that has no subkeys; one that is missing is a success.
 LSTATUS DeleteKey(HKEY parent, const std::wstring& name) noexcept;
+
+LSTATUS DeleteValue(HKEY key, const wchar_t* name) noexcept;
+
+/// Copies the key `from` below `parent`, with all below it, into the key `to`.
+LSTATUS CopyTree(HKEY parent, const std::wstring& from, HKEY to) noexcept;
 
 /// Stores the names of the key's direct subkeys, in the order of Windows.
 LSTATUS SubkeyNames(HKEY key, std::vector<std::wstring>& names);

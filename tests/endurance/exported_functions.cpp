@@ -190,7 +190,8 @@ std::vector<std::vector<Value>> ValuesOf(const ExportedFunction& function, const
   return all;
 }
 
-Called Call(HMODULE dll, const ExportedFunction& function, const std::vector<const Value*>& values, int offset) {
+Called Call(HMODULE dll, const ExportedFunction& function, const std::vector<const Value*>& values, int offset,
+            void (*inside)(bool)) {
   const FARPROC address = GetProcAddress(dll, function.name.c_str());
   const bool found = address != nullptr;
   REQUIRE_MESSAGE(found, function.name);
@@ -203,6 +204,7 @@ Called Call(HMODULE dll, const ExportedFunction& function, const std::vector<con
   Called called{0, 0, true, true};
   auto count = static_cast<std::uint32_t>(words.size());
   const std::uint32_t* arguments = words.data();
+  inside(true);
   asm volatile(
       "movl %%esp, %%esi\n\t"
       "andl $-16, %%esp\n\t"
@@ -220,6 +222,7 @@ Called Call(HMODULE dll, const ExportedFunction& function, const std::vector<con
       : "=a"(called.result), "+c"(count), "+d"(arguments)
       : "a"(address), [offset] "D"(offset)
       : "ebx", "esi", "memory", "cc");
+  inside(false);
   called.popped = count;
   for (const Value* value : values) {
     for (const Fill& fill : value->fills) {

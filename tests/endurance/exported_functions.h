@@ -60,8 +60,10 @@ struct Called {
 };
 
 /// Calls `function` of a loaded DLL, with a stack that is `offset` bytes off a multiple of 16, as callers of other
-/// compilers do.
-Called Call(HMODULE dll, const ExportedFunction& function, const std::vector<const Value*>& values, int offset);
+/// compilers do. `inside` is called with true right before the call and with false right after it.
+Called Call(
+    HMODULE dll, const ExportedFunction& function, const std::vector<const Value*>& values, int offset,
+    void (*inside)(bool) = [](bool) {});
 
 /// True for the exports that wait when their siblings exist: for the prompt program, for management instrumentation, 20
 /// seconds after an update, 30 seconds after the event of an uninstallation. They are called without siblings.

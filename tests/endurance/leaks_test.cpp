@@ -37,20 +37,6 @@ long long UsedSlots(DWORD(WINAPI* take)(), BOOL(WINAPI* free)(DWORD)) {
 
 DWORD WINAPI TakeFiberSlot() { return FlsAlloc(nullptr); }
 
-// Bytes in use in all heaps of the process.
-long long HeapBytes() {
-  HANDLE heaps[64];
-  long long bytes = 0;
-  const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
-  for (DWORD i = 0; i < count; ++i) {
-    PROCESS_HEAP_ENTRY entry{};
-    HeapLock(heaps[i]);
-    while (HeapWalk(heaps[i], &entry)) bytes += entry.wFlags & PROCESS_HEAP_ENTRY_BUSY ? entry.cbData : 0;
-    HeapUnlock(heaps[i]);
-  }
-  return bytes;
-}
-
 // Committed memory that belongs to this process alone.
 long long PrivateBytes() {
   long long bytes = 0;
@@ -65,12 +51,9 @@ long long PrivateBytes() {
 }
 
 std::vector<Holding> Holdings() {
-  return {{"handles", support::OpenHandles(), 0},
-          {"threads", Threads(), 0},
-          {"TLS slots", UsedSlots(TlsAlloc, TlsFree), 0},
-          {"FLS slots", UsedSlots(TakeFiberSlot, FlsFree), 0},
-          {"heap bytes", HeapBytes(), 400},
-          {"private bytes", PrivateBytes(), 1 << 20}};
+  return {{"handles", support::OpenHandles(), 0},         {"threads", Threads(), 0},
+          {"TLS slots", UsedSlots(TlsAlloc, TlsFree), 0}, {"FLS slots", UsedSlots(TakeFiberSlot, FlsFree), 0},
+          {"heap bytes", support::HeapBytes(), 400},      {"private bytes", PrivateBytes(), 1 << 20}};
 }
 
 // Runs `work` `warmUp` times and then `times` times, between which nothing may be left behind.

@@ -8,7 +8,7 @@
 #include "store/codec.h"
 #include "support/fake_sibling.h"
 #include "support/inner_module.h"
-#include "win/file.h"
+#include "win/gate.h"
 
 using store::IniStore;
 using store::ReadEncryptedFile;
@@ -85,9 +85,9 @@ TEST_CASE("encrypted file: one that is in use or on a full disk is lost, or a fi
   CHECK(codec.Write(store) == store::kFileDone);
   // A full disk keeps the old content, whatever it is.
   support::WriteFile(codec.file, "[A]\r\nold=content that is long enough\r\n");
-  win::g_fileGate = [](win::FileCall call, unsigned long&) { return call != win::FileCall::kWrite; };
+  win::g_gate = [](win::Call call, unsigned long&) { return call != win::Call::kWrite; };
   CHECK(codec.Write(store) == store::kFileDone);
-  win::g_fileGate = nullptr;
+  win::g_gate = nullptr;
   CHECK(codec.Content() == "[A]\r\nold=content that is long enough\r\n");
   // Only temporary files that killed processes left are removed; the caller's own files stay, whatever their names.
   const char* neighbours[] = {".NEW", ".KE~", ".KE~0000012C000", ".KE~0000012C0001x", ".KE~0000012C0001"};

@@ -3,6 +3,8 @@
 // crypto module and the launcher's Run use theirs.
 #include "support/fake_sibling.h"
 
+#include <windows.h>
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -19,6 +21,7 @@ FakeCallState g_calls[] = {FAKE_FUNCTIONS(FAKE_ROW, FAKE_ROW)};
 #undef FAKE_ROW
 FakeCipherState g_cipher{};
 FakeLauncherState g_launcher{};
+FakeMischiefState g_mischief{};
 
 FakeCallState& Find(std::string_view name) {
   for (FakeCallState& call : g_calls) {
@@ -41,11 +44,21 @@ int AnswerLauncher(std::int32_t* exitCode) {
   return g_launcher.result;
 }
 
-int Answer(std::string_view name, void* first, std::uint32_t second, void* third, void* fifth) {
+// Fills the record to its end, without a terminating zero, and changes the last error.
+int Misbehave(std::string_view name, void* first, std::uint32_t second, void* third, std::uint32_t fourth) {
+  g_mischief.callBack();
+  if (name == "KE_AGAPI_GetConfig") std::memset(third, 'x', fourth);
+  if (name == "KE_AGAPI_GetProxyConfig") std::memset(first, 'x', second);
+  SetLastError(static_cast<DWORD>(g_mischief.answer));
+  return g_mischief.answer;
+}
+
+int Answer(std::string_view name, void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) {
   FakeCallState& call = Find(name);
   ++call.count;
   call.first = first;
   call.second = second;
+  if (g_mischief.on) return Misbehave(name, first, second, third, fourth);
   if (name == "APIcr_EncryptBuffer" || name == "APIcr_DecryptBuffer") {
     return AnswerCipher(static_cast<char*>(first), second, static_cast<char*>(third),
                         static_cast<std::int32_t*>(fifth));
@@ -59,13 +72,14 @@ int Answer(std::string_view name, void* first, std::uint32_t second, void* third
 
 // The functions have names of their own here, so that the siblings' prototypes do not bind them. The linker exports
 // them all. Each takes as many words as the longest of them.
-#define FAKE_FUNCTION(name, presence)                                                           \
-  extern "C" int Fake_##name(void*, std::uint32_t, void*, std::uint32_t, void*) asm("_" #name); \
-  int Fake_##name(void* first, std::uint32_t second, void* third, std::uint32_t, void* fifth) { \
-    return Answer(#name, first, second, third, fifth);                                          \
+#define FAKE_FUNCTION(name, presence)                                                                  \
+  extern "C" int Fake_##name(void*, std::uint32_t, void*, std::uint32_t, void*) asm("_" #name);        \
+  int Fake_##name(void* first, std::uint32_t second, void* third, std::uint32_t fourth, void* fifth) { \
+    return Answer(#name, first, second, third, fourth, fifth);                                         \
   }
 FAKE_FUNCTIONS(FAKE_FUNCTION, FAKE_FUNCTION)
 
+FakeMischiefState* FakeMischief() { return &g_mischief; }
 FakeCallState* FakeCall(const char* name) { return &Find(name); }
 int FakeCalls(const char* name) { return Find(name).count; }
 FakeCipherState* FakeCipher() { return &g_cipher; }

@@ -32,7 +32,15 @@ struct FakeLauncherState {
   std::int32_t exitCode;  // and the exit code they write; 0 writes none
 };
 
+/// How the next calls of the module misbehave, besides what they record.
+struct FakeMischiefState {
+  bool on;
+  int answer;          // of every function
+  void (*callBack)();  // called by every function
+};
+
 extern "C" {
+FakeMischiefState* FakeMischief();
 FakeCallState* FakeCall(const char* name);
 /// How often the function was called.
 int FakeCalls(const char* name);

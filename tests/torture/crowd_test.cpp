@@ -137,8 +137,8 @@ TEST_CASE("a process that hangs inside a write holds up the others once, for fiv
 
 TEST_CASE("child: hangs inside a write" * doctest::skip()) {
   static const torture::ToldModule module;
-  win::g_fileGate = [](win::FileCall call, unsigned long&) {
-    if (call == win::FileCall::kWrite) {
+  win::g_gate = [](win::Call call, unsigned long&) {
+    if (call == win::Call::kWrite) {
       support::WriteFile(module.Path("hung"), "");
       Sleep(INFINITE);
     }

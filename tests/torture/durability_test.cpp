@@ -79,15 +79,15 @@ TEST_CASE("durability: content is flushed before a rename that writes through; i
     torture::Prepare(tree, torture::Scenes()[0]);
     const support::HeldTime time;
     s_calls.clear(), s_held = held;
-    win::g_fileGate = [](win::FileCall call, unsigned long&) {
-      if (call == win::FileCall::kResize) s_calls += "END ";
-      if (call == win::FileCall::kWrite) s_calls += "WRITE ";
+    win::g_gate = [](win::Call call, unsigned long&) {
+      if (call == win::Call::kResize) s_calls += "END ";
+      if (call == win::Call::kWrite) s_calls += "WRITE ";
       SetLastError(ERROR_SHARING_VIOLATION);
-      if (call == win::FileCall::kRights) return s_held >= 0;
-      return call != win::FileCall::kMove || s_held <= 0 || s_held-- == 0;
+      if (call == win::Call::kRights) return s_held >= 0;
+      return call != win::Call::kMove || s_held <= 0 || s_held-- == 0;
     };
     CHECK(change.first() == KE_SUCCESS);
-    win::g_fileGate = nullptr;
+    win::g_gate = nullptr;
     for (const char* copy : {"INTEGRA.DAT", "INTEGRA.BAK"}) CHECK(tree.Text(copy) == WholeStore(change.second));
     return s_calls + support::HeldTime::pauses;
   };

@@ -107,15 +107,15 @@ TEST_CASE("the live store vanishes while it is repaired: the call fails, and loo
   tree.Put("INTEGRA.START", WholeStore("start"));
   tree.Put("INTEGRA.BAK", WholeStore("backup"));
   const support::LockedFile inUse(tree.tree.Store("INTEGRA.BAK"));
-  win::g_fileGate = [](win::FileCall call, unsigned long&) {
+  win::g_gate = [](win::Call call, unsigned long&) {
     static bool s_moved = false;
     if (s_moved) std::filesystem::remove(s_tree->Store("INTEGRA.DAT"));
-    s_moved = call == win::FileCall::kMove;
+    s_moved = call == win::Call::kMove;
     return true;
   };
   char buffer[64];
   CHECK(KE_GetAgentVersion(buffer, sizeof buffer) == KE_STORE_UNUSABLE);
-  win::g_fileGate = nullptr;
+  win::g_gate = nullptr;
 }
 
 TEST_CASE("access rights: a file is replaced with the rights it has") {

@@ -14,44 +14,50 @@
 #include "support/inner_module.h"
 #include "support/tally.h"
 #include "win/file.h"
+#include "win/gate.h"
 #include "win/process.h"
 
 namespace torture {
 
-/// Stands before every file call of the store, for the scope. Writes arrive in two halves, so that each can be cut in
+/// Stands before the calls of one or more kinds, for the scope. Writes arrive in two halves, so that each can be cut in
 /// the middle; pauses take no time.
 class Gate {
  public:
   enum Act { kEndProcess, kFailOnce, kFailFromThenOn, kFailWritesFromThenOn };
   static constexpr unsigned kEnded = 77;  // the exit code of a process that was ended
 
-  /// Acts at call number `at`, counted from 1; failing calls leave `error`. With `inPlace`, no access rights can be
-  /// read, and files are overwritten in place.
-  Gate(Act act, int at, DWORD error = 0, bool inPlace = false) {
+  /// Acts at call number `at` of the kinds from `first` to `last`, counted from 1; failing calls leave `error`. With
+  /// `inPlace`, no access rights can be read, and files are overwritten in place.
+  Gate(Act act, int at, DWORD error = 0, bool inPlace = false, win::Call first = win::Call::kStatus,
+       win::Call last = win::Call::kLock) {
     s_act = act, s_at = at, s_error = error, s_calls = 0, s_secondHalf = false, s_inPlace = inPlace;
-    win::g_fileGate = Ask;
+    s_first = first, s_last = last;
     win::g_waiting.pause = [](DWORD) {};
+    Arm(true);
   }
   ~Gate() {
-    win::g_fileGate = nullptr;
+    Arm(false);
     win::g_waiting = kept_;
   }
+  static void Arm(bool on) { win::g_gate = on ? Ask : nullptr; }
   static bool Reached() { return s_calls >= s_at; }
 
  private:
-  static bool Ask(win::FileCall call, unsigned long& bytes) {
-    if (s_inPlace && call == win::FileCall::kRights) return SetLastError(ERROR_ACCESS_DENIED), false;
+  static bool Ask(win::Call call, unsigned long& bytes) {
+    if (call < s_first || call > s_last) return true;
+    if (s_inPlace && call == win::Call::kRights) return SetLastError(ERROR_ACCESS_DENIED), false;
     ++s_calls;
-    if (call == win::FileCall::kWrite && (s_secondHalf = !s_secondHalf) && bytes > 1) bytes /= 2;
+    if (call == win::Call::kWrite && (s_secondHalf = !s_secondHalf) && bytes > 1) bytes /= 2;
     if (s_calls < s_at || (s_act == kFailOnce && s_calls > s_at)) return true;
     if (s_act == kEndProcess) TerminateProcess(GetCurrentProcess(), kEnded);
-    if (s_act == kFailWritesFromThenOn && call != win::FileCall::kWrite) return true;
+    if (s_act == kFailWritesFromThenOn && call != win::Call::kWrite) return true;
     SetLastError(s_error);
     return false;
   }
   static inline Act s_act;
   static inline int s_at, s_calls;
   static inline DWORD s_error;
+  static inline win::Call s_first, s_last;
   static inline bool s_secondHalf, s_inPlace;
   win::Waiting kept_ = win::g_waiting;
 };
