@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Shows the library at work in a product tree of the development siblings, build/demo. Prints a line for each step; with -v also all
-# commands with their output, and every check. Ends with an error when a step fails. --no-build uses the
-# existing build.
+# commands with their output, and every check. An error when a step fails. --no-build uses the existing build.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/scripts/wine.sh"
@@ -61,14 +60,6 @@ identity=(agent-id "$agent_id" agent-version 1.4.2 customer-id 104857 device-id 
 
 # await_line LINE PLACE: waits until a file has a line, for at most 90 seconds: a job starts at the full minute.
 await_line() { for _ in {1..450}; do ! grep -rqs -- "$1" "$2" || return 0; sleep 0.2; done; return 1; }
-
-# unchanged_by ARGUMENT...: runs kelctl again, which must not change a settings file.
-unchanged_by() {
-  local before
-  before=$(find . -iname '*.ini' -o -iname '*.dat' -o -iname '*.tok' -o -iname '*.conf' | sort | xargs md5sum)
-  kelctl "$@"
-  check "a second time changes nothing" md5sum --quiet -c <<<"$before"
-}
 
 [[ " $* " = *" --no-build "* ]] || "$root/scripts/build.sh"
 exec 3>&1                                               # the lines of the steps
@@ -151,7 +142,6 @@ step "the agent's jobs, before and after integration"
 kelctl jobs default
 kelctl jobs list
 check "the integration test runs every five minutes" grep -qE '^2 +KEPLPMNG +KELTEST .*every 0 h 5 min' <<<"$output"
-check "there are no notifications yet" fails grep -qE '^16 ' <<<"$output"
 kelctl set device-id $device_id
 kelctl integrate
 kelctl jobs default
@@ -180,28 +170,15 @@ printf '[EXIT]\r\nCode=1\r\n' > KELUPD/KELUPD.ini   # the stand-in: nothing to c
 kelctl update now
 check "the launcher ran the update" grep -q ';UpdateNow;0;' Common/KELMNAPI.log
 
-step "the installation is registered, twice without a change"
+step "the installation is registered"
 kelctl init .
 check "twelve plug-ins are listed" test "$(wc -l < KesLpmng/Config/plugins.tok)" = 12
-unchanged_by init .
 kelctl can-run KELUpd
 check "an installed agent may update" test "$output" = yes
-
-step "an older installation is migrated, twice without a change"
-mkdir -p KELTVEVT KELUPD KELSNET KELReport KELQtine KELTask
-printf '[MESSAGE_TYPES]\r\nKE_AGM_NETINFO=2009\r\n[Other]\r\nKEY=kept\r\n' > KESAgent/KE_AGPRX.dat
-printf '[HOME_PROTECTIONS]\r\nOLD=1\r\n[GENERAL]\r\nUserAllowedReboot=1\r\n' >> KelUpg/KelUpg.ini
-kelctl upgrade start .
-check "an existing message type is kept" grep -q '^KE_AGM_NETINFO=2009' KESAgent/KE_AGPRX.dat
-check "new ones are added" grep -q '^KE_AGM_TESTINSTALLDEVICEID=1021' KESAgent/KE_AGPRX.dat
-check "other entries are kept" grep -q '^KEY=kept' KESAgent/KE_AGPRX.dat
-check "retired settings are gone" fails grep -qE 'HOME_PROTECTIONS|UserAllowedReboot' KelUpg/KelUpg.ini
-unchanged_by upgrade start .
 
 step "a proxy is set"
 kelctl proxy set proxy.example 3128 --user operator --password 'through the wall'
 kelctl proxy show
-check "the proxy is stored" grep -qE '^port +3128$' <<<"$output"
 check "its password is masked" grep -qF '********' <<<"$output"
 kelctl proxy inet --reveal
 check "the installer sees the same one" grep -qE '^password +through the wall$' <<<"$output"
@@ -224,10 +201,6 @@ step "the user is asked, in automatic mode"
 printf '[AUTO]\r\nAnswer=2\r\n' > KESAgent/KePIRes.ini   # no window: the answer is "later"
 kelctl prompt reboot
 check "the answer is that of the settings" grep -q later <<<"$output"
-
-step "the machine's UUID"
-kelctl uuid
-check "it is a UUID" grep -qE '^[0-9A-Fa-f]{8}-([0-9A-Fa-f]{4}-){3}[0-9A-Fa-f]{12}$' <<<"$output"
 
 step "scripts of the local group policy; those of others stay"
 kelctl policy add shutdown 'C:\Orvane\report.cmd' '/daily'

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace support {
 
@@ -107,10 +108,19 @@ ProgramRun RunProgram(const std::string& commandLine) {
 unsigned long RunAtOnce(int processes, const std::string& name) {
   char self[MAX_PATH];
   GetModuleFileNameA(nullptr, self, sizeof self);
-  const std::string one = "\"" + std::string(self) + "\" --no-skip -tc=\"" + name + "\"";
-  std::string all = "cmd /c \"";
-  for (int i = 1; i < processes; ++i) all += "start /b \"\" " + one + " & ";
-  return RunProgram(all + one + "\"").exitCode;
+  std::vector<PROCESS_INFORMATION> started;
+  for (int i = 0; i < processes; ++i)
+    started.push_back(StartProgram("\"" + std::string(self) + "\" --no-skip -tc=\"" + name + "\""));
+  DWORD all = 0;
+  for (const PROCESS_INFORMATION& process : started) {
+    DWORD code = 0;
+    CHECK(WaitForSingleObject(process.hProcess, 60000) == WAIT_OBJECT_0);
+    GetExitCodeProcess(process.hProcess, &code);
+    all |= code;
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+  }
+  return all;
 }
 
 LoadedDll::LoadedDll(const fs::path& path) : module_(LoadLibraryW(path.c_str())) {

@@ -27,7 +27,8 @@ struct ProgramRun {
 /// Runs a command line and waits for its end, for at most a minute.
 ProgramRun RunProgram(const std::string& commandLine);
 
-/// Runs the case `name` of this test program, also a skipped one, in several processes at once; the last exit code.
+/// Runs the case `name` of this test program, also a skipped one, in several processes at once; their exit codes,
+/// combined.
 unsigned long RunAtOnce(int processes, const std::string& name);
 
 /// A new empty folder below the temporary folder, removed at the end of the scope.
