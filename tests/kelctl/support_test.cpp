@@ -302,6 +302,13 @@ TEST_CASE("jobs: one is run, deleted, and then unknown") {
   CHECK(run.output.ends_with("\nended with exit code 7\n"));
   CHECK(tree.Run("jobs delete 70").output.empty());
   CHECK(tree.Run("jobs run 70").output == "kelctl: there is no job 70: kelctl jobs list\n");
+  // A job that ends and leaves a program with its output open.
+  WriteFile(tree.tree.Path("Scheduler/Config/tokens.tok"), "KEPLPMNG=e\"C:\\windows\\system32\\cmd.exe\"\r\n");
+  support::RunProgram("\"" + Path(tree, "Scheduler/zumat.exe") +
+                      "\" -TaskID:71 -addjob:KEPLPMNG:\"/c start /b ping -n 20 127.0.0.1\" -Every:Days:1");
+  const DWORD begin = GetTickCount();
+  CHECK(tree.Run("jobs run 71").exitCode == 0);
+  CHECK(GetTickCount() - begin < 15000);
 }
 
 TEST_CASE("kelctl: --trace shows the lines of one command; a password comes from standard input; set warns") {
