@@ -37,10 +37,10 @@ std::string NextOutput(const PipedChild& child, DWORD longestSilence) {
   const DWORD begin = GetTickCount();
   do {
     const bool ended = WaitForSingleObject(child.process.Get(), 0) == WAIT_OBJECT_0;  // before the last look
-    char part[4096];
     DWORD count = 0;
     if (!PeekNamedPipe(child.output.Get(), nullptr, 0, nullptr, &count, nullptr)) return {};
     if (count > 0) {
+      char part[4096];
       const DWORD size = std::min<DWORD>(count, std::size(part));
       return ReadFile(child.output.Get(), part, size, &count, nullptr) ? std::string(part, count) : std::string();
     }
